@@ -1,0 +1,215 @@
+/// @file
+/// Dictionaries: keys and the Objects kept under them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <iterator>
+
+#include "Platform/Collections/NSEnumerator.h"
+#include "Platform/Collections/detail/HashTable.h"
+#include "Platform/Runtime/Derives.h"
+
+namespace qz {
+
+class NSArray;
+class NSString;
+
+/// A map from keys to Objects that keeps the order in which its keys were added.
+///
+///     auto person = NSDictionary::of({{"name"_ns, name}, {"age"_ns, NSNumber::of(30)}});
+///     Ref<NSObject> age = person->objectForKey("age"_ns);
+///     for (const auto& [key, value] : person) use(key, value);
+///
+/// Keys are copied when they are added, and must not change afterwards; they are told apart by
+/// `isEqual:` and `hash`. Where one key is given several times, the last Object given wins, at the
+/// place of the first. Neither keys nor Objects are nil: nil raises NSInvalidArgumentException.
+/// Looking up, adding and removing take constant time.
+///
+/// A subclass that keeps its entries elsewhere overrides `count`, `objectForKey` and
+/// `keyEnumerator`; everything else goes through these three. An immutable Dictionary may be read
+/// from any number of threads.
+class NSDictionary : public Derives<NSDictionary, NSObject> {
+ public:
+  /// A key and an Object, borrowed for the length of a call.
+  struct Entry {
+    NSObject* key;
+    NSObject* object;
+  };
+
+  /// What a walk over a Dictionary meets.
+  struct Pair {
+    Ref<NSObject> key;
+    Ref<NSObject> value;
+  };
+
+  class Iterator;
+
+  static void describe(ClassDescription<NSDictionary>& is);
+
+  /// An empty Dictionary.
+  NSDictionary() noexcept;
+  ~NSDictionary() override;
+
+  static Ref<NSDictionary> dictionary();
+  static Ref<NSDictionary> dictionaryWithObject_forKey(NSObject* object, NSObject* key);
+
+  /// `objects` and `keys` in step. Raises NSInvalidArgumentException when their counts differ; nil
+  /// counts as an empty Array.
+  static Ref<NSDictionary> dictionaryWithObjects_forKeys(NSArray* objects, NSArray* keys);
+  static Ref<NSDictionary> initWithObjects_forKeys(NSArray* objects, NSArray* keys);
+
+  /// The first `count` of both; neither pointer is used when `count` is 0.
+  static Ref<NSDictionary> dictionaryWithObjects_forKeys_count(NSObject* const* objects,
+                                                               NSObject* const* keys,
+                                                               std::uint32_t count);
+  static Ref<NSDictionary> initWithObjects_forKeys_count(NSObject* const* objects,
+                                                         NSObject* const* keys,
+                                                         std::uint32_t count);
+
+  /// The entries of `other` as they are now; empty for nil.
+  static Ref<NSDictionary> dictionaryWithDictionary(NSDictionary* other);
+
+  /// Object, key, object, key, …: ends early at the first nil. Raises NSInvalidArgumentException
+  /// for an Object without a key.
+  template <class... Objects>
+  static Ref<NSDictionary> dictionaryWithObjectsAndKeys(const Objects&... objectsAndKeys) {
+    return alternating(std::array<NSObject*, sizeof...(Objects)>{objectsAndKeys...});
+  }
+
+  static Ref<NSDictionary> of(std::initializer_list<Entry> entries);
+
+  /// How many entries. Constant time.
+  virtual std::uint32_t count() const;
+
+  /// The Object under a key equal to `key`; nil when there is none, and for nil. Constant time.
+  virtual Ref<NSObject> objectForKey(NSObject* key) const;
+
+  /// The keys, in the order they were added. The enumerator keeps the Dictionary alive. Its next
+  /// step raises NSGenericException once a key was added or removed; putting another Object under
+  /// a key that is there disturbs nobody.
+  virtual Ref<NSEnumerator> keyEnumerator() const;
+
+  /// The Objects, in the order of the keys; see `keyEnumerator`.
+  Ref<NSEnumerator> objectEnumerator() const;
+
+  /// The keys and the Objects, both in the order the keys were added.
+  Ref<NSArray> allKeys() const;
+  Ref<NSArray> allValues() const;
+
+  /// The keys under which Objects equal to `object` are kept. Linear.
+  Ref<NSArray> allKeysForObject(NSObject* object) const;
+
+  /// For each of `keys` the Object under it, or `marker` in its place, which must not be nil when
+  /// it is needed.
+  Ref<NSArray> objectsForKeys_notFoundMarker(NSArray* keys, NSObject* marker) const;
+
+  /// The keys, ordered by what `comparator` (such as `compare:`) answers for their Objects. Equal
+  /// ones keep their order.
+  Ref<NSArray> keysSortedByValueUsingSelector(Selector comparator) const;
+
+  /// The same keys with equal Objects. False for nil. Those that contain
+  /// themselves are compared as the endless structures they describe; nesting deeper than 1000
+  /// levels raises NSInternalInconsistencyException.
+  bool isEqualToDictionary(NSDictionary* other) const;
+  bool isEqual(NSObject* other) const override;
+
+  /// Depends on the count alone, so that Dictionaries that contain themselves have one.
+  std::size_t hash() const override;
+
+  /// "{\n    key = value;\n}", entries in order.
+  Ref<NSString> description() const override;
+
+  /// An immutable Dictionary with the same entries: this very one unless it is mutable or of a
+  /// class of the application.
+  Ref<NSObject> copy() const override;
+
+  /// An NSMutableDictionary with the same entries.
+  Ref<NSObject> mutableCopy() const override;
+
+  /// The entry under `key`. A key that begins with "@" names a property of the Dictionary itself:
+  /// "@count".
+  Ref<NSObject> valueForKey(NSString* key) override;
+
+  /// A walk over keys and Objects in order; the rules of `keyEnumerator` hold.
+  Iterator begin() const;
+  std::default_sentinel_t end() const noexcept { return {}; }
+
+ protected:
+  using Table = detail::DictionaryTable;
+
+  explicit NSDictionary(Table&& table) noexcept;
+
+  /// Whether the primitives are this library's own, so that `table_` says all there is.
+  bool usesTable() const noexcept;
+
+  static void put(Table& table, NSObject* object, NSObject* key);
+  static Table tableOf(NSObject* const* objects, NSObject* const* keys, std::uint32_t count);
+  static Table tableOf(NSArray* objects, NSArray* keys);
+  static Table tableOf(const NSDictionary* other);
+  static Table tableOf(std::initializer_list<Entry> entries);
+  static Table tableOfAlternating(NSObject* const* objectsAndKeys, std::size_t count);
+
+  Table table_;
+
+ private:
+  class TableEnumerator;
+  class MappedEnumerator;
+
+  static Ref<NSDictionary> with(Table&& table);
+
+  template <class Use>
+  void forEach(Use use) const;
+
+  template <std::size_t N>
+  static Ref<NSDictionary> alternating(const std::array<NSObject*, N>& objectsAndKeys) {
+    return with(tableOfAlternating(objectsAndKeys.data(), N));
+  }
+};
+
+/// Walks a Dictionary for range-based loops; keeps it alive.
+class NSDictionary::Iterator {
+ public:
+  using iterator_concept = std::input_iterator_tag;
+  using value_type = Pair;
+  using difference_type = std::ptrdiff_t;
+
+  /// At the end.
+  Iterator() noexcept = default;
+
+  /// What the walk has come to; valid until the next step.
+  const Pair& operator*() const noexcept QZ_LIFETIME_BOUND { return current_; }
+  const Pair* operator->() const noexcept QZ_LIFETIME_BOUND { return &current_; }
+
+  /// Raises NSGenericException when keys were added or removed since the walk began.
+  Iterator& operator++() {
+    advance();
+    return *this;
+  }
+  void operator++(int) { advance(); }
+
+  friend bool operator==(const Iterator& it, std::default_sentinel_t) noexcept {
+    return !it.current_.key;
+  }
+
+ private:
+  friend class NSDictionary;
+
+  explicit Iterator(const NSDictionary* dictionary);
+  void advance();
+
+  Ref<NSDictionary> dictionary_;
+  Ref<NSEnumerator> keys_;  // of a Dictionary that keeps its entries elsewhere
+  detail::HashCursor cursor_;
+  Pair current_;
+};
+
+/// For `for (const auto& [key, value] : dictionary)` over a Ref or a pointer; nil has no entries.
+inline NSDictionary::Iterator begin(const NSDictionary* dictionary) {
+  return dictionary != nullptr ? dictionary->begin() : NSDictionary::Iterator();
+}
+inline std::default_sentinel_t end(const NSDictionary*) noexcept { return {}; }
+
+}  // namespace qz

@@ -1,0 +1,143 @@
+/// @file
+/// Arrays that change.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <ranges>
+#include <span>
+#include <type_traits>
+
+#include "Platform/Collections/NSArray.h"
+
+namespace qz {
+
+/// An Array whose elements can be added, removed, replaced and sorted in place.
+///
+///     Ref<NSMutableArray> names = NSMutableArray::arrayWithObjects({"Grace"_ns, "Ada"_ns});
+///     names->addObject("Barbara"_ns);
+///     names->sortUsingSelector("compare:"_sel);
+///
+/// A class derived from NSMutableArray either uses the storage it inherits, or overrides `count`,
+/// `objectAtIndex`, `insertObject_atIndex`, `removeObjectAtIndex` and
+/// `replaceObjectAtIndex_withObject` and calls `didChange` in the last three: everything else works
+/// through these.
+///
+/// Elements that are removed are let go of once the Array is in order again, so what their end
+/// brings about may use the Array. Changing it during a walk over it makes the walk's next step
+/// raise NSGenericException. An operation that raises has not changed the Array. One MutableArray
+/// may be read by several threads, or used by one that changes it.
+///
+/// Nil and indices out of range raise as they do for NSArray; a nil Array stands for an empty one.
+class NSMutableArray : public Derives<NSMutableArray, NSArray> {
+ public:
+  static void describe(ClassDescription<NSMutableArray>& is);
+
+  /// An empty Array; for derived classes too.
+  NSMutableArray() noexcept = default;
+  ~NSMutableArray() override;
+
+  static Ref<NSMutableArray> array();
+
+  /// Empty, with room for `capacity` elements; a hint.
+  static Ref<NSMutableArray> arrayWithCapacity(std::uint32_t capacity);
+
+  static Ref<NSMutableArray> arrayWithObject(NSObject* object);
+  static Ref<NSMutableArray> arrayWithObjects(std::initializer_list<NSObject*> objects);
+  static Ref<NSMutableArray> arrayWithObjects_count(NSObject* const* objects, std::uint32_t count);
+  static Ref<NSMutableArray> initWithObjects_count(NSObject* const* objects, std::uint32_t count);
+  static Ref<NSMutableArray> fromSpan(std::span<NSObject* const> objects);
+  template <std::ranges::input_range R>
+    requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*>
+  static Ref<NSMutableArray> fromRange(R&& objects) {
+    auto array = make<NSMutableArray>();
+    for (auto&& object : objects) array->addObject(object);
+    return array;
+  }
+
+  /// A new Array with the elements of `other`.
+  static Ref<NSMutableArray> arrayWithArray(NSArray* other);
+
+  // The primitives.
+
+  std::uint32_t count() const override;
+  Ref<NSObject> objectAtIndex(std::uint32_t index) const override;
+
+  /// Puts `object` before the element at `index`; at the end when `index` is the count. Linear in
+  /// the number of elements behind it.
+  virtual void insertObject_atIndex(NSObject* object, std::uint32_t index);
+  virtual void removeObjectAtIndex(std::uint32_t index);
+  virtual void replaceObjectAtIndex_withObject(std::uint32_t index, NSObject* object);
+
+  std::optional<std::span<NSObject* const>> contiguous() const override;
+  const std::uint32_t* mutationCounter() const override { return &changes_; }
+
+  // Adding.
+
+  /// Appends; constant time on average.
+  virtual void addObject(NSObject* object);
+  void addObjectsFromArray(NSArray* other);
+
+  // Removing.
+
+  /// Raises NSRangeException when there is none.
+  virtual void removeLastObject();
+
+  /// Removes every element that `object` is equal to (`removeObject`), or that it is. Nothing for
+  /// nil. Linear.
+  void removeObject(NSObject* object);
+  void removeObjectIdenticalTo(NSObject* object);
+
+  /// Removes every element that is equal to one of `others`. Linear in both.
+  void removeObjectsInArray(NSArray* others);
+  void removeObjectsInRange(NSRange range);
+  void removeAllObjects();
+
+  /// Keeps only the elements for which the predicate is true.
+  void filterUsingPredicate(NSPredicate* predicate);
+
+  // Replacing.
+
+  void exchangeObjectAtIndex_withObjectAtIndex(std::uint32_t first, std::uint32_t second);
+
+  /// Makes the elements those of `other`, which may be this Array.
+  void setArray(NSArray* other);
+
+  /// Puts the elements of `other` where those of `range` are; the counts may differ.
+  void replaceObjectsInRange_withObjectsFromArray(NSRange range, NSArray* other);
+
+  // Sorting in place, as NSArray's sorted Arrays. A comparison that changes this Array makes the
+  // sort raise NSGenericException.
+
+  void sortUsingFunction_context(NSSortFunction compare, void* context);
+  void sortUsingSelector(Selector selector);
+  void sortUsingDescriptors(NSArray* descriptors);
+  template <class F>
+    requires std::is_invocable_r_v<NSComparisonResult, F&, NSObject*, NSObject*>
+  void sortUsingComparator(F&& compare) {
+    sortUsingFunction_context(
+        &callComparator<std::remove_reference_t<F>>,
+        const_cast<void*>(static_cast<const void*>(std::addressof(compare))));
+  }
+
+ protected:
+  /// Notes a change, for the walks that are under way.
+  void didChange() noexcept { ++changes_; }
+
+ private:
+  bool usesOwnStorage() const noexcept;
+  void reserve(std::size_t capacity);
+  void replaceRange(NSRange range, detail::ArrayBuilder& owned);
+  template <class Test>
+  void removeWhere(const Test& test);
+  template <class Sort>
+  void sortWith(const Sort& sort);
+
+  std::uint32_t changes_ = 0;
+  std::uint32_t count_ = 0;
+  std::uint32_t capacity_ = 0;
+  NSObject** elements_ = nullptr;
+};
+
+}  // namespace qz

@@ -1,0 +1,240 @@
+#include "Platform/Runtime/NSObject.h"
+
+#include <cstdio>
+#include <ostream>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/NSInvocation.h"
+#include "Platform/Runtime/NSMethodSignature.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSString.h"
+
+namespace qz {
+
+void NSObject::releaseShared() const noexcept {
+  const std::int32_t before = count_.fetch_sub(one, std::memory_order_acq_rel);
+  if ((before & ~weakBit) != one) return;
+  if ((before & weakBit) != 0) detail::ObjectAccess::emptyWeakBox(this);
+  count_.store(destroying, std::memory_order_relaxed);
+  delete this;
+}
+
+bool detail::ObjectAccess::tryRetain(const NSObject* object) noexcept {
+  std::int32_t count = object->count_.load(std::memory_order_relaxed);
+  do {
+    if (count < NSObject::one) return false;
+  } while (!object->count_.compare_exchange_weak(count, count + NSObject::one,
+                                                 std::memory_order_acquire,
+                                                 std::memory_order_relaxed));
+  return true;
+}
+
+std::uint32_t NSObject::retainCount() const noexcept {
+  const std::int32_t count = count_.load(std::memory_order_relaxed);
+  return count < 0 ? NSNotFound : static_cast<std::uint32_t>(count) / one;
+}
+
+Class* NSObject::classObject() const { return classOf<NSObject>(); }
+Class* NSObject::superclass() const { return classObject()->superclassObject(); }
+
+bool NSObject::isKindOfClass(Class* aClass) const {
+  return classObject()->isSubclassOfClass(aClass);
+}
+bool NSObject::isMemberOfClass(Class* aClass) const { return classObject() == aClass; }
+
+bool NSObject::isEqual(NSObject* other) const { return this == other; }
+
+std::size_t NSObject::hash() const { return reinterpret_cast<std::uintptr_t>(this) >> 3; }
+
+Ref<NSString> NSObject::description() const {
+  char address[2 + 16 + 1];
+  std::snprintf(address, sizeof address, "%p", static_cast<const void*>(this));
+  return NSString::stringWithUTF8String("<" + std::string(classObject()->name()) + ": " + address +
+                                        ">");
+}
+
+// An override of doesNotRecognizeSelector raises too, which a virtual call does not promise.
+Ref<NSObject> NSObject::copy() const {
+  doesNotRecognizeSelector("copy"_sel);
+  return nullptr;
+}
+Ref<NSObject> NSObject::mutableCopy() const {
+  doesNotRecognizeSelector("mutableCopy"_sel);
+  return nullptr;
+}
+
+bool NSObject::respondsToSelector(Selector selector) const {
+  return detail::lookUp(this, selector).method != nullptr;
+}
+
+Implementation NSObject::methodForSelector(Selector selector) const {
+  return Implementation(detail::lookUp(this, selector), selector);
+}
+
+namespace {
+Ref<NSMethodSignature> signatureOf(const detail::Method* method) {
+  if (method == nullptr) return nullptr;
+  return make<NSMethodSignature>(
+      method->answer, std::vector(method->arguments.begin(), method->arguments.end()));
+}
+}  // namespace
+
+Ref<NSMethodSignature> NSObject::methodSignatureForSelector(Selector selector) const {
+  return signatureOf(detail::lookUp(this, selector).method);
+}
+
+void NSObject::forwardInvocation(NSInvocation* invocation) {
+  doesNotRecognizeSelector(invocation->selector());
+}
+
+void NSObject::doesNotRecognizeSelector(Selector selector) const {
+  detail::raise(NSInvalidArgumentException,
+                "-[" + std::string(classObject()->name()) + " " + std::string(selector.name()) +
+                    "]: unrecognized selector sent to instance");
+}
+
+bool equal(NSObject* a, NSObject* b) {
+  return a == b || (a != nullptr && b != nullptr && a->isEqual(b));
+}
+
+std::string to_string(const NSObject* object) {
+  return object == nullptr ? "(null)" : object->description()->UTF8String();
+}
+
+std::ostream& operator<<(std::ostream& out, const NSObject& object) {
+  return out << to_string(&object);
+}
+
+std::ostream& operator<<(std::ostream& out, const NSObject* object) {
+  return out << to_string(object);
+}
+
+// Ownership by Selector, for code that keeps counts by hand. A Ref does all of this by itself.
+namespace {
+
+Ref<NSObject> self(NSObject* object) { return Ref<NSObject>(object); }
+
+Ref<NSObject> retainByName(NSObject* object) {
+  retain(object);
+  return Ref<NSObject>(object);
+}
+
+// There is no pool: the count that the caller gives up becomes the answer's.
+Ref<NSObject> autoreleaseByName(NSObject* object) { return Ref<NSObject>(object, adopt); }
+void releaseByName(NSObject* object) { release(object); }
+
+// There are no zones; the operation answers zero as an Object in the default one does.
+void* zone(NSObject*) { return nullptr; }
+
+Ref<NSObject> perform(NSObject* object, Selector selector) {
+  return object->performSelector(selector);
+}
+Ref<NSObject> performWith(NSObject* object, Selector selector, NSObject* first) {
+  return object->performSelector_withObject(selector, first);
+}
+Ref<NSObject> performWithTwo(NSObject* object, Selector selector, NSObject* first,
+                             NSObject* second) {
+  return object->performSelector_withObject_withObject(selector, first, second);
+}
+
+Ref<NSObject> newOf(Class* aClass) { return aClass->newObject(); }
+Ref<NSObject> newInZone(Class* aClass, void*) { return aClass->newObject(); }
+Class* itself(Class* aClass) { return aClass; }
+Class* above(Class* aClass) { return aClass->superclassObject(); }
+bool instancesRespond(Class* aClass, Selector selector) {
+  return aClass->instancesRespondToSelector(selector);
+}
+bool descends(Class* aClass, Class* other) { return aClass->isSubclassOfClass(other); }
+
+// Asks for the class's one-time function to have run.
+void initializeByName(Class* aClass) { aClass->ensureInitialized(); }
+
+}  // namespace
+
+void NSObject::describe(ClassDescription<NSObject>& is) {
+  is.named("NSObject")
+      .classMethod<&newOf>("alloc")
+      .classMethod<&newInZone>("allocWithZone:")
+      .classMethod<&newOf>("new")
+      .classMethod<&itself>("class")
+      .classMethod<&above>("superclass")
+      .classMethod<&instancesRespond>("instancesRespondToSelector:")
+      .classMethod<&descends>("isSubclassOfClass:")
+      .classMethod<&initializeByName>("initialize")
+      .method<&self>("init")
+      .method<&self>("self")
+      .method<&retainByName>("retain")
+      .method<&releaseByName>("release")
+      .method<&autoreleaseByName>("autorelease")
+      .method<&NSObject::retainCount>("retainCount")
+      .method<&zone>("zone")
+      .method<&NSObject::classObject>("class")
+      .method<&NSObject::superclass>("superclass")
+      .method<&NSObject::isKindOfClass>("isKindOfClass:")
+      .method<&NSObject::isMemberOfClass>("isMemberOfClass:")
+      .method<&NSObject::isEqual>("isEqual:")
+      .method<&NSObject::hash>("hash")
+      .method<&NSObject::description>("description")
+      .method<&NSObject::copy>("copy")
+      .method<&NSObject::mutableCopy>("mutableCopy")
+      .method<&NSObject::respondsToSelector>("respondsToSelector:")
+      .method<&perform>("performSelector:")
+      .method<&performWith>("performSelector:withObject:")
+      .method<&performWithTwo>("performSelector:withObject:withObject:")
+      .method<&NSObject::methodForSelector>("methodForSelector:")
+      .method<&NSObject::methodSignatureForSelector>("methodSignatureForSelector:")
+      .method<&NSObject::forwardInvocation>("forwardInvocation:")
+      .method<&NSObject::doesNotRecognizeSelector>("doesNotRecognizeSelector:")
+      .method<&NSObject::valueForKey>("valueForKey:")
+      .method<&NSObject::valueForKeyPath>("valueForKeyPath:")
+      .method<&NSObject::setValue_forKey>("setValue:forKey:")
+      .method<&NSObject::setValue_forKeyPath>("setValue:forKeyPath:")
+      .method<&NSObject::setValuesForKeysWithDictionary>("setValuesForKeysWithDictionary:")
+      .method<&NSObject::dictionaryWithValuesForKeys>("dictionaryWithValuesForKeys:")
+      .method<&NSObject::valueForUndefinedKey>("valueForUndefinedKey:")
+      .method<&NSObject::setValue_forUndefinedKey>("setValue:forUndefinedKey:")
+      .method<&NSObject::setNilValueForKey>("setNilValueForKey:");
+}
+
+// Classes as Objects.
+
+Class* Class::classObject() const { return classOf<Class>(); }
+
+Ref<NSString> Class::description() const { return NSString::stringWithUTF8String(name_); }
+
+bool Class::respondsToSelector(Selector selector) const {
+  return detail::lookUp(this, selector).method != nullptr;
+}
+
+Ref<NSMethodSignature> Class::methodSignatureForSelector(Selector selector) const {
+  return signatureOf(detail::lookUp(this, selector).method);
+}
+
+void Class::doesNotRecognizeSelector(Selector selector) const {
+  detail::raise(NSInvalidArgumentException, "+[" + std::string(name_) + " " +
+                                                std::string(selector.name()) +
+                                                "]: unrecognized selector sent to class");
+}
+
+void Class::describe(ClassDescription<Class>& is) { is.named("Class"); }
+
+Class* NSClassFromString(NSString* name) {
+  return name == nullptr ? nullptr : Class::named(name->UTF8String());
+}
+
+Ref<NSString> NSStringFromClass(Class* aClass) {
+  return aClass == nullptr ? nullptr : NSString::stringWithUTF8String(aClass->name());
+}
+
+Selector NSSelectorFromString(NSString* name) {
+  return name == nullptr ? Selector() : Selector::named(name->UTF8String());
+}
+
+Ref<NSString> NSStringFromSelector(Selector selector) {
+  return selector ? NSString::stringWithUTF8String(selector.name()) : nullptr;
+}
+
+}  // namespace qz

@@ -1,0 +1,135 @@
+/// @file
+/// `Ref<T>` owns an Object; `T*` borrows one.
+///
+/// Every function that hands back an Object hands back a `Ref`; every parameter is a `T*` that the
+/// callee may use until it returns. There is no pool to drain: when the last `Ref` goes, so does
+/// the Object.
+///
+///     Ref<NSString> name = person->name();   // owns
+///     print(name);                           // borrows: converts to NSString*
+#pragma once
+
+#include <cassert>
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <type_traits>
+#include <utility>
+
+#if defined(__clang__)
+#define QZ_LIFETIME_BOUND [[clang::lifetimebound]]
+#else
+#define QZ_LIFETIME_BOUND
+#endif
+
+namespace qz {
+
+class NSObject;
+
+/// Adds one owner to `object`; nil is allowed. Any thread. Prefer `Ref`.
+void retain(const NSObject* object) noexcept;
+
+/// Takes one owner from `object` and destroys it when that was the last; nil is allowed. Any thread.
+void release(const NSObject* object) noexcept;
+
+/// Tells `Ref` to take over a count that the caller already owns.
+struct AdoptTag {};
+inline constexpr AdoptTag adopt{};
+
+/// A strong, nullable handle to an Object of class `T`. The size of a pointer.
+///
+/// Distinct `Ref`s to one Object may be used from distinct threads; one `Ref` may not be written
+/// while another thread reads it.
+template <class T>
+class Ref {
+ public:
+  using Element = T;
+
+  constexpr Ref() noexcept = default;
+  constexpr Ref(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor)
+
+  /// Retains `object`; nil gives a null handle.
+  Ref(T* object) noexcept : object_(object) {  // NOLINT(google-explicit-constructor)
+    retain(object_);
+  }
+
+  /// Takes over the count that the caller owns.
+  Ref(T* object, AdoptTag) noexcept : object_(object) {}
+
+  Ref(const Ref& other) noexcept : object_(other.object_) { retain(object_); }
+  Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+
+  template <class U>
+    requires std::is_convertible_v<U*, T*>
+  Ref(const Ref<U>& other) noexcept : object_(other.get()) {  // NOLINT
+    retain(object_);
+  }
+
+  template <class U>
+    requires std::is_convertible_v<U*, T*>
+  Ref(Ref<U>&& other) noexcept : object_(other.leak()) {}  // NOLINT
+
+  ~Ref() { release(object_); }
+
+  Ref& operator=(const Ref& other) noexcept {
+    Ref(other).swap(*this);
+    return *this;
+  }
+  Ref& operator=(Ref&& other) noexcept {
+    Ref(std::move(other)).swap(*this);
+    return *this;
+  }
+
+  void swap(Ref& other) noexcept { std::swap(object_, other.object_); }
+
+  /// The Object, borrowed: valid while some `Ref` to it lives.
+  T* get() const noexcept QZ_LIFETIME_BOUND { return object_; }
+  operator T*() const noexcept QZ_LIFETIME_BOUND { return object_; }  // NOLINT
+
+  T* operator->() const noexcept QZ_LIFETIME_BOUND {
+    assert(object_ != nullptr && "a member of nil was called");
+    return object_;
+  }
+  T& operator*() const noexcept QZ_LIFETIME_BOUND {
+    assert(object_ != nullptr && "nil was dereferenced");
+    return *object_;
+  }
+
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+
+  /// Gives the count up to the caller, who must hand it to `Ref(object, adopt)` or `release`.
+  [[nodiscard]] T* leak() noexcept { return std::exchange(object_, nullptr); }
+
+ private:
+  T* object_ = nullptr;
+};
+
+template <class T, class U>
+bool operator==(const Ref<T>& a, const Ref<U>& b) noexcept {
+  return a.get() == b.get();
+}
+template <class T, class U>
+bool operator==(const Ref<T>& a, U* b) noexcept {
+  return a.get() == b;
+}
+template <class T>
+bool operator==(const Ref<T>& a, std::nullptr_t) noexcept {
+  return a.get() == nullptr;
+}
+
+/// A new Object of class `T`, constructed with `args`, owned by the caller.
+template <class T, class... Args>
+[[nodiscard]] Ref<T> make(Args&&... args) {
+  return Ref<T>(new T(std::forward<Args>(args)...), adopt);
+}
+
+namespace detail {
+template <class T>
+struct IsRef : std::false_type {};
+template <class T>
+struct IsRef<Ref<T>> : std::true_type {};
+template <class T>
+inline constexpr bool isRef = IsRef<std::remove_cvref_t<T>>::value;
+}  // namespace detail
+
+}  // namespace qz

@@ -1,0 +1,168 @@
+#include "Platform/Values/NSString.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Values/NSMutableString.h"
+#include "Platform/Values/detail/FormatEngine.h"
+#include "Platform/Values/detail/StringStorage.h"
+#include "Platform/Values/detail/UnitBuffer.h"
+#include "Platform/Values/detail/Utf.h"
+
+namespace qz {
+
+using detail::requireString;
+
+void NSString::describe(ClassDescription<NSString>& is) {
+  is.named("NSString")
+      .classMethod<&NSString::string>("string")
+      .classMethod<&NSString::stringWithString>("stringWithString:")
+      .classMethod<&NSString::stringWithUTF8String>("stringWithUTF8String:")
+      .classMethod<&NSString::stringWithCharacters_length>("stringWithCharacters:length:")
+      .initializer<&NSString::initWithCharactersNoCopy_length>("initWithCharactersNoCopy:length:")
+      .classMethod<&NSString::stringWithFormat_arguments>("stringWithFormat:arguments:")
+      .initializer<&NSString::initWithFormat_arguments>("initWithFormat:arguments:")
+      .method<&NSString::length>("length")
+      .method<&NSString::characterAtIndex>("characterAtIndex:")
+      .method<&NSString::getCharacters_range>("getCharacters:range:")
+      .method<&NSString::UTF8String>("UTF8String")
+      .method<&NSString::isEqualToString>("isEqualToString:")
+      .method<&NSString::compare>("compare:")
+      .method<&NSString::caseInsensitiveCompare>("caseInsensitiveCompare:")
+      .method<&NSString::hasPrefix>("hasPrefix:")
+      .method<&NSString::hasSuffix>("hasSuffix:")
+      .method<&NSString::rangeOfString>("rangeOfString:")
+      .method<&NSString::substringFromIndex>("substringFromIndex:")
+      .method<&NSString::substringToIndex>("substringToIndex:")
+      .method<&NSString::substringWithRange>("substringWithRange:")
+      .method<&NSString::stringByAppendingString>("stringByAppendingString:")
+      .method<&NSString::stringByAppendingFormat_arguments>("stringByAppendingFormat:arguments:")
+      .method<&NSString::uppercaseString>("uppercaseString")
+      .method<&NSString::lowercaseString>("lowercaseString")
+      .method<&NSString::capitalizedString>("capitalizedString")
+      .method<&NSString::intValue>("intValue")
+      .method<&NSString::integerValue>("integerValue")
+      .method<&NSString::longLongValue>("longLongValue")
+      .method<&NSString::unsignedLongLongValue>("unsignedLongLongValue")
+      .method<&NSString::doubleValue>("doubleValue")
+      .method<&NSString::floatValue>("floatValue")
+      .method<&NSString::boolValue>("boolValue");
+}
+
+// Making ------------------------------------------------------------------------------------------
+
+Ref<NSString> NSString::string() { return ""_ns; }
+
+Ref<NSString> NSString::stringWithUTF8String(std::string_view bytes) {
+  if (detail::asciiPrefix(bytes) == bytes.size())
+    return detail::fillString(bytes.size(),
+                              [bytes](char16_t* out) { detail::decodeUtf8(bytes, out); });
+  detail::UnitBuffer units;
+  units.appendUtf8(bytes);
+  return units.toString();
+}
+
+Ref<NSString> NSString::stringWithValidUTF8String(std::string_view bytes) {
+  return detail::isValidUtf8(bytes) ? stringWithUTF8String(bytes) : nullptr;
+}
+
+Ref<NSString> NSString::stringWithCharacters(std::u16string_view units) {
+  return detail::makeString(units);
+}
+
+Ref<NSString> NSString::stringWithCharacters_length(const char16_t* units, std::uint32_t length) {
+  return detail::makeString({units, length});
+}
+
+Ref<NSString> NSString::stringWithString(NSString* other) {
+  const Ref<NSObject> copy = requireString(other, "stringWithString:").copy();
+  return static_cast<NSString*>(copy.get());
+}
+
+Ref<NSString> NSString::initWithCharactersNoCopy_length(char16_t* units, std::uint32_t length) {
+  return detail::adoptUnits(units, length);
+}
+
+Ref<NSString> NSString::stringWithFormat_arguments(NSString* format, FormatArguments arguments) {
+  const NSString& required = requireString(format, "stringWithFormat:");
+  detail::UnitBuffer units;
+  detail::formatUnits(units, required, arguments);
+  return units.toString();
+}
+
+// Reading -----------------------------------------------------------------------------------------
+
+char16_t NSString::characterAtIndex(std::uint32_t index) const {
+  if (index >= length_) detail::raiseIndex("characterAtIndex:", index, length_);
+  return units_[index];
+}
+
+void NSString::getCharacters_range(char16_t* buffer, NSRange range) const {
+  if (NSMaxRange(range) > length_)
+    detail::raiseRange("getCharacters:range:", range.location, range.length, length_);
+  std::copy_n(units_ + range.location, range.length, buffer);
+}
+
+std::string NSString::UTF8String() const {
+  std::string bytes(detail::utf8Length(view()), '\0');
+  detail::encodeUtf8(view(), bytes.data());
+  return bytes;
+}
+
+// Parts and combinations --------------------------------------------------------------------------
+
+Ref<NSString> NSString::substringFromIndex(std::uint32_t index) const {
+  if (index > length_) detail::raiseIndex("substringFromIndex:", index, length_);
+  return substringWithRange({index, length_ - index});
+}
+
+Ref<NSString> NSString::substringToIndex(std::uint32_t index) const {
+  if (index > length_) detail::raiseIndex("substringToIndex:", index, length_);
+  return substringWithRange({0, index});
+}
+
+Ref<NSString> NSString::substringWithRange(NSRange range) const {
+  if (NSMaxRange(range) > length_)
+    detail::raiseRange("substringWithRange:", range.location, range.length, length_);
+  if (range.length == length_) return stringWithString(const_cast<NSString*>(this));
+  return detail::makeString({units_ + range.location, range.length});
+}
+
+Ref<NSString> NSString::stringByAppendingString(NSString* other) const {
+  const std::u16string_view tail = requireString(other, "stringByAppendingString:");
+  const std::u16string_view head = view();
+  return detail::fillString(std::uint64_t{head.size()} + tail.size(), [=](char16_t* out) {
+    std::copy(tail.begin(), tail.end(), std::copy(head.begin(), head.end(), out));
+  });
+}
+
+Ref<NSString> NSString::stringByAppendingFormat_arguments(NSString* format,
+                                                          FormatArguments arguments) const {
+  const NSString& required = requireString(format, "stringByAppendingFormat:");
+  detail::UnitBuffer units;
+  units.append(view());
+  detail::formatUnits(units, required, arguments);
+  return units.toString();
+}
+
+// Object ------------------------------------------------------------------------------------------
+
+Ref<NSObject> NSString::copy() const { return const_cast<NSString*>(this); }
+
+Ref<NSObject> NSString::mutableCopy() const {
+  return NSMutableString::stringWithCharacters(view());
+}
+
+Ref<NSString> NSString::description() const { return const_cast<NSString*>(this); }
+
+namespace detail {
+
+Ref<NSString> boxText(const std::string& text) { return NSString::stringWithUTF8String(text); }
+
+std::string unboxText(NSString* text) { return text != nullptr ? text->UTF8String() : ""; }
+
+}  // namespace detail
+}  // namespace qz

@@ -1,0 +1,126 @@
+// Strings: upper case, lower case, capitals.
+
+#include <unicode/casemap.h>
+#include <unicode/stringoptions.h>
+
+#include <algorithm>
+#include <string>
+
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Values/NSString.h"
+#include "Platform/Values/detail/StringStorage.h"
+#include "Platform/Values/detail/UnitBuffer.h"
+#include "Platform/Values/detail/UnitKinds.h"
+#include "Platform/Values/detail/Utf.h"
+
+namespace qz {
+namespace {
+
+// The root locale: the same answer everywhere.
+constexpr const char* anyLocale = "";
+
+// Adds what one of ICU's mappings, `map(out, room, status)`, makes of a text of `length` units.
+template <class Map>
+void appendMapped(detail::UnitBuffer& out, std::size_t length, Map map) {
+  std::size_t wanted = length;
+  for (;;) {
+    char16_t* room = out.room(wanted);
+    const std::size_t available = out.capacity() - out.size();
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t needed = map(room, static_cast<std::int32_t>(available), status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+      wanted = static_cast<std::size_t>(needed);
+    } else if (U_FAILURE(status)) {
+      detail::raise(NSMallocException,
+                    std::string("the case of a text cannot be changed: ") + u_errorName(status));
+    } else {
+      out.commit(room + needed);
+      return;
+    }
+  }
+}
+
+std::int32_t icuLength(std::u16string_view units) noexcept {
+  return static_cast<std::int32_t>(units.size());
+}
+
+void appendTitle(detail::UnitBuffer& out, std::u16string_view word) {
+  appendMapped(out, word.size(), [word](char16_t* room, std::int32_t size, UErrorCode& status) {
+    return icu::CaseMap::toTitle(anyLocale, U_TITLECASE_WHOLE_STRING, nullptr, word.data(),
+                                 icuLength(word), room, size, nullptr, status);
+  });
+}
+
+bool isAscii(std::u16string_view units) noexcept {
+  return detail::asciiPrefix(units) == units.size();
+}
+
+template <class Convert>
+Ref<NSString> convertedAscii(std::u16string_view units, Convert convert) {
+  return detail::fillString(units.size(), [&](char16_t* out) {
+    std::transform(units.begin(), units.end(), out, convert);
+  });
+}
+
+// Whether a word's capital may stand behind `unit`: punctuation, as in "(word)". Behind a digit or
+// a symbol, as in "1st", there is none.
+bool isBeforeCapital(char16_t unit) noexcept {
+  constexpr std::u16string_view punctuation = u"!\"#%&'()*,-./:;?@[\\]_{}";
+  return unit < u' ' || unit == 0x7F || punctuation.find(unit) != punctuation.npos;
+}
+
+Ref<NSString> capitalizedAscii(std::u16string_view units) {
+  return convertedAscii(units, [atStart = true](char16_t unit) mutable {
+    const char16_t converted = atStart ? detail::toAsciiUpper(unit) : detail::toAsciiLower(unit);
+    atStart = detail::isBlank(unit) || (atStart && isBeforeCapital(unit));
+    return converted;
+  });
+}
+
+}  // namespace
+
+Ref<NSString> NSString::uppercaseString() const {
+  const std::u16string_view units = view();
+  if (isAscii(units)) {
+    if (std::none_of(units.begin(), units.end(), detail::isAsciiLower))
+      return stringWithString(const_cast<NSString*>(this));
+    return convertedAscii(units, detail::toAsciiUpper);
+  }
+  detail::UnitBuffer out;
+  appendMapped(out, units.size(), [units](char16_t* room, std::int32_t size, UErrorCode& status) {
+    return icu::CaseMap::toUpper(anyLocale, 0, units.data(), icuLength(units), room, size, nullptr,
+                                 status);
+  });
+  return out.toString();
+}
+
+Ref<NSString> NSString::lowercaseString() const {
+  const std::u16string_view units = view();
+  if (isAscii(units)) {
+    if (std::none_of(units.begin(), units.end(), detail::isAsciiUpper))
+      return stringWithString(const_cast<NSString*>(this));
+    return convertedAscii(units, detail::toAsciiLower);
+  }
+  detail::UnitBuffer out;
+  appendMapped(out, units.size(), [units](char16_t* room, std::int32_t size, UErrorCode& status) {
+    return icu::CaseMap::toLower(anyLocale, 0, units.data(), icuLength(units), room, size, nullptr,
+                                 status);
+  });
+  return out.toString();
+}
+
+Ref<NSString> NSString::capitalizedString() const {
+  const std::u16string_view units = view();
+  if (isAscii(units)) return capitalizedAscii(units);
+  detail::UnitBuffer out;
+  for (auto at = units.begin(); at != units.end();) {
+    const auto word = std::find_if_not(at, units.end(), detail::isBlank);
+    const auto end = std::find_if(word, units.end(), detail::isBlank);
+    out.append(std::u16string_view(at, word));
+    if (word != end) appendTitle(out, std::u16string_view(word, end));
+    at = end;
+  }
+  return out.toString();
+}
+
+}  // namespace qz

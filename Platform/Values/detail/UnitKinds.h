@@ -1,0 +1,37 @@
+/// @file
+/// Private: kinds of code units that need no table.
+#pragma once
+
+namespace qz::detail {
+
+constexpr bool isDigit(char16_t unit) noexcept { return unit >= u'0' && unit <= u'9'; }
+constexpr bool isAsciiUpper(char16_t unit) noexcept { return unit >= u'A' && unit <= u'Z'; }
+constexpr bool isAsciiLower(char16_t unit) noexcept { return unit >= u'a' && unit <= u'z'; }
+
+/// The same letter in the other case; anything but an ASCII letter stays.
+constexpr char16_t toAsciiUpper(char16_t unit) noexcept {
+  return static_cast<char16_t>(isAsciiLower(unit) ? unit - (u'a' - u'A') : unit);
+}
+constexpr char16_t toAsciiLower(char16_t unit) noexcept {
+  return static_cast<char16_t>(isAsciiUpper(unit) ? unit + (u'a' - u'A') : unit);
+}
+
+/// Unicode's white space, line ends included.
+constexpr bool isBlank(char16_t unit) noexcept {
+  if (unit < 0x80) return unit == u' ' || (unit >= 0x09 && unit <= 0x0D);
+  switch (unit) {
+    case 0x0085:
+    case 0x00A0:
+    case 0x1680:
+    case 0x2028:
+    case 0x2029:
+    case 0x202F:
+    case 0x205F:
+    case 0x3000:
+      return true;
+    default:
+      return unit >= 0x2000 && unit <= 0x200A;
+  }
+}
+
+}  // namespace qz::detail

@@ -1,0 +1,225 @@
+#include "Platform/Values/detail/Utf.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace qz::detail {
+namespace {
+
+constexpr std::size_t block = 16;
+constexpr char32_t illFormed = 0xFFFFFFFF;
+
+using Byte = unsigned char;
+
+// The loops over a block have a fixed count, so that the compiler turns them into vector code.
+
+bool isAsciiBlock(const Byte* bytes) noexcept {
+  std::uint64_t low, high;
+  std::memcpy(&low, bytes, sizeof low);
+  std::memcpy(&high, bytes + sizeof low, sizeof high);
+  return ((low | high) & 0x8080808080808080u) == 0;
+}
+
+bool isAsciiBlock(const char16_t* units) noexcept {
+  std::uint64_t words[4];
+  std::memcpy(words, units, sizeof words);
+  return ((words[0] | words[1] | words[2] | words[3]) & 0xFF80FF80FF80FF80u) == 0;
+}
+
+void widenBlock(const Byte* bytes, char16_t* out) noexcept {
+  for (std::size_t i = 0; i < block; ++i) out[i] = bytes[i];
+}
+
+void narrowBlock(const char16_t* units, char* out) noexcept {
+  for (std::size_t i = 0; i < block; ++i) out[i] = static_cast<char>(units[i]);
+}
+
+template <class Unit>
+std::size_t prefixOf(const Unit* text, std::size_t count) noexcept {
+  std::size_t i = 0;
+  while (count - i >= block && isAsciiBlock(text + i)) i += block;
+  while (i < count && text[i] < 0x80) ++i;
+  return i;
+}
+
+bool isContinuation(Byte byte) noexcept { return (byte & 0xC0) == 0x80; }
+
+// Reads what starts at `at`, which is not ASCII, and moves behind it: behind one character, or
+// behind the longest part that could have begun one, answering `illFormed`.
+char32_t decodeOne(const Byte*& at, const Byte* end) noexcept {
+  const Byte lead = *at++;
+  // The second byte's bounds shut out overlong forms, surrogates and what is above U+10FFFF.
+  Byte lowest = 0x80;
+  Byte highest = 0xBF;
+  int more = 0;
+  char32_t point = 0;
+  if (lead < 0xC2) {
+    return illFormed;
+  } else if (lead < 0xE0) {
+    more = 1;
+    point = lead & 0x1Fu;
+  } else if (lead < 0xF0) {
+    more = 2;
+    point = lead & 0x0Fu;
+    if (lead == 0xE0) lowest = 0xA0;
+    if (lead == 0xED) highest = 0x9F;
+  } else if (lead < 0xF5) {
+    more = 3;
+    point = lead & 0x07u;
+    if (lead == 0xF0) lowest = 0x90;
+    if (lead == 0xF4) highest = 0x8F;
+  } else {
+    return illFormed;
+  }
+  if (at == end || *at < lowest || *at > highest) return illFormed;
+  point = point << 6 | (*at++ & 0x3Fu);
+  while (--more > 0) {
+    if (at == end || !isContinuation(*at)) return illFormed;
+    point = point << 6 | (*at++ & 0x3Fu);
+  }
+  return point;
+}
+
+// Calls `ascii` with each run of ASCII and `point` with each other character, `illFormed` standing
+// for what is none. Ends, and answers false, as soon as `point` does.
+template <class Ascii, class Point>
+bool forEachPart(std::string_view bytes, Ascii ascii, Point point) {
+  const auto* at = reinterpret_cast<const Byte*>(bytes.data());
+  const Byte* const end = at + bytes.size();
+  while (at != end) {
+    if (*at >= 0x80) {
+      if (!point(decodeOne(at, end))) return false;
+      continue;
+    }
+    const auto left = static_cast<std::size_t>(end - at);
+    const std::size_t run = prefixOf(at, left);
+    ascii(bytes.substr(bytes.size() - left, run));
+    at += run;
+  }
+  return true;
+}
+
+char* encodePoint(char32_t point, char* out) noexcept {
+  auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
+  if (point < 0x80) {
+    put(point);
+  } else if (point < 0x800) {
+    put(0xC0 | point >> 6);
+    put(0x80 | (point & 0x3F));
+  } else if (point < 0x10000) {
+    put(0xE0 | point >> 12);
+    put(0x80 | (point >> 6 & 0x3F));
+    put(0x80 | (point & 0x3F));
+  } else {
+    put(0xF0 | point >> 18);
+    put(0x80 | (point >> 12 & 0x3F));
+    put(0x80 | (point >> 6 & 0x3F));
+    put(0x80 | (point & 0x3F));
+  }
+  return out;
+}
+
+}  // namespace
+
+std::size_t asciiPrefix(std::string_view bytes) noexcept {
+  return prefixOf(reinterpret_cast<const Byte*>(bytes.data()), bytes.size());
+}
+
+std::size_t asciiPrefix(std::u16string_view units) noexcept {
+  return prefixOf(units.data(), units.size());
+}
+
+std::size_t utf16Length(std::string_view bytes) noexcept {
+  std::size_t length = 0;
+  forEachPart(
+      bytes, [&length](std::string_view ascii) { length += ascii.size(); },
+      [&length](char32_t point) {
+        length += point >= 0x10000 && point != illFormed ? 2 : 1;
+        return true;
+      });
+  return length;
+}
+
+bool isValidUtf8(std::string_view bytes) noexcept {
+  return forEachPart(
+      bytes, [](std::string_view) {}, [](char32_t point) { return point != illFormed; });
+}
+
+char16_t* decodeUtf8(std::string_view bytes, char16_t* out) noexcept {
+  const auto* at = reinterpret_cast<const Byte*>(bytes.data());
+  const Byte* const end = at + bytes.size();
+  while (at != end) {
+    if (*at >= 0x80) {
+      out = encodeUtf16(decodeOne(at, end), out);
+      continue;
+    }
+    while (static_cast<std::size_t>(end - at) >= block && isAsciiBlock(at)) {
+      widenBlock(at, out);
+      at += block;
+      out += block;
+    }
+    while (at != end && *at < 0x80) *out++ = *at++;
+  }
+  return out;
+}
+
+std::size_t utf8Length(std::u16string_view units) noexcept {
+  std::size_t length = units.size();
+  for (char16_t unit : units) length += (unit >= 0x80) + std::size_t{unit >= 0x800};
+  // Either half of a pair was counted as the three bytes of U+FFFD; together they take four.
+  std::size_t pairs = 0;
+  for (std::size_t i = 0; i + 1 < units.size(); ++i)
+    pairs += isHighSurrogate(units[i]) & isLowSurrogate(units[i + 1]);
+  return length - 2 * pairs;
+}
+
+char* encodeUtf8(std::u16string_view units, char* out) noexcept {
+  const char16_t* at = units.data();
+  const char16_t* const end = at + units.size();
+  while (at != end) {
+    if (*at < 0x80) {
+      while (static_cast<std::size_t>(end - at) >= block && isAsciiBlock(at)) {
+        narrowBlock(at, out);
+        at += block;
+        out += block;
+      }
+      while (at != end && *at < 0x80) *out++ = static_cast<char>(*at++);
+    } else {
+      char32_t point = *at++;
+      if (isHighSurrogate(point) && at != end && isLowSurrogate(*at))
+        point = (point << 10) + *at++ - ((0xD800u << 10) + 0xDC00u - 0x10000u);
+      else if (isHighSurrogate(point) || isLowSurrogate(point))
+        point = replacementCharacter;
+      out = encodePoint(point, out);
+    }
+  }
+  return out;
+}
+
+std::string_view withoutPartialCharacter(std::string_view bytes) noexcept {
+  std::size_t start = bytes.size();
+  const std::size_t reach = std::min<std::size_t>(bytes.size(), 3);
+  while (bytes.size() - start < reach) {
+    const auto byte = static_cast<Byte>(bytes[--start]);
+    if (isContinuation(byte)) continue;
+    const std::size_t needed = byte < 0xC2 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+    const bool isLead = byte >= 0xC2 && byte < 0xF5;
+    return isLead && bytes.size() - start < needed ? bytes.substr(0, start) : bytes;
+  }
+  return bytes;
+}
+
+char16_t* encodeUtf16(char32_t point, char16_t* out) noexcept {
+  if (point < 0x10000) {
+    *out++ = static_cast<char16_t>(point);
+  } else if (point < 0x110000) {
+    *out++ = static_cast<char16_t>(0xD7C0 + (point >> 10));
+    *out++ = static_cast<char16_t>(0xDC00 + (point & 0x3FF));
+  } else {
+    *out++ = replacementCharacter;
+  }
+  return out;
+}
+
+}  // namespace qz::detail

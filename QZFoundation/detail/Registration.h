@@ -1,0 +1,23 @@
+/// @file
+/// Private: names the library's list of operations, so that a static link keeps it. Every public
+/// header of the library includes this.
+#pragma once
+
+#include "Platform/Runtime/detail/Library.h"
+
+namespace qz {
+
+/// Registers the library's classes and the operations it adds, in order. Called by the run-time
+/// before the first look-up.
+void registerQZFoundation();
+
+namespace detail {
+[[gnu::used]] inline LibraryHook foundationHook(&registerQZFoundation);
+
+// One for each file that adds something; the list in Registration.cpp gives the order.
+void registerNSArrayQZIndexMap();
+void registerNSObjectQZFoundation();
+void registerNSSortDescriptorQZFoundation();
+}  // namespace detail
+
+}  // namespace qz

@@ -1,0 +1,42 @@
+// Measures every row of the table. Arguments are Google Benchmark's, and come after what is asked
+// for here, so they win:
+//
+//   qzbench --benchmark_filter=Sort --benchmark_repetitions=3
+#include <benchmark/benchmark.h>
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "bench/support/Comparison.h"
+#include "bench/support/Families.h"
+
+int main(int argc, char** argv) {
+  // Interleaved repetitions put what disturbs the machine for a while on all sides of a comparison.
+  std::vector<std::string> arguments{argv[0], "--benchmark_repetitions=9",
+                                     "--benchmark_enable_random_interleaving=true",
+                                     "--benchmark_min_time=0.05"};
+  arguments.insert(arguments.end(), argv + 1, argv + argc);
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  int count = static_cast<int>(pointers.size());
+  benchmark::Initialize(&count, pointers.data());
+  if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) return 1;
+
+  qz::bench::compareDispatch();
+  qz::bench::compareObjects();
+  qz::bench::compareKeyValueAccess();
+  qz::bench::compareCollections();
+  qz::bench::compareSorting();
+#if defined(QZ_BENCH_QT)
+  qz::bench::compareQt();
+#endif
+#if defined(QZ_BENCH_GLIB)
+  qz::bench::compareGLib();
+#endif
+
+  qz::bench::MedianReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  qz::bench::printTimes(std::cout, reporter);
+  qz::bench::printMemory(std::cout);
+}

@@ -1,0 +1,153 @@
+#include "bench/support/Comparison.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <ostream>
+#include <utility>
+
+#include "bench/support/ResidentMemory.h"
+
+namespace qz::bench {
+namespace {
+
+const std::vector<std::string> peers{"Qt", "GLib"};
+
+template <class R>
+struct Entered {
+  std::string family;
+  R row;
+};
+
+struct MemoryCases {
+  MemoryRow row;
+  std::map<std::string, Build> builds;
+};
+
+std::vector<Entered<Row>>& rows() {
+  static std::vector<Entered<Row>> all;
+  return all;
+}
+
+std::map<std::string, MemoryCases>& memoryRows() {
+  static std::map<std::string, MemoryCases> all;
+  return all;
+}
+
+std::string number(const char* format, double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
+
+std::string duration(double nanoseconds) {
+  if (nanoseconds < 100) return number("%.2f ns", nanoseconds);
+  if (nanoseconds < 10'000) return number("%.0f ns", nanoseconds);
+  if (nanoseconds < 1'000'000) return number("%.1f µs", nanoseconds / 1'000);
+  return number("%.1f ms", nanoseconds / 1'000'000);
+}
+
+std::string ratio(double value, double reference) {
+  if (value == 0 || reference == 0) return "";
+  const double quotient = value / reference;
+  return number(quotient < 10 ? "%.2f" : "%.0f", quotient);
+}
+
+std::string missed(bool isMissed) { return isMissed ? " (missed)" : ""; }
+
+}  // namespace
+
+void compare(const std::string& family, Row row, Case ours, Case reference) {
+  benchmark::RegisterBenchmark((family + "/ours").c_str(), ours);
+  benchmark::RegisterBenchmark((family + "/reference").c_str(), reference);
+  rows().push_back({family, std::move(row)});
+}
+
+void comparePeer(const std::string& family, const std::string& peer, Case theirs) {
+  benchmark::RegisterBenchmark((family + "/" + peer).c_str(), theirs);
+}
+
+void compareMemory(const std::string& family, MemoryRow row, Build ours, Build reference) {
+  MemoryCases& cases = memoryRows()[family];
+  cases.row = std::move(row);
+  cases.builds["ours"] = ours;
+  cases.builds["reference"] = reference;
+}
+
+void compareMemoryPeer(const std::string& family, const std::string& peer, Build theirs) {
+  memoryRows()[family].builds[peer] = theirs;
+}
+
+bool MedianReporter::ReportContext(const Context& context) {
+  PrintBasicContext(&GetErrorStream(), context);
+  return ConsoleReporter::ReportContext(context);
+}
+
+void MedianReporter::ReportRuns(const std::vector<Run>& runs) {
+  std::vector<Run> shown;
+  for (const Run& run : runs) {
+    if (run.run_type == Run::RT_Aggregate) {
+      if (run.aggregate_name == "median" || run.aggregate_name == "cv") shown.push_back(run);
+      continue;
+    }
+    if (run.repetitions <= 1) shown.push_back(run);
+    if (run.error_occurred) continue;
+    const auto rate = run.counters.find("items_per_second");
+    const double seconds = rate != run.counters.end()
+                               ? 1 / rate->second.value
+                               : run.cpu_accumulated_time / static_cast<double>(run.iterations);
+    nanoseconds_[run.run_name.function_name].push_back(seconds * 1e9);
+  }
+  if (!shown.empty()) ConsoleReporter::ReportRuns(shown);
+}
+
+double MedianReporter::median(const std::string& benchmark) const {
+  const auto found = nanoseconds_.find(benchmark);
+  if (found == nanoseconds_.end()) return 0;
+  std::vector<double> sorted = found->second;
+  std::sort(sorted.begin(), sorted.end());
+  return sorted[sorted.size() / 2];
+}
+
+void printTimes(std::ostream& out, const MedianReporter& reporter) {
+  bool first = true;
+  for (const auto& [family, row] : rows()) {
+    const double ours = reporter.median(family + "/ours");
+    const double reference = reporter.median(family + "/reference");
+    if (ours == 0 || reference == 0) continue;
+    if (std::exchange(first, false))
+      out << "\n| operation | reference | ours | reference takes | ratio | target | Qt | GLib |\n"
+          << "|---|---|--:|--:|--:|--:|--:|--:|\n";
+    const bool isMissed = row.target != 0 && ours / reference > row.target;
+    out << "| " << row.operation << " | " << row.reference << " | " << duration(ours) << " | "
+        << duration(reference) << " | " << ratio(ours, reference) << missed(isMissed) << " | "
+        << (row.target == 0 ? "" : number("%g", row.target)) << " |";
+    for (const std::string& peer : peers)
+      out << " " << ratio(reporter.median(family + "/" + peer), reference) << " |";
+    out << "\n";
+  }
+}
+
+void printMemory(std::ostream& out) {
+  if (memoryRows().empty()) return;
+  out << "\n| memory | reference | ours | reference takes | at most | Qt | GLib |\n"
+      << "|---|---|--:|--:|--:|--:|--:|\n";
+  for (const auto& [family, cases] : memoryRows()) {
+    const auto bytes = [&cases = cases](const std::string& name) {
+      const auto build = cases.builds.find(name);
+      if (build == cases.builds.end()) return 0.0;
+      return residentBytes(build->second, cases.row.count) /
+             static_cast<double>(cases.row.count);
+    };
+    const double ours = bytes("ours");
+    out << "| " << cases.row.operation << " | " << cases.row.reference << " | "
+        << number("%.1f", ours) << missed(ours > cases.row.limit) << " | "
+        << number("%.1f", bytes("reference")) << " | " << number("%g", cases.row.limit) << " |";
+    for (const std::string& peer : peers) {
+      const double theirs = bytes(peer);
+      out << " " << (theirs == 0 ? "" : number("%.1f", theirs)) << " |";
+    }
+    out << "\n";
+  }
+}
+
+}  // namespace qz::bench

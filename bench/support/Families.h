@@ -1,0 +1,16 @@
+/// @file
+/// Every group of comparisons, in the order of the table.
+#pragma once
+
+namespace qz::bench {
+
+void compareDispatch();
+void compareObjects();
+void compareKeyValueAccess();
+void compareCollections();
+void compareSorting();
+
+void compareQt();    // defined when QZ_BENCH_QT is
+void compareGLib();  // defined when QZ_BENCH_GLIB is
+
+}  // namespace qz::bench

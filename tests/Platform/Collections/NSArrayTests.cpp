@@ -1,0 +1,353 @@
+// What every kind of Array does: those made by the library, mutable ones, and a derived class that
+// overrides nothing but the two primitives.
+#include "Platform/Collections/NSArray.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ranges>
+#include <string>
+#include <thread>
+
+#include "Platform/Collections/NSEnumerator.h"
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSPredicate.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Letters.h"
+#include "tests/support/Person.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+/// Keeps its elements in a way of its own.
+class Shelf : public Derives<Shelf, NSArray> {
+ public:
+  static void describe(ClassDescription<Shelf>& is) { is.named("Shelf"); }
+  explicit Shelf(std::vector<Ref<NSObject>> books) : books_(std::move(books)) {}
+  std::uint32_t count() const override { return static_cast<std::uint32_t>(books_.size()); }
+  Ref<NSObject> objectAtIndex(std::uint32_t index) const override {
+    if (index >= count()) detail::raiseIndex("Shelf", index, count());
+    return books_[index];
+  }
+
+ private:
+  std::vector<Ref<NSObject>> books_;
+};
+
+/// Makes each element when it is asked for.
+class Squares : public Derives<Squares, NSArray> {
+ public:
+  static void describe(ClassDescription<Squares>& is) { is.named("Squares"); }
+  std::uint32_t count() const override { return 5; }
+  Ref<NSObject> objectAtIndex(std::uint32_t index) const override {
+    if (index >= 5) detail::raiseIndex("Squares", index, 5);
+    return NSNumber::numberWithUnsignedInt(10000 + index * index);
+  }
+};
+
+struct MakeImmutable {
+  static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) {
+    return NSArray::fromRange(objects);
+  }
+};
+struct MakeMutable {
+  static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) {
+    return NSMutableArray::fromRange(objects);
+  }
+};
+struct MakeDerived {
+  static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) {
+    return make<Shelf>(objects);
+  }
+};
+
+template <class Maker>
+class EveryArray : public ::testing::Test {
+ public:
+  static Ref<NSArray> of(std::string_view text) { return Maker::of(letters(text)); }
+};
+using Makers = ::testing::Types<MakeImmutable, MakeMutable, MakeDerived>;
+TYPED_TEST_SUITE(EveryArray, Makers);
+
+TYPED_TEST(EveryArray, IsReadByIndexAndInRanges) {
+  auto array = this->of("abcde");
+  EXPECT_EQ(array->count(), 5u);
+  EXPECT_EQ(to_string(array->objectAtIndex(4)), "e");
+  EXPECT_EQ(to_string(array->lastObject()), "e");
+  EXPECT_EQ(this->of("")->lastObject(), nullptr);
+  EXPECT_TRUE(raises(NSRangeException, [&] { array->objectAtIndex(5); }, {"5", "count"}));
+  EXPECT_EQ(text(array->subarrayWithRange({1, 3})), "bcd");
+  EXPECT_EQ(text(array->subarrayWithRange({5, 0})), "");
+  EXPECT_TRUE(raises(NSRangeException, [&] { array->subarrayWithRange({3, 3}); }, {"{3, 3}"}));
+  EXPECT_TRUE(raises(NSRangeException, [&] { array->subarrayWithRange({1, 0xFFFFFFFF}); }));
+  NSObject* buffer[6] = {};
+  array->getObjects(buffer);
+  EXPECT_EQ(to_string(buffer[4]), "e");
+  EXPECT_EQ(buffer[5], nullptr);
+  EXPECT_EQ(array->toVector().size(), 5u);
+}
+
+TYPED_TEST(EveryArray, IsWalkedBothWays) {
+  auto array = this->of("abc");
+  std::string walked;
+  for (NSObject* each : array) walked += to_string(each);
+  for (NSString* each : elements<NSString>(array)) walked += each->UTF8String();
+  EXPECT_EQ(walked, "abcabc");
+  EXPECT_EQ(text(array->reverseObjectEnumerator()->allObjects()), "cba");
+  Ref<NSEnumerator> enumerator = array->objectEnumerator();
+  array = nullptr;  // the enumerator keeps it
+  EXPECT_EQ(to_string(enumerator->nextObject()), "a");
+  EXPECT_EQ(text(enumerator->allObjects()), "bc");
+  EXPECT_EQ(enumerator->nextObject(), nullptr);
+  EXPECT_EQ(enumerator->nextObject(), nullptr);
+  EXPECT_TRUE(raises(
+      NSInvalidArgumentException,
+      [&] { for ([[maybe_unused]] NSNumber* each : elements<NSNumber>(this->of("a"))) continue; },
+      {"NSString", "NSNumber"}));
+}
+
+TYPED_TEST(EveryArray, FindsTheFirstEqualOne) {
+  auto array = this->of("abcb");
+  auto b = NSString::stringWithUTF8String("b");
+  EXPECT_EQ(array->indexOfObject(b), 1u);
+  EXPECT_EQ(array->indexOfObjectIdenticalTo(b), NSNotFound);
+  EXPECT_EQ(array->indexOfObjectIdenticalTo(array->objectAtIndex(3)), 3u);
+  EXPECT_TRUE(array->containsObject(b));
+  EXPECT_FALSE(array->containsObject("x"_ns));
+  EXPECT_FALSE(array->containsObject(nullptr));
+  const auto isB = [&](NSObject* each, std::uint32_t) { return b->isEqual(each); };
+  EXPECT_EQ(array->indexOfObjectPassingTest(isB), 1u);
+  EXPECT_EQ(array->indexesOfObjectsPassingTest(isB), (std::vector<std::uint32_t>{1, 3}));
+  EXPECT_EQ(to_string(array->firstObjectCommonWithArray(this->of("xcb"))), "b");
+  EXPECT_EQ(array->firstObjectCommonWithArray(nullptr), nullptr);
+}
+
+TYPED_TEST(EveryArray, MakesOtherArrays) {
+  auto array = this->of("abc");
+  EXPECT_EQ(text(array->arrayByAddingObject("d"_ns)), "abcd");
+  EXPECT_EQ(text(array->arrayByAddingObjectsFromArray(array)), "abcabc");
+  EXPECT_EQ(text(array->arrayByAddingObjectsFromArray(nullptr)), "abc");
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { array->arrayByAddingObject(nullptr); }));
+  auto notB = NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) != "b"; });
+  EXPECT_EQ(text(array->filteredArrayUsingPredicate(notB)), "ac");
+  EXPECT_EQ(to_string(array->componentsJoinedByString(", "_ns)), "a, b, c");
+  EXPECT_EQ(text(array->mutableCopy()), "abc");
+  EXPECT_TRUE(isKind<NSMutableArray>(array->mutableCopy().get()));
+  EXPECT_FALSE(isKind<NSMutableArray>(array->copy().get()));
+  EXPECT_TRUE(array->copy()->isEqual(array));
+}
+
+TYPED_TEST(EveryArray, SortsAndKeepsTheOrderOfEquals) {
+  std::vector<Ref<NSObject>> people;
+  for (int i = 0; i < 300; ++i)
+    people.push_back(make<Person>(NSString::stringWithUTF8String(std::to_string(i)), i * 7 % 10));
+  auto sorted = TypeParam::of(people)->sortedArrayUsingSelector("compareByAge:"_sel);
+  auto byFunction = TypeParam::of(people)->sortedArrayUsingFunction_context(
+      [](NSObject* a, NSObject* b, void* context) {
+        EXPECT_EQ(context, nullptr);
+        return as<Person>(a)->compareByAge(as<Person>(b));
+      },
+      nullptr);
+  std::ranges::stable_sort(people, {}, [](auto& each) { return as<Person>(each)->age; });
+  EXPECT_EQ(sorted->toVector(), people);
+  EXPECT_EQ(byFunction->toVector(), people);
+}
+
+TYPED_TEST(EveryArray, PassesOnWhatAComparisonThrows) {
+  auto array = this->of("the quick brown fox jumps over the lazy dog");
+  int left = 50;
+  EXPECT_THROW(array->sortedArrayUsingComparator([&](NSObject*, NSObject*) -> NSComparisonResult {
+    if (--left == 0) throw 1;
+    return NSOrderedDescending;
+  }), int);
+  EXPECT_EQ(text(array), "the quick brown fox jumps over the lazy dog");
+}
+
+TYPED_TEST(EveryArray, EqualsAnyArrayOfEqualElements) {
+  auto array = this->of("abc");
+  for (const auto& same : {MakeImmutable::of(letters("abc")), MakeMutable::of(letters("abc")),
+                           MakeDerived::of(letters("abc"))}) {
+    EXPECT_TRUE(array->isEqual(same));
+    EXPECT_TRUE(same->isEqualToArray(array));
+    EXPECT_EQ(array->hash(), same->hash());
+  }
+  EXPECT_FALSE(array->isEqual(this->of("abd")));
+  EXPECT_FALSE(array->isEqual(this->of("ab")));
+  EXPECT_FALSE(array->isEqual("abc"_ns));
+  EXPECT_FALSE(array->isEqualToArray(nullptr));
+  EXPECT_EQ(to_string(array), "(\n    a,\n    b,\n    c\n)");
+  EXPECT_EQ(to_string(this->of("")), "()");
+}
+
+TYPED_TEST(EveryArray, ReadsAndSetsKeysOfItsElements) {
+  auto ann = make<Person>("Ann"_ns, 30);
+  auto bob = make<Person>(nullptr, 40);
+  ann->partner = bob;
+  auto people = TypeParam::of({ann, bob});
+  EXPECT_EQ(to_string(people->valueForKey("age"_ns)), "(\n    30,\n    40\n)");
+  EXPECT_EQ(as<NSArray>(people->valueForKey("name"_ns))->objectAtIndex(1), NSNull::null());
+  EXPECT_EQ(to_string(people->valueForKeyPath("partner.age"_ns)), "(\n    40,\n    <null>\n)");
+  people->setValue_forKey(NSNumber::numberWithInt(5), "age"_ns);
+  people->setValue_forKeyPath("X"_ns, "partner.name"_ns);
+  EXPECT_EQ(ann->age + bob->age, 10);
+  EXPECT_EQ(to_string(bob->name()), "X");
+}
+
+TYPED_TEST(EveryArray, AnswersBySelector) {
+  auto array = this->of("abc");
+  EXPECT_EQ(send<std::uint32_t>(array, "count"_sel), 3u);
+  EXPECT_EQ(to_string(send<Ref<NSObject>>(array, "objectAtIndex:"_sel, 1)), "b");
+  EXPECT_TRUE(raises(NSRangeException,
+                     [&] { send<Ref<NSObject>>(array, "objectAtIndex:"_sel, -1); }));
+  EXPECT_EQ(text(send<Ref<NSArray>>(array, "subarrayWithRange:"_sel, NSRange{1, 2})), "bc");
+  EXPECT_TRUE(send<bool>(array, "containsObject:"_sel, "c"_ns));
+  NSObject* buffer[3] = {};
+  send<void>(array, "getObjects:"_sel, static_cast<NSObject**>(buffer));
+  EXPECT_EQ(to_string(buffer[2]), "c");
+  NSSortFunction backwards = [](NSObject* a, NSObject* b, void*) {
+    return send<NSComparisonResult>(b, "compare:"_sel, a);
+  };
+  EXPECT_EQ(text(send<Ref<NSArray>>(array, "sortedArrayUsingFunction:context:"_sel, backwards,
+                                    static_cast<void*>(nullptr))),
+            "cba");
+}
+
+TEST(NSArray, IsMadeInOneBlockAndSharesTheEmptyOne) {
+  EXPECT_EQ(NSArray::array(), NSArray::arrayWithObjects({}));
+  EXPECT_EQ(NSArray::array(), NSArray::array()->subarrayWithRange({0, 0}));
+  EXPECT_EQ(make<NSArray>()->count(), 0u);
+  EXPECT_TRUE(make<NSArray>()->isEqual(NSArray::array()));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [] { NSArray::arrayWithObjects({"a"_ns, nullptr}); }));
+  auto array = NSArray::arrayWithObjects({"a"_ns, "b"_ns});
+  EXPECT_EQ(array->copy(), array);
+  EXPECT_EQ(NSArray::arrayWithArray(array), array);
+  EXPECT_EQ(array->classObject(), classOf<NSArray>());
+  auto mutableOne = send<Ref<NSArray>>(classOf<NSMutableArray>(), "arrayWithArray:"_sel, array);
+  EXPECT_TRUE(isKind<NSMutableArray>(mutableOne.get()));
+  EXPECT_TRUE(mutableOne->isEqual(array));
+}
+
+TEST(NSArray, OwnsItsElementsOnce) {
+  const int before = Person::alive;
+  {
+    detail::ArrayBuilder abandoned;
+    for (int i = 0; i < 1000; ++i) abandoned.take(make<Person>());
+    detail::ArrayBuilder builder(3);
+    for (int i = 0; i < 1000; ++i) builder.take(make<Person>());
+    EXPECT_THROW(builder.add(nullptr), Raised);
+    auto array = builder.finish();
+    EXPECT_EQ(array->objectAtIndex(999)->retainCount(), 2u);
+    auto part = array->subarrayWithRange({998, 2});
+    array = nullptr;
+    EXPECT_EQ(Person::alive - before, 1002);
+    EXPECT_EQ(part->lastObject()->retainCount(), 2u);
+  }
+  EXPECT_EQ(Person::alive, before);
+}
+
+TEST(NSArray, KeepsAComputedElementAliveWhileItIsLookedAt) {
+  auto squares = make<Squares>();
+  std::uint32_t sum = 0;
+  for (NSNumber* each : elements<NSNumber>(squares)) sum += each->unsignedIntValue() - 10000;
+  EXPECT_EQ(sum, 30u);
+  EXPECT_EQ(squares->indexOfObject(NSNumber::numberWithInt(10009)), 3u);
+  auto falling = squares->sortedArrayUsingComparator([](NSObject* a, NSObject* b) {
+    return as<NSNumber>(b)->compare(as<NSNumber>(a));
+  });
+  EXPECT_EQ(to_string(falling->componentsJoinedByString(" "_ns)), "10016 10009 10004 10001 10000");
+  NSObject* buffer[5];
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { squares->getObjects(buffer); }));
+  EXPECT_EQ(std::ranges::count_if(*squares, [](NSObject* each) { return to_string(each) > "10003"; }),
+            3);
+}
+
+TEST(NSArray, SurvivesAComparisonWithoutReason) {
+  std::vector<Ref<NSObject>> objects;
+  for (int i = 0; i < 1000; ++i) objects.push_back(NSNumber::numberWithInt(i));
+  unsigned seed = 1;
+  auto shuffled = NSArray::fromRange(objects)->sortedArrayUsingComparator(
+      [&](NSObject*, NSObject*) {
+        seed = seed * 1664525 + 1013904223;
+        return static_cast<NSComparisonResult>(static_cast<int>(seed >> 30) - 1);
+      });
+  auto again = shuffled->sortedArrayUsingSelector("compare:"_sel);
+  EXPECT_EQ(again->toVector(), objects);
+}
+
+TEST(NSArray, ComparesLittleWhatIsSortedAlready) {
+  std::vector<Ref<NSObject>> objects;
+  for (int i = 0; i < 1000; ++i) objects.push_back(NSNumber::numberWithInt(i));
+  int comparisons = 0;
+  const auto compare = [&](NSObject* a, NSObject* b) {
+    ++comparisons;
+    return as<NSNumber>(a)->compare(as<NSNumber>(b));
+  };
+  NSArray::fromRange(objects)->sortedArrayUsingComparator(compare);
+  EXPECT_LT(comparisons, 1100);
+  comparisons = 0;
+  std::ranges::reverse(objects);
+  NSArray::fromRange(objects)->sortedArrayUsingComparator(compare);
+  EXPECT_LT(comparisons, 6000);
+}
+
+/// An Array that holds only itself.
+Ref<NSMutableArray> makeLoop() {
+  auto loop = NSMutableArray::array();
+  loop->addObject(loop);
+  return loop;
+}
+
+TEST(NSArray, PrintsComparesAndHashesCycles) {
+  auto loop = makeLoop();
+  auto other = NSMutableArray::arrayWithObject(makeLoop());
+  EXPECT_EQ(to_string(loop), "(\n    (...)\n)");
+  EXPECT_EQ(to_string(NSArray::arrayWithObjects({"a b"_ns, "\"\n\x01"_ns, ""_ns, loop})),
+            "(\n    \"a b\",\n    \"\\\"\\n\\u0001\",\n    \"\",\n    (\n        (...)\n    )\n)");
+  EXPECT_TRUE(loop->isEqual(other));
+  EXPECT_EQ(loop->hash(), other->hash());
+  auto different = NSMutableArray::arrayWithObject("x"_ns);
+  EXPECT_FALSE(loop->isEqual(different));
+  as<NSMutableArray>(other->objectAtIndex(0))->removeAllObjects();
+  EXPECT_FALSE(loop->isEqual(other));
+  loop->removeAllObjects();
+}
+
+TEST(NSArray, StandsAnyDepthOfNesting) {
+  constexpr int depth = 200000;
+  const int before = Person::alive;
+  const auto nest = [](bool inMutable) {
+    Ref<NSArray> array = NSArray::arrayWithObject(make<Person>());
+    for (int i = 0; i < depth; ++i)
+      array = inMutable ? NSMutableArray::arrayWithObject(array) : NSArray::arrayWithObject(array);
+    return array;
+  };
+  std::thread([&] {
+    auto a = nest(false);
+    auto b = nest(true);
+    EXPECT_NE(to_string(a).find("(...)"), std::string::npos);
+    EXPECT_EQ(a->hash(), b->hash());
+    EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { a->isEqual(b); }));
+    EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { a->isEqual(b); }));
+  }).join();
+  EXPECT_EQ(Person::alive, before);
+}
+
+TEST(NSEnumerator, AsksABlockUntilItHasNoMore) {
+  int calls = 0;
+  auto enumerator = NSEnumerator::enumeratorWithBlock([&]() -> Ref<NSObject> {
+    return ++calls % 4 == 0 ? nullptr : NSNumber::numberWithInt(calls);
+  });
+  std::string walked;
+  for (NSObject* each : enumerator) walked += to_string(each);
+  EXPECT_EQ(walked, "123");
+  EXPECT_EQ(send<Ref<NSObject>>(enumerator, "nextObject"_sel), nullptr);
+  EXPECT_EQ(calls, 4);
+}
+
+}  // namespace
+}  // namespace qz::test

@@ -1,0 +1,285 @@
+// What every kind of MutableArray does: the library's, one of a derived class that uses the storage
+// it inherits, and one that overrides the primitives.
+#include "Platform/Collections/NSMutableArray.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+#include <string>
+
+#include "Platform/Collections/NSEnumerator.h"
+#include "Platform/Collections/NSPredicate.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Letters.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+class Titled : public Derives<Titled, NSMutableArray> {
+ public:
+  static void describe(ClassDescription<Titled>& is) {
+    is.named("Titled").field<&Titled::title>("title");
+  }
+  std::string title = "none";
+};
+
+class Deck : public Derives<Deck, NSMutableArray> {
+ public:
+  static void describe(ClassDescription<Deck>& is) { is.named("Deck"); }
+  std::uint32_t count() const override { return static_cast<std::uint32_t>(cards_.size()); }
+  Ref<NSObject> objectAtIndex(std::uint32_t index) const override { return cards_[check(index)]; }
+  void insertObject_atIndex(NSObject* object, std::uint32_t index) override {
+    if (object == nullptr) detail::raise(NSInvalidArgumentException, "nil");
+    if (index != count()) check(index);
+    cards_.insert(cards_.begin() + index, object);
+    didChange();
+  }
+  void removeObjectAtIndex(std::uint32_t index) override {
+    const Ref<NSObject> removed = cards_[check(index)];
+    cards_.erase(cards_.begin() + index);
+    didChange();
+  }
+  void replaceObjectAtIndex_withObject(std::uint32_t index, NSObject* object) override {
+    if (object == nullptr) detail::raise(NSInvalidArgumentException, "nil");
+    const Ref<NSObject> replaced = std::exchange(cards_[check(index)], Ref<NSObject>(object));
+    didChange();
+  }
+
+ private:
+  std::uint32_t check(std::uint32_t index) const {
+    if (index >= count()) detail::raiseIndex("Deck", index, count());
+    return index;
+  }
+  std::vector<Ref<NSObject>> cards_;
+};
+
+/// Calls back when it goes.
+class Last : public Derives<Last, NSObject> {
+ public:
+  static void describe(ClassDescription<Last>& is) { is.named("Last"); }
+  explicit Last(std::function<void()> words) : words_(std::move(words)) {}
+  ~Last() override { words_(); }
+
+ private:
+  std::function<void()> words_;
+};
+
+/// Takes itself out of the Array that owns it.
+class Leaver : public Derives<Leaver, NSObject> {
+ public:
+  static void describe(ClassDescription<Leaver>& is) {
+    is.named("Leaver").method<&Leaver::leave>("leave");
+  }
+  explicit Leaver(NSMutableArray* family) : family_(family) {}
+  void leave() {
+    family_->removeObjectIdenticalTo(this);
+    family_ = nullptr;
+  }
+
+ private:
+  NSMutableArray* family_;
+};
+
+template <class Array>
+class EveryMutableArray : public ::testing::Test {
+ public:
+  static Ref<NSMutableArray> of(std::string_view text) {
+    auto array = make<Array>();
+    for (const auto& each : letters(text)) array->addObject(each);
+    return array;
+  }
+};
+using Kinds = ::testing::Types<NSMutableArray, Titled, Deck>;
+TYPED_TEST_SUITE(EveryMutableArray, Kinds);
+
+TYPED_TEST(EveryMutableArray, AddsRemovesAndReplaces) {
+  auto array = this->of("abc");
+  array->insertObject_atIndex("x"_ns, 0);
+  array->insertObject_atIndex("y"_ns, 4);
+  array->replaceObjectAtIndex_withObject(1, "z"_ns);
+  EXPECT_EQ(text(array), "xzbcy");
+  array->exchangeObjectAtIndex_withObjectAtIndex(0, 4);
+  array->removeObjectAtIndex(2);
+  array->removeLastObject();
+  EXPECT_EQ(text(array), "yzc");
+  array->addObjectsFromArray(array);
+  EXPECT_EQ(text(array), "yzcyzc");
+  array->replaceObjectsInRange_withObjectsFromArray({1, 4}, array);
+  EXPECT_EQ(text(array), "yyzcyzcc");
+  array->replaceObjectsInRange_withObjectsFromArray({1, 6}, NSArray::arrayWithObject("q"_ns));
+  EXPECT_EQ(text(array), "yqc");
+  array->setArray(array);
+  EXPECT_EQ(text(array), "yqc");
+  array->setArray(this->of("mn"));
+  EXPECT_EQ(text(array), "mn");
+  array->removeAllObjects();
+  array->removeAllObjects();
+  EXPECT_EQ(array->count(), 0u);
+}
+
+TYPED_TEST(EveryMutableArray, RemovesEveryEqualElement) {
+  auto array = this->of("abacada");
+  array->removeObject(array->objectAtIndex(0).get());
+  EXPECT_EQ(text(array), "bcd");
+  array->removeObjectIdenticalTo("b"_ns);  // equal only
+  array->removeObjectIdenticalTo(array->objectAtIndex(2).get());
+  EXPECT_EQ(text(array), "bc");
+  array = this->of("the quick brown fox");
+  array->removeObjectsInArray(this->of("aeiou"));
+  EXPECT_EQ(text(array), "th qck brwn fx");
+  array->removeObjectsInArray(this->of("abcdefghijklm nopqrstu"));
+  EXPECT_EQ(text(array), "wx");
+  array->removeObject(nullptr);
+  array->removeObjectsInArray(nullptr);
+  array->setArray(this->of("0123456789"));
+  array->removeObjectsInRange({2, 7});
+  EXPECT_EQ(text(array), "019");
+  array->filterUsingPredicate(
+      NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) > "0"; }));
+  EXPECT_EQ(text(array), "19");
+}
+
+TYPED_TEST(EveryMutableArray, RefusesWithoutChanging) {
+  auto array = this->of("abc");
+  const auto refuses = [&](NSString* name, const std::function<void()>& code) {
+    EXPECT_TRUE(raises(name, code));
+    EXPECT_EQ(text(array), "abc");
+  };
+  refuses(NSInvalidArgumentException, [&] { array->addObject(nullptr); });
+  refuses(NSInvalidArgumentException, [&] { array->insertObject_atIndex(nullptr, 0); });
+  refuses(NSInvalidArgumentException, [&] { array->replaceObjectAtIndex_withObject(0, nullptr); });
+  refuses(NSRangeException, [&] { array->insertObject_atIndex("x"_ns, 4); });
+  refuses(NSRangeException, [&] { array->removeObjectAtIndex(3); });
+  refuses(NSRangeException, [&] { array->replaceObjectAtIndex_withObject(3, "x"_ns); });
+  refuses(NSRangeException, [&] { array->exchangeObjectAtIndex_withObjectAtIndex(0, 3); });
+  refuses(NSRangeException, [&] { array->removeObjectsInRange({2, 2}); });
+  refuses(NSRangeException, [&] {
+    array->replaceObjectsInRange_withObjectsFromArray({4, 0}, array);
+  });
+  refuses(NSGenericException, [&] {
+    array->filterUsingPredicate(NSPredicate::predicateWithBlock(
+        [](NSObject*) -> bool { detail::raise(NSGenericException, "no"); }));
+  });
+  EXPECT_TRUE(raises(NSRangeException, [&] { this->of("")->removeLastObject(); }));
+}
+
+TYPED_TEST(EveryMutableArray, SortsInPlaceOrNotAtAll) {
+  auto array = this->of("the quick brown fox jumps");
+  int left = 30;
+  EXPECT_THROW(array->sortUsingComparator([&](NSObject* a, NSObject* b) {
+    if (--left == 0) throw 1;
+    return send<NSComparisonResult>(b, "compare:"_sel, a);
+  }), int);
+  EXPECT_EQ(text(array), "the quick brown fox jumps");
+  EXPECT_TRUE(raises(NSGenericException, [&] {
+    array->sortUsingComparator([&](NSObject*, NSObject*) {
+      array->removeAllObjects();
+      return NSOrderedDescending;
+    });
+  }));
+  EXPECT_EQ(array->count(), 0u);
+  array->addObjectsFromArray(this->of("quicksort"));
+  array->sortUsingSelector("compare:"_sel);
+  EXPECT_EQ(text(array), "cikoqrstu");
+  array->sortUsingFunction_context(
+      [](NSObject* a, NSObject* b, void*) { return send<NSComparisonResult>(b, "compare:"_sel, a); },
+      nullptr);
+  EXPECT_EQ(text(array), "utsrqokic");
+}
+
+TYPED_TEST(EveryMutableArray, NoticesAChangeDuringAWalk) {
+  const std::function<void(NSMutableArray*)> changes[] = {
+      [](auto* array) { array->addObject("x"_ns); },
+      [](auto* array) { array->removeAllObjects(); },
+      [](auto* array) { array->removeObjectAtIndex(0); },
+      [](auto* array) { array->replaceObjectAtIndex_withObject(0, "x"_ns); },
+      [](auto* array) { array->sortUsingSelector("compare:"_sel); },
+      [](auto* array) { for (int i = 0; i < 100; ++i) array->addObject("y"_ns); },
+  };
+  for (const auto& change : changes) {
+    auto array = this->of("cba");
+    EXPECT_TRUE(raises(NSGenericException, [&] {
+      for ([[maybe_unused]] NSObject* each : array) change(array);
+    }));
+    array = this->of("cba");
+    auto enumerator = array->reverseObjectEnumerator();
+    enumerator->nextObject();
+    change(array);
+    EXPECT_TRUE(raises(NSGenericException, [&] { enumerator->nextObject(); }));
+  }
+}
+
+TYPED_TEST(EveryMutableArray, IsInOrderWhenAnElementGoes) {
+  Ref<NSMutableArray> array = make<TypeParam>();
+  std::vector<std::string> seen;
+  const auto add = [&](std::string_view name) {
+    array->addObject(make<Last>([&seen, &array, name] {
+      seen.push_back(std::string(name) + std::to_string(array->count()));
+      if (name == "more") array->addObject("x"_ns);
+    }));
+  };
+  for (auto name : {"a", "b", "c", "d", "more", "f"}) add(name);
+  array->removeObjectAtIndex(0);
+  array->replaceObjectAtIndex_withObject(0, "x"_ns);
+  array->removeObjectsInRange({1, 1});
+  array->filterUsingPredicate(NSPredicate::predicateWithValue(false));
+  EXPECT_EQ(seen.size(), 6u);
+  EXPECT_EQ(seen[0] + seen[1] + seen[2], "a5b5c4");
+  EXPECT_EQ(text(array), "x");
+}
+
+TYPED_TEST(EveryMutableArray, DoesAsAVectorDoes) {
+  std::mt19937 random(7);
+  const auto pick = [&](std::size_t below) {
+    return static_cast<std::uint32_t>(random() % (below + 1));
+  };
+  Ref<NSMutableArray> array = make<TypeParam>();
+  std::string model;
+  for (int step = 0; step < 3000; ++step) {
+    const char letter = static_cast<char>('a' + pick(25));
+    const auto object = letters({&letter, 1})[0];
+    const std::uint32_t at = pick(model.size());
+    const std::uint32_t length = pick(std::min<std::size_t>(model.size() - at, 9));
+    switch (pick(4)) {
+      case 0: array->addObject(object), model += letter; break;
+      case 1: array->insertObject_atIndex(object, at), model.insert(at, 1, letter); break;
+      case 2: array->removeObjectsInRange({at, length}), model.erase(at, length); break;
+      case 3: array->removeObject(object), std::erase(model, letter); break;
+      case 4:
+        array->replaceObjectsInRange_withObjectsFromArray({at, length}, this->of("12345"));
+        model.replace(at, length, "12345");
+        break;
+    }
+    ASSERT_EQ(text(array), model) << "step " << step;
+  }
+}
+
+TEST(NSMutableArray, IsMadeByClassAndCopied) {
+  auto titled = send<Ref<NSMutableArray>>(classOf<Titled>(), "arrayWithObject:"_sel, "a"_ns);
+  EXPECT_TRUE(isKind<Titled>(titled.get()));
+  EXPECT_EQ(text(titled), "a");
+  auto hinted = NSMutableArray::arrayWithCapacity(0xFFFFFFFF);
+  hinted->addObject("b"_ns);
+  EXPECT_EQ(hinted->count(), 1u);
+  auto frozen = hinted->copy();
+  auto thawed = hinted->mutableCopy();
+  hinted->addObject("c"_ns);
+  as<NSMutableArray>(thawed)->removeAllObjects();
+  EXPECT_EQ(text(frozen), "b");
+  EXPECT_EQ(text(hinted), "bc");
+}
+
+TEST(NSMutableArray, KeepsAnElementAliveThatLeavesDuringItsOwnMessage) {
+  auto family = NSMutableArray::array();
+  for (int i = 0; i < 3; ++i) family->addObject(make<Leaver>(family));
+  EXPECT_TRUE(raises(NSGenericException,
+                     [&] { family->makeObjectsPerformSelector("leave"_sel); }));
+  EXPECT_EQ(family->count(), 2u);
+}
+
+}  // namespace
+}  // namespace qz::test

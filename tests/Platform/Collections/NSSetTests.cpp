@@ -1,0 +1,232 @@
+#include "Platform/Collections/NSSet.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <unordered_set>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSCountedSet.h"
+#include "Platform/Collections/NSMutableSet.h"
+#include "Platform/Collections/NSPredicate.h"
+#include "Platform/Runtime/Send.h"
+#include "tests/Platform/Collections/HashedKeys.h"
+#include "tests/support/Person.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+using Members = std::initializer_list<NSObject*>;
+
+/// A Set of an application that keeps its members in a list.
+class ListSet : public Derives<ListSet, NSSet> {
+ public:
+  static void describe(ClassDescription<ListSet>& is) { is.named("ListSet"); }
+
+  explicit ListSet(Members members) : members_(members.begin(), members.end()) {}
+  std::uint32_t count() const override { return static_cast<std::uint32_t>(members_.size()); }
+  Ref<NSObject> member(NSObject* object) const override {
+    for (const auto& each : members_)
+      if (each->isEqual(object)) return each;
+    return nullptr;
+  }
+  Ref<NSEnumerator> objectEnumerator() const override {
+    return NSEnumerator::enumeratorWithBlock([this, i = std::size_t{0}]() mutable {
+      return i < members_.size() ? members_[i++] : nullptr;
+    });
+  }
+
+ private:
+  std::vector<Ref<NSObject>> members_;
+};
+
+struct Immutable {
+  static Ref<NSSet> of(Members members) { return NSSet::setWithObjects(members); }
+};
+struct Mutable {
+  static Ref<NSSet> of(Members members) { return NSMutableSet::setWithObjects(members); }
+};
+struct Counted {
+  static Ref<NSSet> of(Members members) { return NSCountedSet::setWithObjects(members); }
+};
+struct Custom {
+  static Ref<NSSet> of(Members members) { return make<ListSet>(members); }
+};
+
+template <class Kind>
+class AnySet : public testing::Test {};
+using Kinds = testing::Types<Immutable, Mutable, Counted, Custom>;
+TYPED_TEST_SUITE(AnySet, Kinds);
+
+TYPED_TEST(AnySet, KnowsItsMembersAndTheirOrder) {
+  auto three = NSNumber::of(3.0);
+  auto set = TypeParam::of({"z"_ns, "a"_ns, three});
+  EXPECT_EQ(set->count(), 3u);
+  EXPECT_TRUE(set->containsObject(NSString::stringWithUTF8String("a")));
+  EXPECT_FALSE(set->containsObject("b"_ns));
+  EXPECT_EQ(set->member(number(3)), three);
+  EXPECT_EQ(to_string(set->anyObject()), "z");
+  EXPECT_FALSE(TypeParam::of({})->anyObject());
+  auto inOrder = NSArray::arrayWithObjects({"z"_ns, "a"_ns, three});
+  EXPECT_TRUE(set->allObjects()->isEqual(inOrder));
+  EXPECT_TRUE(set->objectEnumerator()->allObjects()->isEqual(inOrder));
+  std::string walked;
+  for (NSObject* each : set) walked += to_string(each);
+  EXPECT_EQ(walked, "za3");
+}
+
+TYPED_TEST(AnySet, ComparesWithOtherSets) {
+  auto set = TypeParam::of({"a"_ns, "b"_ns});
+  for (const Ref<NSSet>& same :
+       {Immutable::of({"b"_ns, "a"_ns}), Mutable::of({"b"_ns, "a"_ns}),
+        Counted::of({"b"_ns, "a"_ns, "a"_ns}), Custom::of({"b"_ns, "a"_ns})}) {
+    EXPECT_TRUE(set->isEqual(same));
+    EXPECT_EQ(set->hash(), same->hash());
+    EXPECT_TRUE(set->isSubsetOfSet(same));
+    EXPECT_TRUE(set->intersectsSet(same));
+  }
+  auto larger = Immutable::of({"a"_ns, "b"_ns, "c"_ns});
+  EXPECT_TRUE(set->isSubsetOfSet(larger));
+  EXPECT_FALSE(larger->isSubsetOfSet(set));
+  EXPECT_FALSE(set->isEqual(Immutable::of({"a"_ns, "c"_ns})));
+  EXPECT_FALSE(set->isEqual(larger));
+  EXPECT_FALSE(set->intersectsSet(Immutable::of({"c"_ns})));
+  EXPECT_FALSE(set->isSubsetOfSet(nullptr));
+  EXPECT_TRUE(TypeParam::of({})->isSubsetOfSet(nullptr));
+  EXPECT_FALSE(set->isEqualToSet(nullptr));
+}
+
+TYPED_TEST(AnySet, MakesOtherSets) {
+  auto set = TypeParam::of({number(1), number(2)});
+  EXPECT_TRUE(
+      set->setByAddingObject(number(3))->isEqual(Immutable::of({number(1), number(2), number(3)})));
+  EXPECT_TRUE(set->setByAddingObjectsFromArray(NSArray::arrayWithObject(number(2)))->isEqual(set));
+  auto isTwo = NSPredicate::predicateWithBlock(
+      [](NSObject* each) { return static_cast<NSNumber*>(each)->intValue() == 2; });
+  EXPECT_TRUE(set->filteredSetUsingPredicate(isTwo)->isEqual(Immutable::of({number(2)})));
+  auto changed = as<NSMutableSet>(set->mutableCopy());
+  ASSERT_TRUE(changed);
+  changed->addObject("new"_ns);
+  EXPECT_EQ(set->count(), 2u);
+  EXPECT_TRUE(set->copy()->isEqual(set));
+  EXPECT_EQ(set->copy() == set, (std::is_same_v<TypeParam, Immutable>));
+}
+
+TYPED_TEST(AnySet, CollectsTheValuesOfItsMembers) {
+  auto set = TypeParam::of(
+      {make<Person>("Ann"_ns, 30), make<Person>("Bob"_ns, 30), make<Person>(nullptr, 31)});
+  EXPECT_TRUE(set->valueForKey("age"_ns)->isEqual(Immutable::of({number(30), number(31)})));
+  EXPECT_TRUE(set->valueForKey("name"_ns)->isEqual(Immutable::of({"Ann"_ns, "Bob"_ns})));
+  EXPECT_TRUE(set->valueForKeyPath("name.length"_ns)->isEqual(Immutable::of({number(3)})));
+  EXPECT_EQ(to_string(set->valueForKey("@count"_ns)), "3");
+  set->setValue_forKey(number(1), "age"_ns);
+  EXPECT_TRUE(set->valueForKey("age"_ns)->isEqual(Immutable::of({number(1)})));
+}
+
+TEST(NSSet, AnswersBySelectorAndRefusesNil) {
+  EXPECT_EQ(to_string(NSSet::setWithObjects({"a"_ns, "b"_ns})), "{(\n    a,\n    b\n)}");
+  auto set = send<Ref<NSMutableSet>>(classOf<NSMutableSet>(), "setWithArray:"_sel,
+                                     NSArray::arrayWithObjects({"a"_ns, "b"_ns, "a"_ns}));
+  EXPECT_EQ(send<std::uint32_t>(set, "count"_sel), 2u);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { set->addObject(nullptr); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { set->setByAddingObject(nullptr); }));
+  set->removeObject(nullptr);
+  EXPECT_EQ(NSSet::setWithArray(nullptr)->count(), 0u);
+}
+
+TEST(NSMutableSet, CombinesWithOtherSets) {
+  auto set = NSMutableSet::setWithObjects({number(1), number(2), number(3), number(4)});
+  set->minusSet(Custom::of({number(2), number(9)}));
+  set->intersectSet(Custom::of({number(4), number(3), number(9)}));
+  set->unionSet(Custom::of({number(4), number(5)}));
+  EXPECT_TRUE(
+      set->allObjects()->isEqual(NSArray::arrayWithObjects({number(3), number(4), number(5)})));
+  set->intersectSet(set);
+  set->unionSet(set);
+  set->setSet(set);
+  EXPECT_EQ(set->count(), 3u);
+  set->minusSet(set);
+  EXPECT_EQ(set->count(), 0u);
+  set->setSet(Custom::of({number(1)}));
+  EXPECT_EQ(set->count(), 1u);
+  set->intersectSet(nullptr);
+  EXPECT_EQ(set->count(), 0u);
+}
+
+TEST(NSMutableSet, BehavesLikeASetUnderRandomOperations) {
+  std::mt19937 random(7);
+  auto set = make<NSMutableSet>();
+  std::unordered_set<int> oracle;
+  for (int step = 0; step < 60'000; ++step) {
+    const int value = static_cast<int>(random() % 4000) - 2000;
+    const std::int64_t spread = std::int64_t{value} << 40;
+    ASSERT_EQ(set->containsObject(NSNumber::of(spread)), oracle.contains(value));
+    if (random() % 100 < (step / 6000 % 2 != 0 ? 30u : 70u)) {
+      set->addObject(NSNumber::of(spread));
+      oracle.insert(value);
+    } else {
+      set->removeObject(NSNumber::of(static_cast<double>(spread)));
+      oracle.erase(value);
+    }
+    ASSERT_EQ(set->count(), oracle.size());
+  }
+  std::unordered_set<int> left;
+  for (NSObject* each : set)
+    left.insert(static_cast<int>(static_cast<NSNumber*>(each)->longLongValue() >> 40));
+  EXPECT_EQ(left, oracle);
+}
+
+// Looking for the first member again and again must not walk over all that are gone; walking over
+// them would take 10^10 steps here.
+TEST(NSMutableSet, CanBeUsedAsAQueue) {
+  constexpr int count = 200'000;
+  auto set = make<NSMutableSet>();
+  for (int i = 0; i < count; ++i) set->addObject(number(i));
+  for (int i = 0; i < 2 * count; ++i) {
+    Ref<NSObject> first = set->anyObject();
+    ASSERT_EQ(static_cast<NSNumber*>(first.get())->intValue(), i);
+    set->removeObject(first);
+    if (i < count) set->addObject(number(count + i));
+  }
+  EXPECT_EQ(set->count(), 0u);
+}
+
+TEST(NSMutableSet, ChangingItStopsAWalk) {
+  auto set = NSMutableSet::setWithObjects({"a"_ns, "b"_ns});
+  auto members = set->objectEnumerator();
+  EXPECT_TRUE(members->nextObject());
+  set->addObject("a"_ns);
+  EXPECT_TRUE(members->nextObject());
+  EXPECT_TRUE(raises(NSGenericException, [&] {
+    for (NSObject* each : set) {
+      set->removeObject(each);
+      EXPECT_TRUE(each->isEqual("a"_ns));  // still alive
+    }
+  }));
+  EXPECT_TRUE(raises(NSGenericException, [&] { members->nextObject(); }));
+}
+
+TEST(NSMutableSet, IsWholeWhenAMemberIsDestroyed) {
+  auto set = make<NSMutableSet>();
+  std::vector<std::uint32_t> counts;
+  const auto addFarewell = [&] {
+    auto last = make<Farewell>([&] {
+      counts.push_back(set->count());
+      for (int i = 0; i < 30; ++i) set->addObject(number(i));
+    });
+    set->addObject(last);
+    return last.get();
+  };
+  set->removeObject(addFarewell());
+  addFarewell();
+  set->intersectSet(NSSet::setWithObjects({number(1), number(2)}));
+  addFarewell();
+  set->removeAllObjects();
+  EXPECT_EQ(counts, (std::vector<std::uint32_t>{0, 2, 0}));
+  EXPECT_EQ(set->count(), 30u);
+}
+
+}  // namespace
+}  // namespace qz::test

@@ -1,0 +1,264 @@
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSInvocation.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Person.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+/// Answers for operations that it forwards to another Object.
+class Stand : public Derives<Stand, NSObject> {
+ public:
+  static void describe(ClassDescription<Stand>& is) { is.named("Stand"); }
+  explicit Stand(NSObject* behind) : behind_(behind) {}
+  Ref<NSMethodSignature> methodSignatureForSelector(Selector selector) const override {
+    auto own = NSObject::methodSignatureForSelector(selector);
+    return own ? own : behind_->methodSignatureForSelector(selector);
+  }
+  void forwardInvocation(NSInvocation* invocation) override {
+    ++forwarded;
+    invocation->invokeWithTarget(behind_);
+  }
+  int forwarded = 0;
+
+ private:
+  Ref<NSObject> behind_;
+};
+
+int initialized = 0;
+class Lazy : public Derives<Lazy, NSObject> {
+ public:
+  static void describe(ClassDescription<Lazy>& is) {
+    is.named("Lazy").initialize([] { ++initialized; }).method<&Lazy::ready>("ready");
+  }
+  bool ready() const { return initialized == 1; }
+};
+class LazyBelow : public Derives<LazyBelow, Lazy> {
+ public:
+  static void describe(ClassDescription<LazyBelow>& is) {
+    is.named("LazyBelow").initialize([] { initialized += 10; });
+  }
+};
+
+Ref<NSString> shout(Person* person, NSString* text) {
+  return NSString::stringWithUTF8String(person->name()->UTF8String() + ": " + text->UTF8String() +
+                                        "!");
+}
+
+TEST(Dispatch, ConvertsArgumentsAndAnswers) {
+  auto ann = make<Person>("Ann"_ns, 30);
+  EXPECT_EQ(send<int>(ann, "sum:b:c:d:e:"_sel, 1, 2, 3, 4, 5), 45);
+  // Other scalar types on both sides, negative numbers included.
+  EXPECT_EQ(send<std::int64_t>(ann, "sum:b:c:d:e:"_sel, std::int8_t{-1}, -2L, short{-3}, 4u, 5.9),
+            33);
+  EXPECT_EQ(send<double>(ann, "half:"_sel, 3), 1.5);
+  EXPECT_EQ(send<int>(ann, "half:"_sel, 7.5f), 3);
+  EXPECT_EQ(send<bool>(ann, "half:"_sel, 0.5), true);
+  EXPECT_EQ(send<std::string>(ann, "join:with:"_sel, std::string("a"), std::string("b")), "ab");
+  EXPECT_EQ(to_string(send<Ref<NSString>>(ann, "greet:"_sel, "Hi"_ns)), "Hi, Ann");
+  send<void>(ann, "setAge:"_sel, 31);
+  EXPECT_EQ(ann->age, 31);
+  send<void>(ann, "setName:"_sel, nullptr);
+  EXPECT_EQ(ann->name(), nullptr);
+}
+
+TEST(Dispatch, MessagesToNilAnswerZero) {
+  EXPECT_EQ(send<int>(nullptr, "sum:b:c:d:e:"_sel, 1, 2, 3, 4, 5), 0);
+  EXPECT_EQ(send<Ref<NSString>>(nullptr, "nonsense"_sel), nullptr);
+  EXPECT_EQ(send<double>(nullptr, "half:"_sel, 2.0), 0.0);
+}
+
+TEST(Dispatch, RefusesWhatDoesNotFit) {
+  auto ann = make<Person>("Ann"_ns, 30);
+  auto number = NSNumber::numberWithInt(5);
+  auto refused = [](auto code, std::initializer_list<std::string> parts) {
+    return raises(NSInvalidArgumentException, code, parts);
+  };
+  EXPECT_TRUE(refused([&] { send<int>(ann, "compareByAge:"_sel, number); },
+                      {"[Person compareByAge:]", "argument 1", "NSNumber", "Person"}));
+  EXPECT_TRUE(refused([&] { send<int>(ann, "setAge:"_sel, number); },
+                      {"[Person setAge:]", "argument 1", "NSNumber", "int"}));
+  EXPECT_TRUE(refused([&] { send<int>(ann, "compareByAge:"_sel, 7); },
+                      {"compareByAge:", "argument 1", "int", "Person"}));
+  EXPECT_TRUE(refused([&] { send<int>(ann, "sum:b:c:d:e:"_sel, 1, 2); }, {"takes 5", "2 given"}));
+  EXPECT_TRUE(refused([&] { send<int>(ann, "name"_sel); }, {"answers NSString", "int"}));
+  EXPECT_TRUE(refused([&] { send<Ref<Person>>(ann, "name"_sel); }, {"name", "NSString", "Person"}));
+  EXPECT_TRUE(refused([&] { send<Ref<NSObject>>(ann, "sum:b:c:d:e:"_sel, 1, 2, 3, 4, 5); }, {"int"}));
+  EXPECT_TRUE(refused([&] { send<std::string>(ann, "join:with:"_sel, std::string("a"), 5); },
+                      {"argument 2"}));
+  EXPECT_TRUE(refused([&] { ann->performSelector("unknown:thing:"_sel); },
+                      {"Person", "unknown:thing:"}));
+  EXPECT_TRUE(refused([&] { ann->performSelector(Selector()); }, {"Person"}));
+  EXPECT_TRUE(refused([&] { ann->performSelector("greet:"_sel); }, {"takes 1", "0 given"}));
+  EXPECT_TRUE(refused([&] { ann->performSelector_withObject("setAge:"_sel, number); },
+                      {"argument 1", "NSNumber", "int"}));
+}
+
+TEST(Dispatch, PerformAnswersRawWords) {
+  auto ann = make<Person>("Ann"_ns, 30);
+  auto bob = make<Person>("Bob"_ns, 40);
+  Reply order = ann->performSelector_withObject("compareByAge:"_sel, bob);
+  EXPECT_EQ(static_cast<std::int64_t>(order.word()), -1);
+  EXPECT_EQ(order.integerValue(), -1);
+  EXPECT_TRUE(order.boolValue());
+  // Arguments that the operation does not take are ignored.
+  EXPECT_EQ(ann->performSelector_withObject_withObject("compareByAge:"_sel, bob, "x"_ns)
+                .integerValue(),
+            -1);
+  Reply name = ann->performSelector("name"_sel);
+  EXPECT_EQ(name.word(), reinterpret_cast<std::uintptr_t>(ann->name().get()));
+  EXPECT_EQ(name.object(), ann->name());
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { order.object(); }, {"not an Object"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { name.integerValue(); }, {"NSString"}));
+  EXPECT_EQ(Ref<NSObject>(ann->performSelector("doNothing"_sel)), nullptr);
+  ann->age = 256;  // the low byte is what a truth value is
+  EXPECT_FALSE(ann->performSelector("age"_sel).boolValue());
+  EXPECT_TRUE(static_cast<bool>(ann->performSelector("age"_sel)));
+}
+
+TEST(Dispatch, RepliesOwnTheirObjects) {
+  const int before = Person::alive;
+  {
+    auto ann = make<Person>("Ann"_ns);
+    ann->partner = make<Person>("Bob"_ns);
+    ann->performSelector("partner"_sel);  // an answer that nobody takes
+    Reply kept = ann->performSelector("partner"_sel);
+    ann->partner = nullptr;
+    EXPECT_EQ(Person::alive, before + 2);
+    Ref<NSObject> bob = std::move(kept);
+    EXPECT_EQ(to_string(bob->valueForKey("name"_ns)), "Bob");
+    EXPECT_EQ(bob->retainCount(), 1u);
+  }
+  EXPECT_EQ(Person::alive, before);
+}
+
+TEST(Dispatch, ImplementationsAreSafeForOtherClasses) {
+  auto worker = make<Worker>("Wim"_ns, 20);
+  auto person = make<Person>("Ann"_ns, 30);
+  Implementation age = person->methodForSelector("age"_sel);
+  EXPECT_EQ(age.call<int>(person), 30);
+  EXPECT_EQ(age.call<int>(worker), 20);
+  EXPECT_EQ(age.call<int>(nullptr), 0);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { age.call<int>("text"_ns); }, {"age"}));
+  EXPECT_FALSE(person->methodForSelector("nothing"_sel));
+}
+
+TEST(Dispatch, ReplacingReachesSubclassesAndUsedCallSites) {
+  using detail::InstanceMethod;
+  auto worker = make<Worker>("Wim"_ns);
+  auto ask = [&] { return to_string(send<Ref<NSString>>(worker, "greet:"_sel, "Hi"_ns)); };
+  EXPECT_EQ(ask(), "Hi, Wim");
+  auto old = classOf<Person>()->replaceInstanceMethod("greet:"_sel,
+                                                      InstanceMethod<Person, &shout>::spec().imp);
+  EXPECT_EQ(ask(), "Wim: Hi!");
+  EXPECT_EQ(classOf<Person>()->replaceInstanceMethod("greet:"_sel, old),
+            (InstanceMethod<Person, &shout>::spec().imp));
+  EXPECT_EQ(ask(), "Hi, Wim");
+  EXPECT_EQ(classOf<Person>()->replaceInstanceMethod("nothing"_sel, old), nullptr);
+}
+
+TEST(Dispatch, ExtensionsReachObjectsThatExistAndTheNearestOneAnswers) {
+  auto worker = make<Worker>("Wim"_ns);
+  EXPECT_FALSE(worker->respondsToSelector("shout:"_sel));
+  extend<Person>("Loud").method<&shout>("shout:");
+  EXPECT_TRUE(worker->respondsToSelector("shout:"_sel));
+  EXPECT_EQ(to_string(send<Ref<NSString>>(worker, "shout:"_sel, "Hi"_ns)), "Wim: Hi!");
+  EXPECT_EQ(to_string(send<Ref<NSString>>(worker, "title"_sel)), "worker");
+  EXPECT_TRUE(raises(
+      NSInternalInconsistencyException, [] { extend<Person>("Again").method<&shout>("shout:"); },
+      {"Person shout:", "exists"}));
+  EXPECT_TRUE(raises(
+      NSInternalInconsistencyException, [] { extend<Person>("Odd").method<&shout>("shout"); },
+      {"takes 1", "calls for 0"}));
+}
+
+TEST(Dispatch, ForwardsWhatAnotherObjectAnswers) {
+  auto bob = make<Person>("Bob"_ns, 41);
+  auto stand = make<Stand>(bob);
+  EXPECT_FALSE(stand->respondsToSelector("sum:b:c:d:e:"_sel));
+  EXPECT_EQ(send<int>(stand, "sum:b:c:d:e:"_sel, 1, 2, 3, 4, 5.0), 56);
+  EXPECT_EQ(to_string(send<Ref<NSString>>(stand, "greet:"_sel, "Hi"_ns)), "Hi, Bob");
+  EXPECT_EQ(stand->performSelector("age"_sel).integerValue(), 41);
+  EXPECT_EQ(send<std::string>(stand, "join:with:"_sel, std::string("a"), std::string("b")), "ab");
+  EXPECT_EQ(stand->forwarded, 4);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { send<void>(stand, "gone"_sel); },
+                     {"Stand", "gone"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { send<int>(stand, "compareByAge:"_sel, "text"_ns); }, {"Person"}));
+}
+
+TEST(Dispatch, InitializeRunsOnceAndTheClassAboveFirst) {
+  auto below = make<LazyBelow>();
+  EXPECT_EQ(initialized, 0);
+  below->respondsToSelector("nothing"_sel);
+  EXPECT_EQ(initialized, 11);
+  classOf<LazyBelow>()->newObject();
+  send<bool>(make<Lazy>(), "ready"_sel);
+  EXPECT_EQ(initialized, 11);
+}
+
+TEST(Dispatch, InvocationsKeepTheirArgumentsWhenAsked) {
+  auto bob = make<Person>("Bob"_ns, 41);
+  auto invocation =
+      NSInvocation::invocationWithMethodSignature(bob->methodSignatureForSelector("greet:"_sel));
+  invocation->setTarget(bob);
+  invocation->setSelector("greet:"_sel);
+  {
+    auto text = NSString::stringWithUTF8String("A greeting of its own");
+    invocation->setArgument_atIndex(text, 2);
+    invocation->retainArguments();
+  }
+  invocation->invoke();
+  EXPECT_EQ(to_string(invocation->returnValue<Ref<NSString>>()), "A greeting of its own, Bob");
+  EXPECT_EQ(bob->retainCount(), 2u);
+  invocation->invokeWithTarget(make<Worker>("Wim"_ns));
+  EXPECT_EQ(to_string(invocation->returnValue<Ref<NSObject>>()), "A greeting of its own, Wim");
+  EXPECT_TRUE(raises(NSRangeException, [&] { invocation->setArgument_atIndex("x"_ns, 3); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { invocation->setArgument_atIndex(5, 2); },
+                     {"NSString", "int"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { invocation->returnValue<int>(); }));
+
+  auto sum = NSInvocation::invocationWithMethodSignature(
+      bob->methodSignatureForSelector("sum:b:c:d:e:"_sel));
+  sum->setSelector("sum:b:c:d:e:"_sel);
+  for (std::uint32_t i = 0; i < 5; ++i) sum->setArgument_atIndex(double(i), i + 2);
+  EXPECT_EQ(sum->argumentAtIndex<short>(6), 4);
+  sum->invokeWithTarget(bob);
+  EXPECT_EQ(sum->returnValue<std::int64_t>(), 51);
+  EXPECT_EQ(sum->methodSignature()->numberOfArguments(), 7u);
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [] { NSInvocation::invocationWithMethodSignature(nullptr); }));
+}
+
+// More classes than a look-up table starts with, each answering the same Selector for itself.
+template <int N>
+class Numbered : public Derives<Numbered<N>, NSObject> {
+ public:
+  static void describe(ClassDescription<Numbered>& is) {
+    static const std::string name = "Numbered" + std::to_string(N);
+    is.named(name.c_str()).template method<&Numbered::which>("which");
+  }
+  int which() const { return N; }
+};
+
+template <int... N>
+std::array<Ref<NSObject>, sizeof...(N)> oneOfEach(std::integer_sequence<int, N...>) {
+  return {make<Numbered<N>>()...};
+}
+
+TEST(Dispatch, ManyClassesAnswerOneSelector) {
+  auto objects = oneOfEach(std::make_integer_sequence<int, 60>());
+  for (int round = 0; round < 2; ++round)
+    for (int i = 0; i < 60; ++i)
+      EXPECT_EQ(send<int>(objects[static_cast<std::size_t>(i)], "which"_sel), i);
+}
+
+}  // namespace
+}  // namespace qz::test

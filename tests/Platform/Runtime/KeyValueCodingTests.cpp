@@ -1,0 +1,168 @@
+#include <gtest/gtest.h>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Person.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+/// Answers every key, and remembers what was set.
+class Open : public Derives<Open, NSObject> {
+ public:
+  static void describe(ClassDescription<Open>& is) { is.named("Open"); }
+  Ref<NSObject> valueForUndefinedKey(NSString* key) override { return Ref<NSObject>(key); }
+  void setValue_forUndefinedKey(NSObject* value, NSString*) override {
+    last = Ref<NSObject>(value);
+  }
+  Ref<NSObject> last;
+};
+
+/// Reads a key path while one of its own is being read.
+class Nested : public Derives<Nested, NSObject> {
+ public:
+  static void describe(ClassDescription<Nested>& is) {
+    is.named("Nested").property<&Nested::next>("next").field<&Nested::depth>("depth");
+  }
+  Ref<NSObject> next() const {
+    auto below = make<Nested>();
+    below->depth = depth + 1;
+    for (int i = 0; i < 40; ++i) {
+      auto other = NSString::stringWithUTF8String("name.length" + std::string(i, 'x'));
+      try {
+        make<Person>("Ann"_ns)->valueForKeyPath(other);
+      } catch (const Raised&) {
+      }
+    }
+    return below;
+  }
+  int depth = 0;
+};
+
+int badge(Worker*) { return 7; }
+
+NumberKind kindOf(const Ref<NSObject>& value) { return as<NSNumber>(value.get())->kind(); }
+
+TEST(KeyValueCoding, BoxesEachScalarAsTheKindItHas) {
+  auto ann = make<Person>("Ann"_ns, 30);
+  ann->grade = -3;
+  ann->number = 1ull << 63;
+  EXPECT_EQ(kindOf(ann->valueForKey("age"_ns)), NumberKind::Int);
+  EXPECT_EQ(kindOf(ann->valueForKey("married"_ns)), NumberKind::Bool);
+  EXPECT_EQ(kindOf(ann->valueForKey("grade"_ns)), NumberKind::Char);
+  EXPECT_EQ(kindOf(ann->valueForKey("number"_ns)), NumberKind::UnsignedLongLong);
+  EXPECT_EQ(kindOf(ann->valueForKey("weight"_ns)), NumberKind::Float);
+  EXPECT_EQ(kindOf(ann->valueForKey("height"_ns)), NumberKind::Double);
+  EXPECT_EQ(to_string(ann->valueForKey("number"_ns)), "9223372036854775808");
+  EXPECT_EQ(to_string(ann->valueForKey("grade"_ns)), "-3");
+}
+
+TEST(KeyValueCoding, SetsFromNumbersAndStrings) {
+  auto ann = make<Person>("Ann"_ns);
+  ann->setValue_forKey(NSNumber::numberWithDouble(41.9), "age"_ns);
+  EXPECT_EQ(ann->age, 41);
+  ann->setValue_forKey("42"_ns, "age"_ns);
+  ann->setValue_forKey("-7"_ns, "grade"_ns);
+  ann->setValue_forKey("1.5"_ns, "weight"_ns);
+  ann->setValue_forKey("YES"_ns, "married"_ns);
+  ann->setValue_forKey("Nick"_ns, "nick"_ns);
+  ann->setValue_forKey(NSNumber::numberWithUnsignedLongLong(~0ull), "number"_ns);
+  EXPECT_EQ(ann->age, 42);
+  EXPECT_EQ(ann->grade, -7);
+  EXPECT_EQ(ann->weight, 1.5f);
+  EXPECT_TRUE(ann->married);
+  EXPECT_EQ(ann->nick, "Nick");
+  EXPECT_EQ(ann->number, ~0ull);
+  EXPECT_EQ(to_string(ann->valueForKey("nick"_ns)), "Nick");
+  ann->setValue_forKey(nullptr, "name"_ns);
+  EXPECT_EQ(ann->valueForKey("name"_ns), nullptr);
+}
+
+TEST(KeyValueCoding, RefusesWhatCannotBeSet) {
+  auto ann = make<Person>("Ann"_ns);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { ann->setValue_forKey(nullptr, "age"_ns); },
+                     {"Person", "age"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { ann->setValue_forKey("text"_ns, "partner"_ns); },
+                     {"setPartner:", "NSString", "Person"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { ann->setValue_forKey(make<Person>(), "age"_ns); }, {"intValue"}));
+  EXPECT_TRUE(raises(NSUndefinedKeyException,
+                     [&] { ann->setValue_forKey("x"_ns, "height"_ns); }, {"Person", "height"}));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->setValue_forKey("x"_ns, ""_ns); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { ann->valueForKey(nullptr); }));
+}
+
+TEST(KeyValueCoding, UnknownKeysRaiseUnlessAnswered) {
+  auto ann = make<Person>("Ann"_ns);
+  for (NSString* key : {"surname"_ns, ""_ns, "age "_ns, "größe"_ns, "doNothing"_ns, "release"_ns,
+                        "retain"_ns, "autorelease"_ns, "compareByAge:"_ns})
+    EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->valueForKey(key); },
+                       {"Person", key->UTF8String()}));
+  EXPECT_EQ(to_string(make<Open>()->valueForKey("anything"_ns)), "anything");
+  auto open = make<Open>();
+  open->setValue_forKey("v"_ns, "anything"_ns);
+  EXPECT_EQ(to_string(open->last), "v");
+}
+
+TEST(KeyValueCoding, FindsOperationsAddedLater) {
+  auto worker = make<Worker>("Wim"_ns);
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { worker->valueForKey("badge"_ns); }));
+  extend<Worker>("Badges").property<&badge>("badge");
+  EXPECT_EQ(to_string(worker->valueForKey("badge"_ns)), "7");
+  EXPECT_EQ(to_string(worker->valueForKey("title"_ns)), "worker");
+}
+
+TEST(KeyValueCoding, WalksPaths) {
+  auto ann = make<Person>("Ann"_ns);
+  ann->partner = make<Person>("Bob"_ns, 41);
+  EXPECT_EQ(to_string(ann->valueForKeyPath("partner.name"_ns)), "Bob");
+  EXPECT_EQ(to_string(ann->valueForKeyPath("partner.name.length"_ns)), "3");
+  EXPECT_EQ(ann->valueForKeyPath("partner.partner.name"_ns), nullptr);
+  ann->setValue_forKeyPath("42"_ns, "partner.age"_ns);
+  EXPECT_EQ(ann->partner->age, 42);
+  ann->setValue_forKeyPath("42"_ns, "partner.partner.age"_ns);  // nowhere to set it
+  for (NSString* path : {"partner..name"_ns, ".partner"_ns, "partner."_ns, "."_ns})
+    EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->valueForKeyPath(path); }));
+  EXPECT_EQ(to_string(make<Nested>()->valueForKeyPath("next.next.next.depth"_ns)), "3");
+}
+
+TEST(KeyValueCoding, ArraysMapAndDictionariesLookUp) {
+  auto ann = make<Person>("Ann"_ns, 30);
+  auto bob = make<Person>(nullptr, 40);
+  ann->partner = bob;
+  auto people = NSArray::arrayWithObjects({ann, bob});
+  auto names = as<NSArray>(people->valueForKey("name"_ns));
+  EXPECT_TRUE(names->isEqual(NSArray::arrayWithObjects({"Ann"_ns, NSNull::null()})));
+  EXPECT_TRUE(people->valueForKeyPath("partner.age"_ns)
+                  ->isEqual(NSArray::arrayWithObjects(
+                      {NSNumber::numberWithInt(40), NSNull::null()})));
+  auto table = make<NSMutableDictionary>();
+  table->setValue_forKey(ann, "first"_ns);
+  EXPECT_EQ(to_string(table->valueForKeyPath("first.name"_ns)), "Ann");
+  EXPECT_EQ(table->valueForKey("second"_ns), nullptr);
+  EXPECT_EQ(table->valueForKey("count"_ns), nullptr);
+  table->setValue_forKey(nullptr, "first"_ns);
+  EXPECT_EQ(table->count(), 0u);
+}
+
+TEST(KeyValueCoding, ReadsAndSetsManyAtOnce) {
+  auto ann = make<Person>("Ann"_ns, 30);
+  auto values = make<NSMutableDictionary>();
+  values->setObject_forKey(NSNull::null(), "name"_ns);
+  values->setObject_forKey("31"_ns, "age"_ns);
+  ann->setValuesForKeysWithDictionary(values);
+  EXPECT_EQ(ann->name(), nullptr);
+  EXPECT_EQ(ann->age, 31);
+  auto read = ann->dictionaryWithValuesForKeys(NSArray::arrayWithObjects({"name"_ns, "age"_ns}));
+  EXPECT_EQ(read->objectForKey("name"_ns), NSNull::null());
+  EXPECT_EQ(to_string(read->objectForKey("age"_ns)), "31");
+}
+
+}  // namespace
+}  // namespace qz::test

@@ -1,0 +1,310 @@
+#include "Platform/Values/NSString.h"
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unicode/casemap.h>
+#include <unicode/stringoptions.h>
+#include <unicode/uchar.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSMutableString.h"
+#include "tests/support/Raises.h"
+
+namespace qz {
+namespace {
+
+using test::raises;
+
+std::string utf8(NSString* string) { return string->UTF8String(); }
+
+std::u16string randomUnits(std::mt19937& random, std::size_t length, std::u16string_view alphabet) {
+  std::u16string units;
+  std::uniform_int_distribution<std::size_t> pick(0, alphabet.size() - 1);
+  for (std::size_t i = 0; i < length; ++i) units += alphabet[pick(random)];
+  return units;
+}
+
+int sign(std::int64_t value) { return value < 0 ? -1 : value > 0 ? 1 : 0; }
+
+TEST(NSString, LiteralsHoldAnyTextWithoutBeingCounted) {
+  NSString* literal = "a\0Gr\u00fc\u20ac\U0001F600"_ns;
+  EXPECT_EQ(literal->view(), std::u16string_view(u"a\0Gr\u00fc\u20ac\U0001F600", 8));
+  EXPECT_EQ(literal, "a\0Gr\u00fc\u20ac\U0001F600"_ns);
+  EXPECT_EQ(literal->retainCount(), 0x7FFFFFFFu);
+  EXPECT_EQ(literal->copy(), literal);
+}
+
+// One String per way of making it: all must look the same from outside.
+TEST(NSString, EveryKindOfStorageIsOneClass) {
+  for (std::size_t length : {0u, 1u, 3u, 4u, 239u, 240u, 241u, 5000u}) {
+    const std::u16string units = std::u16string(length, u'\u00e9');
+    auto* buffer = static_cast<char16_t*>(std::malloc(length * 2 + 2));
+    std::copy(units.begin(), units.end(), buffer);
+    const auto count = static_cast<std::uint32_t>(length);
+    const Ref<NSString> inlined = NSString::stringWithCharacters(units);
+    const Ref<NSString> all[] = {
+        inlined,
+        NSString::stringWithUTF8String(inlined->UTF8String()),
+        NSString::stringWithValidUTF8String(inlined->UTF8String()),
+        NSString::initWithCharactersNoCopy_length(buffer, count),
+        NSMutableString::stringWithCharacters_length(units.data(), count),
+        NSString::stringWithFormat("%@"_ns, inlined),
+        as<NSString>(inlined->mutableCopy()->copy()),
+    };
+    for (const Ref<NSString>& each : all) {
+      EXPECT_EQ(each->view(), units);
+      EXPECT_EQ(each->hash(), inlined->hash());
+      EXPECT_TRUE(each->isEqual(inlined) && inlined->isEqual(each));
+      EXPECT_EQ(each->compare(inlined), NSOrderedSame);
+      const bool isMutable = isKind<NSMutableString>(each.get());
+      EXPECT_EQ(each->classObject(), isMutable ? classOf<NSMutableString>() : classOf<NSString>());
+      EXPECT_EQ(NSString::stringWithString(each) == each, !isMutable);
+    }
+  }
+  EXPECT_EQ("Gr\u00fc\u00dfe"_ns->hash(),
+            NSString::stringWithUTF8String("Gr\u00fc\u00dfe")->hash());
+}
+
+TEST(NSString, EqualityAndOrderFollowTheUnits) {
+  std::mt19937 random(7);
+  // Few letters make long common beginnings; the high ones tell signed from unsigned comparison.
+  const std::u16string_view alphabet = u"ab\u00ff\xd800\uffff";
+  for (int round = 0; round < 3000; ++round) {
+    std::u16string a = randomUnits(random, random() % 20, alphabet);
+    std::u16string b = a;
+    if (round % 2 != 0 && !b.empty()) b[random() % b.size()] = u'b';
+    if (round % 3 == 0) b += randomUnits(random, random() % 3, alphabet);
+    const auto first = NSString::stringWithCharacters(a);
+    const auto second = NSString::stringWithCharacters(b);
+    ASSERT_EQ(first->compare(second), sign(a.compare(b)));
+    ASSERT_EQ(first->isEqual(second), a == b);
+    ASSERT_EQ(a == b, first->hash() == second->hash());  // 32 bits: a clash would be bad luck
+    ASSERT_EQ(first->hasPrefix(second), a.starts_with(b));
+    ASSERT_EQ(second->hasSuffix(NSString::stringWithCharacters(b.substr(b.size() / 2))), true);
+    const auto part = a.substr(a.size() / 3, a.size() / 2);
+    const NSRange found = first->rangeOfString(NSString::stringWithCharacters(part));
+    ASSERT_EQ(found, part.empty() ? notFoundRange
+                                  : NSMakeRange(static_cast<std::uint32_t>(a.find(part)),
+                                                static_cast<std::uint32_t>(part.size())));
+  }
+  EXPECT_FALSE("a"_ns->isEqual(classOf<NSString>()));
+  EXPECT_FALSE("a"_ns->isEqual(nullptr) || "a"_ns->isEqualToString(nullptr));
+  EXPECT_FALSE("abc"_ns->hasSuffix("xabc"_ns) || "abc"_ns->hasSuffix("b"_ns));
+  EXPECT_EQ("abab"_ns->rangeOfString("ba"_ns), NSMakeRange(1, 2));
+  EXPECT_EQ("abab"_ns->rangeOfString("aba\0"_ns), notFoundRange);
+}
+
+TEST(NSString, CaseInsensitiveOrderIsThatOfFoldedText) {
+  std::mt19937 random(11);
+  const std::u16string_view alphabet = u"aAbB_[k\u212aK\u00df\u017fsS\u0130\U00010400\U00010428";
+  for (int round = 0; round < 3000; ++round) {
+    const std::u16string a = randomUnits(random, random() % 6, alphabet);
+    const std::u16string b = randomUnits(random, random() % 6, alphabet);
+    UErrorCode status = U_ZERO_ERROR;
+    const auto length = [](const std::u16string& s) { return static_cast<std::int32_t>(s.size()); };
+    const int expected = u_strCaseCompare(a.data(), length(a), b.data(), length(b), 0, &status);
+    ASSERT_EQ(NSString::stringWithCharacters(a)->caseInsensitiveCompare(
+                  NSString::stringWithCharacters(b)),
+              sign(expected));
+  }
+  EXPECT_EQ("Stra\u00dfe"_ns->caseInsensitiveCompare("STRASSE"_ns), NSOrderedSame);
+  EXPECT_EQ("a"_ns->caseInsensitiveCompare("B"_ns), NSOrderedAscending);
+  EXPECT_EQ("abc"_ns->caseInsensitiveCompare("AB"_ns), NSOrderedDescending);
+}
+
+// What one of ICU's mappings makes of `units`.
+template <class Map>
+std::u16string mapped(std::u16string_view units, Map map) {
+  char16_t out[64];
+  UErrorCode status = U_ZERO_ERROR;
+  const std::int32_t length =
+      map(units.data(), static_cast<std::int32_t>(units.size()), out, 64, status);
+  EXPECT_TRUE(U_SUCCESS(status));
+  return std::u16string(out, static_cast<std::size_t>(length));
+}
+
+std::u16string titleOf(std::u16string_view word) {
+  return mapped(word, [](auto from, auto count, auto to, auto room, UErrorCode& status) {
+    return icu::CaseMap::toTitle("", U_TITLECASE_WHOLE_STRING, nullptr, from, count, to, room,
+                                 nullptr, status);
+  });
+}
+
+TEST(NSString, CaseMappingsAgreeWithUnicodeAlsoOnTheAsciiRoad) {
+  std::u16string ascii;
+  for (char16_t unit = 0; unit < 0x80; ++unit)
+    if (!u_isUWhiteSpace(unit)) ascii += unit;
+  const std::u16string any = u"aBZ.('1\u00e9\u00df\u0130\u01c6\u03a3\u0149\xd801\xdc28";
+  std::mt19937 random(13);
+  for (int round = 0; round < 6000; ++round) {
+    const std::u16string_view alphabet = round % 3 == 0 ? any : ascii;
+    const std::u16string first = randomUnits(random, random() % 6, alphabet);
+    const std::u16string second = randomUnits(random, random() % 6, alphabet);
+    const std::u16string blank = round % 5 == 0 ? u"\u3000\n" : u" ";
+    const std::u16string units = first + blank + second;
+    const auto string = NSString::stringWithCharacters(units);
+    ASSERT_EQ(string->uppercaseString()->view(),
+              mapped(units, [](auto from, auto count, auto to, auto room, UErrorCode& status) {
+                return u_strToUpper(to, room, from, count, "", &status);
+              }));
+    ASSERT_EQ(string->lowercaseString()->view(),
+              mapped(units, [](auto from, auto count, auto to, auto room, UErrorCode& status) {
+                return u_strToLower(to, room, from, count, "", &status);
+              }));
+    ASSERT_EQ(string->capitalizedString()->view(), titleOf(first) + blank + titleOf(second))
+        << utf8(string);
+  }
+  EXPECT_EQ(utf8("o'NEILL and\t(co-op) 1st \u01c6x"_ns->capitalizedString()),
+            "O'neill And\t(Co-op) 1st \u01c5x");
+  // Three times as long as it was, and longer than any first guess.
+  const auto ligatures = NSString::stringWithCharacters(std::u16string(500, u'\ufb03'));
+  EXPECT_EQ(ligatures->uppercaseString()->length(), 1500u);
+}
+
+TEST(NSString, PartsAndCombinations) {
+  NSString* text = "abcdef"_ns;
+  EXPECT_EQ(utf8(text->substringFromIndex(4)) + utf8(text->substringToIndex(2)), "efab");
+  EXPECT_EQ(utf8(text->substringWithRange({1, 3})), "bcd");
+  EXPECT_EQ(text->substringFromIndex(6)->length(), 0u);
+  EXPECT_EQ(utf8(text->stringByAppendingString(text)), "abcdefabcdef");
+  EXPECT_EQ(utf8(text->stringByAppendingFormat(" %d%%"_ns, 5)), "abcdef 5%");
+  char16_t units[2];
+  text->getCharacters_range(units, {4, 2});
+  EXPECT_EQ(std::u16string_view(units, 2), u"ef");
+  // A mutable text's whole is a copy, not the text itself.
+  const auto mutableText = NSMutableString::stringWithUTF8String("xyz");
+  const auto whole = mutableText->substringFromIndex(0);
+  mutableText->deleteCharactersInRange({0, 1});
+  EXPECT_EQ(utf8(whole), "xyz");
+}
+
+TEST(NSString, RefusesWhatLiesBeyondItsEnd) {
+  NSString* text = "abc"_ns;
+  char16_t units[4];
+  EXPECT_TRUE(raises(NSRangeException, [&] { text->characterAtIndex(3); }, {"3"}));
+  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringFromIndex(4); }));
+  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringToIndex(4); }));
+  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringWithRange({2, 2}); }));
+  // In 32 bits this range would end at 1.
+  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringWithRange({2, UINT32_MAX}); }));
+  EXPECT_TRUE(raises(NSRangeException, [&] { text->getCharacters_range(units, {4, 0}); }));
+  for (const auto& call : std::vector<std::function<void()>>{
+           [&] { text->compare(nullptr); }, [&] { text->caseInsensitiveCompare(nullptr); },
+           [&] { text->hasPrefix(nullptr); }, [&] { text->rangeOfString(nullptr); },
+           [&] { text->stringByAppendingString(nullptr); },
+           [] { NSString::stringWithString(nullptr); },
+           [] { NSString::stringWithFormat(nullptr, 1); }})
+    EXPECT_TRUE(raises(NSInvalidArgumentException, call));
+}
+
+TEST(NSString, RefusesToBecomeLongerThanTheLongest) {
+  const std::size_t tooLong = std::size_t{NSString::maxLength} + 1;
+  void* memory =
+      ::mmap(nullptr, tooLong, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  const std::string_view bytes(static_cast<const char*>(memory), tooLong);
+  EXPECT_TRUE(raises(NSMallocException, [&] { NSString::stringWithUTF8String(bytes); }));
+  ::munmap(memory, tooLong);
+  // Nothing is read before the length is refused.
+  const auto* units = reinterpret_cast<const char16_t*>(sizeof(char16_t));
+  EXPECT_TRUE(raises(NSMallocException,
+                     [&] { NSString::stringWithCharacters(std::u16string_view(units, tooLong)); }));
+  EXPECT_TRUE(raises(NSMallocException, [&] {
+    NSMutableString::stringWithUTF8String("ab")->appendCharacters({units, tooLong - 2});
+  }));
+}
+
+TEST(NSString, ReadsIntegersToTheirLimits) {
+  EXPECT_EQ("\u3000\t -12abc"_ns->intValue(), -12);
+  EXPECT_EQ("+7.9"_ns->intValue(), 7);
+  for (NSString* none : {""_ns, "-"_ns, "x1"_ns, "- 1"_ns, "+-1"_ns, "\u0661"_ns})
+    EXPECT_EQ(none->intValue(), 0) << utf8(none);
+  EXPECT_EQ("2147483647"_ns->intValue(), INT32_MAX);
+  EXPECT_EQ("2147483648"_ns->intValue(), INT32_MAX);
+  EXPECT_EQ("-2147483648"_ns->intValue(), INT32_MIN);
+  EXPECT_EQ("-99999999999999999999999"_ns->intValue(), INT32_MIN);
+  EXPECT_EQ("9223372036854775807"_ns->longLongValue(), INT64_MAX);
+  EXPECT_EQ("-9223372036854775808"_ns->longLongValue(), INT64_MIN);
+  EXPECT_EQ("-9223372036854775809"_ns->integerValue(), INT64_MIN);
+  EXPECT_EQ("18446744073709551615"_ns->unsignedLongLongValue(), UINT64_MAX);
+  EXPECT_EQ("18446744073709551616"_ns->unsignedLongLongValue(), UINT64_MAX);
+  EXPECT_EQ("18446744073709551609"_ns->unsignedLongLongValue(), UINT64_MAX - 6);
+  EXPECT_EQ("-1"_ns->unsignedLongLongValue(), 0u);
+}
+
+TEST(NSString, ReadsFloatingValuesAsTheCLibraryDoes) {
+  std::vector<std::string> texts = {"1.5e",
+                                    "1.5e+",
+                                    ".5",
+                                    "5.",
+                                    "-.5e2x",
+                                    "1e308",
+                                    "1e309",
+                                    "-1e309",
+                                    "1e-400",
+                                    "0.000e999",
+                                    "4.9e-324",
+                                    "1e39",
+                                    "1e-46",
+                                    "-0",
+                                    "1.7976931348623159e308",
+                                    std::string(400, '9'),
+                                    "0." + std::string(400, '0') + "1",
+                                    "0." + std::string(400, '0') + "1e410",
+                                    "1e99999999999999"};
+  std::mt19937_64 random(3);
+  for (int i = 0; i < 500; ++i) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.*e", i % 20, static_cast<double>(random()) * 1e-9);
+    texts.emplace_back(text);
+  }
+  for (const std::string& text : texts) {
+    const auto string = NSString::stringWithUTF8String(text);
+    EXPECT_EQ(string->doubleValue(), std::strtod(text.c_str(), nullptr)) << text;
+    EXPECT_EQ(string->floatValue(), std::strtof(text.c_str(), nullptr)) << text;
+  }
+  EXPECT_TRUE(std::signbit("-0"_ns->doubleValue()));
+  // Words and bases that the C library reads as numbers are none here.
+  for (NSString* none : {"inf"_ns, "nan"_ns, "."_ns, "e5"_ns, "0x10"_ns})
+    EXPECT_EQ(none->doubleValue(), 0.0) << utf8(none);
+}
+
+TEST(NSString, ReadsTruth) {
+  for (NSString* yes : {"YES"_ns, "true"_ns, " +001"_ns, "-9"_ns, "t"_ns})
+    EXPECT_TRUE(yes->boolValue()) << utf8(yes);
+  for (NSString* no : {""_ns, "0"_ns, "NO"_ns, "false"_ns, "00x"_ns, "on"_ns, "--1"_ns})
+    EXPECT_FALSE(no->boolValue()) << utf8(no);
+}
+
+TEST(NSString, AnswersBySelector) {
+  NSString* text = "12 Apes"_ns;
+  EXPECT_EQ(send<std::uint32_t>(text, "length"_sel), 7u);
+  EXPECT_EQ(send<char16_t>(text, "characterAtIndex:"_sel, 3), u'A');
+  EXPECT_EQ(send<NSComparisonResult>(text, "compare:"_sel, "13"_ns), NSOrderedAscending);
+  EXPECT_EQ(send<NSRange>(text, "rangeOfString:"_sel, "pe"_ns), NSMakeRange(4, 2));
+  EXPECT_EQ(send<std::string>(text, "UTF8String"_sel), "12 Apes");
+  EXPECT_EQ(send<int>(text, "doubleValue"_sel), 12);
+  EXPECT_EQ(utf8(send<Ref<NSString>>(text, "uppercaseString"_sel)), "12 APES");
+  // A class-level operation makes an Object of the class it is sent to.
+  for (Class* each : {classOf<NSString>(), classOf<NSMutableString>()}) {
+    auto made = send<Ref<NSString>>(each, "stringWithString:"_sel, text);
+    EXPECT_TRUE(made->isEqual(text));
+    EXPECT_EQ(made->classObject(), each);
+    EXPECT_EQ(each->newObject()->classObject(), each);
+  }
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { send<bool>(text, "isEqualToString:"_sel, classOf<NSString>()); }));
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,101 @@
+#include <gtest/gtest.h>
+
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "QZFoundation/NSObject-QZFoundation.h"
+#include "QZFoundation/NSSortDescriptor-QZFoundation.h"
+#include "tests/support/Person.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+/// Takes an Object and answers something of each sort.
+class Judge : public Derives<Judge, NSObject> {
+ public:
+  static void describe(ClassDescription<Judge>& is) {
+    is.named("Judge")
+        .method<&Judge::nameOf>("nameOf:")
+        .method<&Judge::score>("score:")
+        .method<&Judge::see>("see:");
+  }
+  Ref<NSString> nameOf(Person* person) { return person->name(); }
+  int score(NSNumber* number) { return number->intValue(); }
+  void see(NSObject*) { ++seen; }
+  int seen = 0;
+};
+
+TEST(NSObjectQZFoundation, ComparesByKeyPath) {
+  auto ann = make<Person>("ann"_ns, 30);
+  auto bob = make<Person>("Bob"_ns, 40);
+  EXPECT_EQ(compare_usingKeyPath(ann, bob, "age"_ns), NSOrderedAscending);
+  EXPECT_EQ(compare_usingKeyPath(bob, ann, "age"_ns), NSOrderedDescending);
+  EXPECT_EQ(compare_usingKeyPath(ann, bob, "name"_ns), NSOrderedDescending);
+  EXPECT_EQ(caseInsensitiveCompare_usingKeyPath(ann, bob, "name"_ns), NSOrderedAscending);
+  auto nobody = make<Person>();
+  EXPECT_EQ(compare_usingKeyPath(nobody, bob, "name"_ns), NSOrderedSame);
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { compare_usingKeyPath(bob, nobody, "name"_ns); }));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { compare_usingKeyPath(bob, ann, "x"_ns); }));
+  auto sorted = NSArray::arrayWithObjects({bob, ann})
+                    ->sortedArrayUsingFunction_context(&QZCompareByKeyPath, "age"_ns);
+  EXPECT_EQ(sorted->objectAtIndex(0), ann);
+}
+
+TEST(NSObjectQZFoundation, CopiesLeavesAndWrapsThemInArrays) {
+  auto text = NSString::stringWithUTF8String("leaf");
+  EXPECT_EQ(deepCopy(text), text);
+  EXPECT_EQ(copyMutableContainers(text), text);
+  EXPECT_EQ(deepCopy(nullptr), nullptr);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { deepCopy(make<Person>()); }, {"Person"}));
+  auto one = objectAsArray(text);
+  EXPECT_EQ(one->count(), 1u);
+  EXPECT_EQ(one->objectAtIndex(0), text);
+  EXPECT_EQ(objectAsArray(one), one);
+  EXPECT_EQ(objectAsArray(nullptr), nullptr);
+}
+
+TEST(NSObjectQZFoundation, PerformsWithoutBoxing) {
+  auto judge = make<Judge>();
+  auto number = [](int value) { return NSNumber::numberWithInt(value); };
+  EXPECT_EQ(performIntSelector_withObject(judge, "score:"_sel, number(-5)), -5);
+  EXPECT_TRUE(performBoolSelector_withObject(judge, "score:"_sel, number(255)));
+  EXPECT_FALSE(performBoolSelector_withObject(judge, "score:"_sel, number(512)));
+  EXPECT_FALSE(performBoolSelector_withObject(judge, "nameOf:"_sel, make<Person>()));
+  EXPECT_TRUE(performBoolSelector_withObject(judge, "nameOf:"_sel, make<Person>("Ann"_ns)));
+  EXPECT_EQ(performIntSelector_withObject(nullptr, "score:"_sel, number(1)), 0);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
+    performIntSelector_withObject(judge, "nameOf:"_sel, make<Person>("Ann"_ns));
+  }));
+}
+
+TEST(NSObjectQZFoundation, PerformsOverAnArray) {
+  auto judge = make<Judge>();
+  auto people = NSArray::arrayWithObjects({make<Person>("Ann"_ns), make<Person>()});
+  auto names = performSelector_withObjectsInArray(judge, "nameOf:"_sel, people);
+  EXPECT_TRUE(names->isEqual(NSArray::arrayWithObjects({"Ann"_ns, NSNull::null()})));
+  EXPECT_EQ(performSelector_withObjectsInArray_returnValues(judge, "see:"_sel, people, false),
+            nullptr);
+  EXPECT_EQ(judge->seen, 2);
+  auto none = performSelector_withObjectsInArray(judge, "nameOf:"_sel, NSArray::array());
+  ASSERT_NE(none, nullptr);
+  EXPECT_EQ(none->count(), 0u);
+  auto scores = NSArray::arrayWithObjects({NSNumber::numberWithInt(4)});
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { performSelector_withObjectsInArray(judge, "score:"_sel, scores); },
+                     {"int"}));
+  performSelector_withObjectsInArray_returnValues(judge, "score:"_sel, scores, false);
+}
+
+TEST(NSSortDescriptorQZFoundation, MakesDescriptors) {
+  auto byAge = sortDescriptorWithKey_ascending("age"_ns, false);
+  EXPECT_TRUE(byAge->isEqual(NSSortDescriptor::initWithKey_ascending("age"_ns, false)));
+  auto folded = send<Ref<NSSortDescriptor>>(classOf<NSSortDescriptor>(),
+                                            "sortDescriptorWithKey:ascending:selector:"_sel,
+                                            "name"_ns, true, "caseInsensitiveCompare:"_sel);
+  EXPECT_EQ(folded->selector(), "caseInsensitiveCompare:"_sel);
+}
+
+}  // namespace
+}  // namespace qz::test

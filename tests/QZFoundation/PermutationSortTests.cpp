@@ -1,0 +1,568 @@
+#include "QZFoundation/detail/PermutationSort.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace qz::detail {
+namespace {
+
+using Random = std::mt19937_64;
+using Trace = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+
+template <typename Key>
+long threeWay(const Key& a, const Key& b) {
+  return a < b ? -1 : b < a ? 1 : 0;
+}
+
+template <typename Index = std::uint32_t>
+std::vector<Index> numbered(std::size_t count) {
+  std::vector<Index> result(count);
+  std::iota(result.begin(), result.end(), Index{0});
+  return result;
+}
+
+// The scheme in its simplest, recursive form; only consistent orders keep it within its range.
+template <typename T, typename Compare>
+void recursiveSort(T* objects, std::uint32_t* indices, int lo, int hi, Compare& compare) {
+  if (!(lo < hi)) return;
+  do {
+    const T pivot = objects[(lo + hi) / 2];
+    int i = lo - 1;
+    int j = hi + 1;
+    for (;;) {
+      do j--;
+      while (compare(objects[j], pivot) == 1);
+      do i++;
+      while (compare(objects[i], pivot) == -1);
+      if (!(j > i)) break;
+      std::swap(objects[i], objects[j]);
+      std::swap(indices[i], indices[j]);
+    }
+    recursiveSort(objects, indices, lo, j, compare);
+    lo = j + 1;
+  } while (lo < hi);
+}
+
+struct Shape {
+  const char* name;
+  std::function<std::int64_t(std::int64_t k, std::int64_t count, Random& random)> value;
+};
+
+std::int64_t below(Random& random, std::int64_t bound) {
+  return static_cast<std::int64_t>(random() % static_cast<std::uint64_t>(bound));
+}
+
+const std::vector<Shape>& shapes() {
+  using I = std::int64_t;
+  static const std::vector<Shape> all = {
+      {"random", [](I, I, Random& r) { return static_cast<I>(r()); }},
+      {"random32", [](I, I, Random& r) { return I{static_cast<std::int32_t>(r())}; }},
+      {"pairs", [](I, I n, Random& r) { return below(r, n / 2 + 1); }},
+      {"widePairs", [](I, I n, Random& r) { return below(r, n / 2 + 1) << 52; }},
+      {"three values", [](I, I, Random& r) { return below(r, 3) - 1; }},
+      {"square root", [](I, I n, Random& r) { return below(r, 1 + static_cast<I>(std::sqrt(n))); }},
+      {"few equal", [](I k, I n, Random& r) { return below(r, 9) == 0 ? n / 3 : k * 7919 % n; }},
+      {"all equal", [](I, I, Random&) { return I{-42}; }},
+      {"sorted", [](I k, I, Random&) { return k; }},
+      {"sorted pairs", [](I k, I, Random&) { return k / 2; }},
+      {"reversed", [](I k, I n, Random&) { return n - k; }},
+      {"reversed pairs", [](I k, I n, Random&) { return (n - k) / 2; }},
+      {"organ pipe", [](I k, I n, Random&) { return std::min(k, n - 1 - k); }},
+      {"valley", [](I k, I n, Random&) { return std::max(k, n - 1 - k); }},
+      {"saw", [](I k, I, Random&) { return k % 17; }},
+      {"wide saw", [](I k, I n, Random&) { return k % (n / 3 + 1); }},
+      {"nearly sorted", [](I k, I n, Random& r) { return below(r, 20) == 0 ? below(r, n) : k; }},
+      {"extremes",
+       [](I k, I, Random&) {
+         return k % 3 == 0   ? std::numeric_limits<I>::min()
+                : k % 3 == 1 ? std::numeric_limits<I>::max()
+                             : I{0};
+       }},
+  };
+  return all;
+}
+
+std::vector<std::int64_t> shaped(const Shape& shape, std::size_t count, Random& random) {
+  std::vector<std::int64_t> values(count);
+  for (std::size_t k = 0; k < count; ++k) {
+    values[k] = shape.value(static_cast<std::int64_t>(k), static_cast<std::int64_t>(count), random);
+  }
+  return values;
+}
+
+template <typename Key>
+std::vector<Key> narrowed(const std::vector<std::int64_t>& values) {
+  std::vector<Key> result;
+  for (const std::int64_t value : values) result.push_back(static_cast<Key>(value));
+  return result;
+}
+
+template <typename Key, typename Index>
+void expectWordSortLikePlainSort(const std::vector<std::int64_t>& values,
+                                 std::vector<Index> indices) {
+  std::vector<Key> keys = narrowed<Key>(values);
+  std::vector<Key> plainKeys = keys;
+  std::vector<Index> plainIndices = indices;
+  plainSort(plainKeys.data(), plainIndices.data(), 0, static_cast<std::int64_t>(keys.size()) - 1,
+            threeWay<Key>);
+  wordSort(keys.data(), indices.data(), keys.size());
+  ASSERT_EQ(keys, plainKeys);
+  ASSERT_EQ(indices, plainIndices);
+}
+
+// A value for each position such that the scheme's pivot is always the largest or nearly so: an
+// answer is settled only when it is asked for, and always to the disadvantage of the pivot.
+std::vector<std::int64_t> quadraticValues(std::uint32_t count) {
+  const std::int64_t unsettled = count;
+  std::vector<std::int64_t> values(count, unsettled);
+  std::int64_t settled = 0;
+  std::uint32_t candidate = 0;
+  std::vector<std::uint32_t> objects = numbered(count);
+  std::vector<std::uint32_t> indices = numbered(count);
+  plainSort(objects.data(), indices.data(), 0, std::int64_t{count} - 1,
+            [&](std::uint32_t a, std::uint32_t b) -> long {
+              if (a != b && values[a] == unsettled && values[b] == unsettled) {
+                values[a == candidate ? a : b] = settled++;
+              }
+              if (values[a] == unsettled) candidate = a;
+              if (values[b] == unsettled) candidate = b;
+              return threeWay(values[a], values[b]);
+            });
+  return values;
+}
+
+TEST(PlainSort, EqualElementsAreMirroredAndHalved) {
+  std::vector<int> objects = {5, 5, 5, 5, 5};
+  std::vector<std::uint32_t> indices = numbered(5);
+  plainSort(objects.data(), indices.data(), 0, 4, threeWay<int>);
+  // 43210 -> 234|01 -> 32|4|10 -> 23|4|10, worked by hand.
+  EXPECT_EQ(indices, (std::vector<std::uint32_t>{3, 2, 4, 0, 1}));
+}
+
+TEST(PlainSort, ComparesAndExchangesLikeTheRecursiveForm) {
+  Random random(1);
+  for (const Shape& shape : shapes()) {
+    for (std::size_t count = 0; count < 120; ++count) {
+      SCOPED_TRACE(std::string(shape.name) + " " + std::to_string(count));
+      const std::vector<std::int64_t> values = shaped(shape, count, random);
+      Trace expected, actual;
+      auto tracing = [&values](Trace& trace) {
+        return [&values, &trace](std::uint32_t a, std::uint32_t b) {
+          trace.emplace_back(a, b);
+          return threeWay(values[a], values[b]);
+        };
+      };
+      std::vector<std::uint32_t> objects = numbered(count), indices = objects;
+      std::vector<std::uint32_t> expectedObjects = objects, expectedIndices = objects;
+      auto recursiveCompare = tracing(expected);
+      const int last = static_cast<int>(count) - 1;
+      recursiveSort(expectedObjects.data(), expectedIndices.data(), 0, last, recursiveCompare);
+      plainSort(objects.data(), indices.data(), 0, last, tracing(actual));
+      ASSERT_EQ(objects, expectedObjects);
+      ASSERT_EQ(indices, expectedIndices);
+      ASSERT_EQ(actual, expected);
+    }
+  }
+}
+
+TEST(PlainSort, OnlyPlusAndMinusOneKeepAScanGoing) {
+  Random random(2);
+  for (int round = 0; round < 200; ++round) {
+    std::vector<std::int64_t> objects = shaped(shapes()[3], 40, random);
+    for (std::int64_t& object : objects) object = below(random, 30);
+    // Far apart means +-2, which counts as "stop".
+    auto compare = [](std::int64_t a, std::int64_t b) -> long {
+      return std::abs(a - b) > 25 ? 2 * threeWay(a, b) : threeWay(a, b);
+    };
+    std::vector<std::int64_t> expected = objects;
+    std::vector<std::uint32_t> indices = numbered(40), expectedIndices = indices;
+    // The recursive form may be used: stopping early never lets a scan pass the pivot's place.
+    recursiveSort(expected.data(), expectedIndices.data(), 0, 39, compare);
+    plainSort(objects.data(), indices.data(), 0, 39, compare);
+    ASSERT_EQ(objects, expected);
+    ASSERT_EQ(indices, expectedIndices);
+  }
+}
+
+TEST(PlainSort, SortsAnyPartIncludingNegativePositions) {
+  Random random(3);
+  for (int lo = -9; lo <= 9; ++lo) {
+    for (int hi = lo - 2; hi <= 9; ++hi) {
+      std::vector<std::int64_t> objects(19);
+      for (std::int64_t& object : objects) object = below(random, 8);
+      std::vector<std::int64_t> expected = objects;
+      if (lo < hi) std::sort(expected.begin() + 9 + lo, expected.begin() + 10 + hi);
+      const std::vector<std::int64_t> before = objects;
+      std::vector<std::uint32_t> indices = numbered(19);
+      plainSort(objects.data() + 9, indices.data() + 9, lo, hi, threeWay<std::int64_t>);
+      ASSERT_EQ(objects, expected) << lo << " " << hi;
+      for (std::size_t k = 0; k < 19; ++k) ASSERT_EQ(objects[k], before[indices[k]]);
+    }
+  }
+}
+
+// Runs an order that contradicts itself; it must stay in its range, end, and lose nothing.
+void expectSound(std::size_t count, const std::function<long(std::uint32_t, std::uint32_t)>& order,
+                 bool unchanged = false) {
+  constexpr std::uint32_t kOutside = 0xDEAD;
+  constexpr std::size_t kMargin = 4;
+  std::vector<std::uint32_t> objects(count + 2 * kMargin, kOutside);
+  std::iota(objects.begin() + kMargin, objects.end() - kMargin, 0U);
+  std::vector<std::uint32_t> indices = objects;
+  const std::vector<std::uint32_t> before = objects;
+  std::size_t comparisons = 0;
+  const std::uint32_t* const first = objects.data() + kMargin;
+  plainSort(objects.data(), indices.data(), kMargin, static_cast<std::int64_t>(kMargin + count) - 1,
+            [&](const std::uint32_t& element, const std::uint32_t& pivot) {
+              EXPECT_GE(&element, first);
+              EXPECT_LT(&element, first + count);
+              EXPECT_NE(pivot, kOutside);
+              // Each partition scans its range at most twice, and both parts are smaller.
+              if (++comparisons > count * (count + 3)) throw std::runtime_error("endless");
+              return order(element, pivot);
+            });
+  EXPECT_EQ(objects, indices);
+  if (!unchanged) {
+    EXPECT_TRUE(std::equal(objects.begin(), objects.begin() + kMargin, before.begin()));
+    std::sort(objects.begin() + kMargin, objects.end() - kMargin);
+  }
+  EXPECT_EQ(objects, before);
+}
+
+TEST(PlainSort, StaysSoundWhenTheOrderContradictsItself) {
+  Random random(4);
+  for (std::size_t count = 0; count <= 70; ++count) {
+    SCOPED_TRACE(count);
+    expectSound(
+        count, [](auto, auto) { return 1L; }, true);
+    expectSound(
+        count, [](auto, auto) { return -1L; }, true);
+    expectSound(count, [](auto, auto) { return 0L; });
+    expectSound(count, [](auto, auto) { return 0x100000001L; });
+    expectSound(count, [](auto a, auto b) { return a == b ? 1L : threeWay(a, b); });
+    expectSound(count, [](auto a, auto b) { return a == b ? -1L : threeWay(b, a); });
+    expectSound(count, [](auto a, auto b) { return static_cast<long>((a + 3 - b) % 3) - 1; });
+    expectSound(count, [](auto a, auto b) { return a % 4 && b % 4 ? threeWay(a, b) : 1L; });
+    expectSound(count, [](auto a, auto b) { return a % 4 && b % 4 ? threeWay(b, a) : 0L; });
+    for (int round = 0; round < 20; ++round) {
+      expectSound(count, [&](auto, auto) { return static_cast<long>(random() % 4) - 1; });
+      expectSound(count, [&](auto, auto) { return random() % 20 == 0 ? -1L : 1L; });
+      expectSound(count, [&](auto, auto) { return random() % 20 == 0 ? 1L : -1L; });
+    }
+  }
+}
+
+TEST(PlainSort, AThrowingComparisonLosesNothing) {
+  Random random(5);
+  for (std::size_t limit = 0; limit < 400; ++limit) {
+    std::vector<std::int64_t> objects(60);
+    for (std::int64_t& object : objects) object = below(random, 30);
+    const std::vector<std::int64_t> before = objects;
+    std::vector<std::uint32_t> indices = numbered(60);
+    std::size_t comparisons = 0;
+    EXPECT_THROW(plainSort(objects.data(), indices.data(), 0, 59,
+                           [&](std::int64_t a, std::int64_t b) {
+                             if (++comparisons > limit) throw std::runtime_error("enough");
+                             return threeWay(a, b);
+                           }),
+                 std::runtime_error);
+    for (std::size_t k = 0; k < 60; ++k) ASSERT_EQ(objects[k], before[indices[k]]);
+    std::sort(indices.begin(), indices.end());
+    ASSERT_EQ(indices, numbered(60));
+  }
+}
+
+// The deepest nesting of parts is about half of the elements; the stack in use may not follow it.
+void expectQuadraticButFlat(const std::vector<std::int64_t>& values) {
+  std::vector<std::int64_t> objects = values;
+  std::vector<std::uint32_t> indices = numbered(values.size());
+  std::size_t comparisons = 0;
+  std::uintptr_t lowest = ~std::uintptr_t{0}, highest = 0;
+  plainSort(objects.data(), indices.data(), 0, static_cast<std::int64_t>(values.size()) - 1,
+            [&](std::int64_t a, std::int64_t b) {
+              ++comparisons;
+              const volatile char here = 0;
+              const auto at = reinterpret_cast<std::uintptr_t>(&here);
+              lowest = std::min(lowest, at);
+              highest = std::max(highest, at);
+              return threeWay(a, b);
+            });
+  EXPECT_GT(comparisons, values.size() * values.size() / 8) << "the input is harmless";
+  EXPECT_LT(highest - lowest, std::size_t{64} * 1024);
+  std::vector<std::int64_t> sorted = values;
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_EQ(objects, sorted);
+  for (std::size_t k = 0; k < values.size(); ++k) ASSERT_EQ(values[indices[k]], objects[k]);
+}
+
+TEST(PlainSort, QuadraticInputNeedsNoDeepStack) {
+  Random random(6);
+  expectQuadraticButFlat(quadraticValues(20000));
+  for (const Shape& shape : shapes()) {
+    // It splits off two elements at a time to the right, each time deferring them.
+    if (shape.name == std::string("organ pipe")) {
+      expectQuadraticButFlat(shaped(shape, 20000, random));
+    }
+  }
+}
+
+TEST(WordSort, MatchesPlainSortForEverySmallCount) {
+  Random random(7);
+  for (const Shape& shape : shapes()) {
+    for (std::size_t count = 0; count <= 200; ++count) {
+      SCOPED_TRACE(std::string(shape.name) + " " + std::to_string(count));
+      for (int round = 0; round < 3; ++round) {
+        const std::vector<std::int64_t> values = shaped(shape, count, random);
+        expectWordSortLikePlainSort<std::int64_t>(values, numbered(count));
+        expectWordSortLikePlainSort<std::uint64_t>(values, numbered<std::int32_t>(count));
+        expectWordSortLikePlainSort<std::int32_t>(values, numbered<std::uint64_t>(count));
+        expectWordSortLikePlainSort<std::uint32_t>(values, numbered<std::int64_t>(count));
+        expectWordSortLikePlainSort<std::int8_t>(values, numbered(count));
+      }
+    }
+  }
+}
+
+TEST(WordSort, MatchesPlainSortForLargerCounts) {
+  Random random(8);
+  for (const Shape& shape : shapes()) {
+    for (const std::size_t count : {255u, 256u, 511u, 512u, 513u, 1000u, 3001u, 8192u, 20000u}) {
+      SCOPED_TRACE(std::string(shape.name) + " " + std::to_string(count));
+      const std::vector<std::int64_t> values = shaped(shape, count, random);
+      expectWordSortLikePlainSort<std::int64_t>(values, numbered(count));
+      expectWordSortLikePlainSort<std::uint32_t>(values, numbered<std::int32_t>(count));
+    }
+  }
+  for (const std::size_t which : {0u, 1u, 2u, 3u, 4u, 5u}) {
+    SCOPED_TRACE(shapes()[which].name);
+    const std::vector<std::int64_t> values = shaped(shapes()[which], 300000, random);
+    expectWordSortLikePlainSort<std::int64_t>(values, numbered(values.size()));
+    expectWordSortLikePlainSort<std::int32_t>(values, numbered(values.size()));
+  }
+}
+
+TEST(WordSort, MovesArbitraryIndices) {
+  Random random(9);
+  for (const std::size_t which : {0u, 2u, 4u}) {
+    for (const std::size_t count : {30u, 300u, 3000u}) {
+      const std::vector<std::int64_t> values = shaped(shapes()[which], count, random);
+      std::vector<std::int64_t> indices(count);
+      for (std::int64_t& index : indices) index = static_cast<std::int64_t>(random());
+      expectWordSortLikePlainSort<std::int64_t>(values, indices);
+      for (std::int64_t& index : indices) index = -1 - below(random, 5);
+      expectWordSortLikePlainSort<std::int64_t>(values, narrowed<std::int32_t>(indices));
+      expectWordSortLikePlainSort<std::int32_t>(values, std::vector<std::uint32_t>(count, 0));
+    }
+  }
+}
+
+TEST(WordSort, KeysThatJustFitAWordWithTheirIndex) {
+  Random random(10);
+  for (const unsigned indexBits : {0u, 1u, 31u, 32u, 33u, 63u}) {
+    for (const unsigned keyBits : {63 - indexBits, 64 - indexBits, 65 - indexBits}) {
+      if (keyBits > 64) continue;
+      SCOPED_TRACE(std::to_string(indexBits) + " " + std::to_string(keyBits));
+      const std::uint64_t span = keyBits == 0 ? 0 : ~std::uint64_t{0} >> (64 - keyBits);
+      std::vector<std::int64_t> values(400);
+      std::vector<std::uint64_t> indices(400);
+      for (std::size_t k = 0; k < 400; ++k) {
+        // Few values, among them both ends of the span.
+        values[k] = static_cast<std::int64_t>(span / 6 * (random() % 7) + 5);
+        if (random() % 8 == 0) values[k] = static_cast<std::int64_t>(span + 5);
+        indices[k] = indexBits == 0 ? 0 : random() >> (64 - indexBits);
+      }
+      expectWordSortLikePlainSort<std::int64_t>(values, indices);
+      expectWordSortLikePlainSort<std::uint64_t>(values, indices);
+    }
+  }
+}
+
+// Inputs that make the scheme quadratic, with enough equal elements that it has to be followed.
+TEST(WordSort, MatchesPlainSortOnQuadraticInput) {
+  Random random(11);
+  std::vector<std::vector<std::int64_t>> inputs;
+  for (const std::uint32_t count : {2500u, 5000u, 12000u}) {
+    const std::vector<std::int64_t> hard = quadraticValues(count);
+    for (const std::int64_t divisor : {1, 2, 3, 7}) {
+      inputs.push_back(hard);
+      for (std::int64_t& value : inputs.back()) value /= divisor;
+    }
+    for (const std::int64_t noise : {10, 200}) {
+      inputs.push_back(shaped(shapes()[12], count, random));
+      for (std::int64_t& value : inputs.back()) {
+        if (below(random, noise) == 0) value = below(random, count);
+      }
+      inputs.push_back(hard);
+      for (std::int64_t& value : inputs.back()) {
+        if (below(random, noise) == 0) value = below(random, count);
+      }
+    }
+  }
+  for (std::size_t k = 0; k < inputs.size(); ++k) {
+    SCOPED_TRACE(k);
+    expectWordSortLikePlainSort<std::int64_t>(inputs[k], numbered(inputs[k].size()));
+    // Too wide for one word, so that ranks stand in for the keys.
+    for (std::int64_t& value : inputs[k]) value <<= 45;
+    expectWordSortLikePlainSort<std::int64_t>(inputs[k], numbered(inputs[k].size()));
+  }
+}
+
+// The plain scheme would take minutes here; without the detour around it so would this test.
+TEST(WordSort, LargeOrganPipeIsNotQuadratic) {
+  Random random(12);
+  const std::vector<std::int64_t> values = shaped(shapes()[12], 1000000, random);
+  std::vector<std::int64_t> keys = values;
+  std::vector<std::uint32_t> indices = numbered(keys.size());
+  wordSort(keys.data(), indices.data(), keys.size());
+  EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
+  for (std::size_t k = 0; k < keys.size(); ++k) ASSERT_EQ(values[indices[k]], keys[k]);
+}
+
+struct Composite {
+  std::uint64_t prefix;
+  std::int64_t rest;
+};
+
+void expectKeyedSortLikePlainSort(const std::vector<Composite>& values) {
+  const std::size_t count = values.size();
+  // Indices that are not positions: the tie-breaker has to be asked in the caller's numbers.
+  std::vector<std::int32_t> indices(count);
+  for (std::size_t k = 0; k < count; ++k) indices[k] = -static_cast<std::int32_t>(k) - 1;
+  std::vector<std::int32_t> plainIndices = indices;
+  std::vector<Composite> plain = values;
+  plainSort(plain.data(), plainIndices.data(), 0, static_cast<std::int64_t>(count) - 1,
+            [](const Composite& a, const Composite& b) {
+              return a.prefix != b.prefix ? threeWay(a.prefix, b.prefix) : threeWay(a.rest, b.rest);
+            });
+  std::vector<std::uint64_t> keys;
+  for (const Composite& value : values) keys.push_back(value.prefix);
+  std::size_t ties = 0;
+  keyedSort(keys.data(), indices.data(), count, [&](std::int32_t a, std::int32_t b) {
+    ++ties;
+    const Composite& x = values[static_cast<std::size_t>(-a - 1)];
+    const Composite& y = values[static_cast<std::size_t>(-b - 1)];
+    EXPECT_EQ(x.prefix, y.prefix);
+    EXPECT_NE(a, b);
+    return static_cast<int>(threeWay(x.rest, y.rest));
+  });
+  ASSERT_EQ(indices, plainIndices);
+  for (std::size_t k = 0; k < count; ++k) ASSERT_EQ(keys[k], plain[k].prefix);
+  if (count > 200) {
+    const double most = static_cast<double>(count) * (std::log2(static_cast<double>(count)) + 3);
+    EXPECT_LE(static_cast<double>(ties), most);
+  }
+}
+
+TEST(KeyedSort, MatchesPlainSort) {
+  Random random(13);
+  std::vector<std::size_t> counts(201);
+  std::iota(counts.begin(), counts.end(), 0U);
+  counts.insert(counts.end(), {511, 512, 2000, 8000});
+  for (const Shape& shape : shapes()) {
+    for (const std::size_t count : counts) {
+      SCOPED_TRACE(std::string(shape.name) + " " + std::to_string(count));
+      const std::vector<std::int64_t> shapedValues = shaped(shape, count, random);
+      std::vector<Composite> distinct(count), tied(count), refined(count), split(count);
+      for (std::size_t k = 0; k < count; ++k) {
+        const std::int64_t value = shapedValues[k];
+        distinct[k] = {sortKey(value), below(random, 1 << 30)};
+        tied[k] = {7, value};
+        refined[k] = {random() % 5 << 61, value};
+        split[k] = {sortKey(value) >> 2, value & 3};
+      }
+      expectKeyedSortLikePlainSort(distinct);
+      expectKeyedSortLikePlainSort(tied);
+      expectKeyedSortLikePlainSort(refined);
+      expectKeyedSortLikePlainSort(split);
+    }
+  }
+}
+
+TEST(KeyedSort, ContradictoryAndThrowingTiesLoseNothing) {
+  Random random(14);
+  for (const std::size_t count : {2u, 20u, 48u, 49u, 300u, 2000u}) {
+    std::vector<std::uint64_t> values(count);
+    for (std::uint64_t& value : values) value = random() % 4;
+    using Tie = std::function<long(std::uint32_t, std::uint32_t)>;
+    const std::vector<Tie> ties = {
+        [](auto, auto) { return 1L; },
+        [](auto, auto) { return -1L; },
+        [&](auto, auto) { return static_cast<long>(random() % 5) - 2; },
+        [](auto a, auto b) { return static_cast<long>((a + 3 - b % 3) % 3) - 1; },
+    };
+    for (const Tie& tie : ties) {
+      std::vector<std::uint64_t> keys = values;
+      std::vector<std::uint32_t> indices = numbered(count);
+      keyedSort(keys.data(), indices.data(), count, tie);
+      EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
+      for (std::size_t k = 0; k < count; ++k) ASSERT_EQ(values[indices[k]], keys[k]);
+      std::sort(indices.begin(), indices.end());
+      EXPECT_EQ(indices, numbered(count));
+    }
+    if (count < 20) continue;
+    std::vector<std::uint64_t> keys = values;
+    std::vector<std::uint32_t> indices = numbered(count);
+    std::size_t asked = 0;
+    EXPECT_THROW(keyedSort(keys.data(), indices.data(), count,
+                           [&](auto a, auto b) {
+                             if (++asked == count / 2) throw std::runtime_error("enough");
+                             return threeWay(a, b);
+                           }),
+                 std::runtime_error);
+    EXPECT_EQ(keys, values);
+    EXPECT_EQ(indices, numbered(count));
+  }
+}
+
+TEST(SortKeys, IntegersKeepTheirOrder) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  const std::vector<std::int64_t> ascending = {
+      Limits::min(), Limits::min() + 1, -0x100000000, -1, 0, 1, 0x100000000, Limits::max()};
+  for (std::size_t k = 1; k < ascending.size(); ++k) {
+    EXPECT_LT(sortKey(ascending[k - 1]), sortKey(ascending[k]));
+  }
+}
+
+TEST(SortKeys, NumbersKeepTheirOrderAboveNaN) {
+  using Limits = std::numeric_limits<double>;
+  const double nan = Limits::quiet_NaN();
+  const std::vector<std::vector<double>> ascending = {
+      {nan, -nan, std::bit_cast<double>(0x7FF8000000000123u), std::bit_cast<double>(~0ull)},
+      {-Limits::infinity()},
+      {-Limits::max()},
+      {-1.5},
+      {-1.0},
+      {-Limits::min()},
+      {-Limits::denorm_min()},
+      {-0.0, 0.0},
+      {Limits::denorm_min()},
+      {Limits::min()},
+      {1.0},
+      {std::nextafter(1.0, 2.0)},
+      {Limits::max()},
+      {Limits::infinity()}};
+  for (std::size_t a = 0; a < ascending.size(); ++a) {
+    for (std::size_t b = 0; b < ascending.size(); ++b) {
+      for (const double x : ascending[a]) {
+        for (const double y : ascending[b]) {
+          EXPECT_EQ(threeWay(sortKey(x), sortKey(y)), threeWay(a, b)) << x << " " << y;
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace qz::detail
