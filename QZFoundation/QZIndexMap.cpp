@@ -67,8 +67,8 @@ Ref<QZIndexMap> QZIndexMap::mapToMoveIndices_toIndex_count(NSArray* indices,
       requireBelow(operation, index, count);
       const auto at = static_cast<std::size_t>(index);
       if (moved[at])
-        detail::raise(NSRangeException, std::string(operation) + ": index " +
-                                            std::to_string(index) + " is listed twice");
+        detail::raise(NSRangeException, operation + (": index " + std::to_string(index)) +
+                                            " is listed twice");
       moved[at] = true;
       listed.push_back(index);
     }

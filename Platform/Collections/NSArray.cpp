@@ -67,10 +67,9 @@ void detail::raiseChanged() {
 }
 
 void detail::refuseElement(const Class* wanted, const NSObject* given) {
-  raise(NSInvalidArgumentException, "an element of class " +
-                                        std::string(given->classObject()->name()) +
-                                        " stands where a " + std::string(wanted->name()) +
-                                        " is wanted");
+  raise(NSInvalidArgumentException,
+        "an element of class " + std::string(given->classObject()->name()) + " stands where a " +
+            std::string(wanted->name()) + " is wanted");
 }
 
 detail::ArrayIterator detail::ArrayIterator::first(const NSArray* array) {
@@ -182,7 +181,8 @@ std::uint32_t NSArray::indexOfObjectIdenticalTo(NSObject* object) const {
 
 std::uint32_t NSArray::indexOfObjectPassingTest(
     const std::function<bool(NSObject*, std::uint32_t)>& test) const {
-  detail::requireArgument("-[NSArray indexOfObjectPassingTest]", "the test", test ? &test : nullptr);
+  detail::requireArgument("-[NSArray indexOfObjectPassingTest]", "the test",
+                          test ? &test : nullptr);
   std::uint32_t index = 0;
   for (NSObject* each : *this) {
     if (test(each, index)) return index;
@@ -292,9 +292,8 @@ Ref<NSArray> NSArray::sortedArrayUsingFunction_context(NSSortFunction compare,
 }
 
 Ref<NSArray> NSArray::sortedArrayUsingSelector(Selector selector) const {
-  return sorted(this, [=](std::span<NSObject*> elements) {
-    detail::sortUsingSelector(elements, selector);
-  });
+  return sorted(
+      this, [=](std::span<NSObject*> elements) { detail::sortUsingSelector(elements, selector); });
 }
 
 Ref<NSArray> NSArray::sortedArrayUsingDescriptors(NSArray* descriptors) const {

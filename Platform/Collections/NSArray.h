@@ -59,8 +59,8 @@ class NSArray : public Derives<NSArray, NSObject> {
 
   /// Of any range of Objects or Refs, such as a `std::vector<Ref<NSString>>`.
   template <std::ranges::input_range R>
-    requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*>
-  static Ref<NSArray> fromRange(R&& objects);
+  requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*> static Ref<NSArray>
+  fromRange(R&& objects);
 
   /// The elements of `other` as they are now; `other` itself when it is immutable.
   static Ref<NSArray> arrayWithArray(NSArray* other);
@@ -147,8 +147,9 @@ class NSArray : public Derives<NSArray, NSObject> {
   Ref<NSArray> sortedArrayUsingSelector(Selector selector) const;
   Ref<NSArray> sortedArrayUsingDescriptors(NSArray* descriptors) const;
   template <class F>
-    requires std::is_invocable_r_v<NSComparisonResult, F&, NSObject*, NSObject*>
-  Ref<NSArray> sortedArrayUsingComparator(F&& compare) const {
+  requires std::is_invocable_r_v<NSComparisonResult, F&, NSObject*, NSObject*> Ref<NSArray>
+  sortedArrayUsingComparator(F&& compare)
+  const {
     return sortedArrayUsingFunction_context(
         &callComparator<std::remove_reference_t<F>>,
         const_cast<void*>(static_cast<const void*>(std::addressof(compare))));

@@ -7,7 +7,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Collections/detail/DescriptionPrinter.h"
-#include "Platform/Collections/detail/NestedComparison.h"
+#include "Platform/Collections/detail/EqualityGuard.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
@@ -284,7 +284,7 @@ Ref<NSArray> NSDictionary::keysSortedByValueUsingSelector(Selector comparator) c
 bool NSDictionary::isEqualToDictionary(NSDictionary* other) const {
   if (other == this) return true;
   if (other == nullptr || other->count() != count()) return false;
-  const detail::NestedComparison comparison(this, other);
+  const detail::EqualityGuard comparison(this, other);
   if (comparison.isUnderWay()) return true;
   for (const auto& [key, value] : *this) {
     const Ref<NSObject> others = other->objectForKey(key);

@@ -101,9 +101,9 @@ void NSMutableArray::reserve(std::size_t capacity) {
     detail::raise(NSMallocException, "an Array of too many elements");
   const std::uint64_t grown =
       std::max<std::uint64_t>({capacity, std::uint64_t{capacity_} * 2, smallestCapacity});
-  const auto room = static_cast<std::uint32_t>(
-      std::min<std::uint64_t>(grown, detail::maximumArrayCount));
-  void* block = std::realloc(elements_, room * sizeof(NSObject*));
+  const auto room =
+      static_cast<std::uint32_t>(std::min<std::uint64_t>(grown, detail::maximumArrayCount));
+  void* block = std::realloc(elements_, room * sizeof(void*));
   if (block == nullptr) detail::raise(NSMallocException, "no memory for an Array's elements");
   elements_ = static_cast<NSObject**>(block);
   capacity_ = room;
@@ -123,8 +123,7 @@ void NSMutableArray::replaceRange(NSRange range, detail::ArrayBuilder& owned) {
   NSObject** at = elements_ + range.location;
   const std::vector<NSObject*> removed(at, at + range.length);
   const std::uint32_t behind = count_ - range.location - range.length;
-  if (behind > 0)
-    std::memmove(at + added.size(), at + range.length, behind * sizeof(NSObject*));
+  if (behind > 0) std::memmove(at + added.size(), at + range.length, behind * sizeof(void*));
   std::copy(added.begin(), added.end(), at);
   owned.disown();
   count_ = static_cast<std::uint32_t>(size);
@@ -317,8 +316,7 @@ void NSMutableArray::sortUsingFunction_context(NSSortFunction compare, void* con
 }
 
 void NSMutableArray::sortUsingSelector(Selector selector) {
-  sortWith(
-      [=](std::span<NSObject*> elements) { detail::sortUsingSelector(elements, selector); });
+  sortWith([=](std::span<NSObject*> elements) { detail::sortUsingSelector(elements, selector); });
 }
 
 void NSMutableArray::sortUsingDescriptors(NSArray* descriptors) {

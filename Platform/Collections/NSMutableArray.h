@@ -49,8 +49,9 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   static Ref<NSMutableArray> initWithObjects_count(NSObject* const* objects, std::uint32_t count);
   static Ref<NSMutableArray> fromSpan(std::span<NSObject* const> objects);
   template <std::ranges::input_range R>
-    requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*>
-  static Ref<NSMutableArray> fromRange(R&& objects) {
+  requires std::is_convertible_v<std::ranges::range_reference_t<R>,
+                                 NSObject*> static Ref<NSMutableArray>
+  fromRange(R&& objects) {
     auto array = make<NSMutableArray>();
     for (auto&& object : objects) array->addObject(object);
     return array;
@@ -114,11 +115,10 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   void sortUsingSelector(Selector selector);
   void sortUsingDescriptors(NSArray* descriptors);
   template <class F>
-    requires std::is_invocable_r_v<NSComparisonResult, F&, NSObject*, NSObject*>
+  requires std::is_invocable_r_v<NSComparisonResult, F&, NSObject*, NSObject*>
   void sortUsingComparator(F&& compare) {
-    sortUsingFunction_context(
-        &callComparator<std::remove_reference_t<F>>,
-        const_cast<void*>(static_cast<const void*>(std::addressof(compare))));
+    sortUsingFunction_context(&callComparator<std::remove_reference_t<F>>,
+                              const_cast<void*>(static_cast<const void*>(std::addressof(compare))));
   }
 
  protected:

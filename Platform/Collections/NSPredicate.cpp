@@ -111,9 +111,7 @@ Ref<NSPredicate> NSPredicate::predicateWithBlock(std::function<bool(NSObject*)> 
   return make<BlockPredicate>(std::move(block));
 }
 
-Ref<NSPredicate> NSPredicate::predicateWithValue(bool value) {
-  return make<ValuePredicate>(value);
-}
+Ref<NSPredicate> NSPredicate::predicateWithValue(bool value) { return make<ValuePredicate>(value); }
 
 Ref<NSPredicate> NSPredicate::predicateWithKeyPath_selector_value(NSString* keyPath,
                                                                   Selector selector,

@@ -16,7 +16,8 @@ class NSArray;
 ///     auto adult = NSPredicate::predicateWithKeyPath_selector_value(
 ///         "age"_ns, "isGreaterThan:"_sel, NSNumber::numberWithInt(17));
 ///     auto known = NSPredicate::predicateWithBlock([&](NSObject* each) { return knows(each); });
-///     people->filteredArrayUsingPredicate(NSPredicate::andPredicateWithSubpredicates({adult, known}));
+///     people->filteredArrayUsingPredicate(NSPredicate::andPredicateWithSubpredicates({adult,
+///     known}));
 ///
 /// A derived class overrides `evaluateWithObject`. The predicates made here are immutable.
 class NSPredicate : public Derives<NSPredicate, NSObject> {

@@ -8,7 +8,7 @@
 #include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Collections/NSPredicate.h"
 #include "Platform/Collections/detail/DescriptionPrinter.h"
-#include "Platform/Collections/detail/NestedComparison.h"
+#include "Platform/Collections/detail/EqualityGuard.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 
@@ -190,7 +190,7 @@ Ref<NSSet> NSSet::filteredSetUsingPredicate(NSPredicate* predicate) const {
 bool NSSet::isEqualToSet(NSSet* other) const {
   if (other == this) return true;
   if (other == nullptr || other->count() != count()) return false;
-  const detail::NestedComparison comparison(this, other);
+  const detail::EqualityGuard comparison(this, other);
   return comparison.isUnderWay() || isSubsetOfSet(other);
 }
 

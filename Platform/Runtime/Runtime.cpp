@@ -176,7 +176,7 @@ Class* registerClass(const ClassSpec& spec) {
   const auto& unfinished = everlasting<Registry>().underConstruction;
   if (auto found = unfinished.find(spec.slot); found != unfinished.end()) return found->second;
 
-  auto* made = new Class(NSObject::ImmortalTag());
+  auto* made = new Class(Class::ImmortalTag());
   auto& tables = everlasting<std::deque<ClassTables>>();
   made->tables_ = &tables.emplace_back();
   made->superclass_ = above;

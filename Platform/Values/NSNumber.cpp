@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <compare>
 #include <string_view>
 
 #include "Platform/Runtime/Describe.h"
@@ -55,10 +56,15 @@ strong_ordering orderIntegers(const NSNumber& a, const NSNumber& b) noexcept {
   return a.signedBits() <=> b.signedBits();
 }
 
+strong_ordering reversed(strong_ordering ordering) noexcept {
+  if (std::is_eq(ordering)) return ordering;
+  return std::is_lt(ordering) ? strong_ordering::greater : strong_ordering::less;
+}
+
 strong_ordering order(const NSNumber& a, const NSNumber& b) noexcept {
   if (isFloatingKind(a.kind())) {
     if (isFloatingKind(b.kind())) return orderDoubles(a.doubleBits(), b.doubleBits());
-    return 0 <=> orderIntegerWithDouble(b, a.doubleBits());
+    return reversed(orderIntegerWithDouble(b, a.doubleBits()));
   }
   if (isFloatingKind(b.kind())) return orderIntegerWithDouble(a, b.doubleBits());
   return orderIntegers(a, b);
@@ -120,16 +126,16 @@ Ref<NSString> NSNumber::description() const { return stringValue(); }
 NSComparisonResult NSNumber::compare(NSNumber* other) const {
   if (other == nullptr) detail::raise(NSInvalidArgumentException, "compare: with nil");
   const strong_ordering ordering = order(*this, *other);
-  if (ordering < 0) return NSOrderedAscending;
-  return ordering > 0 ? NSOrderedDescending : NSOrderedSame;
+  if (std::is_lt(ordering)) return NSOrderedAscending;
+  return std::is_gt(ordering) ? NSOrderedDescending : NSOrderedSame;
 }
 
 bool NSNumber::isEqualToNumber(NSNumber* other) const noexcept {
-  return other != nullptr && order(*this, *other) == 0;
+  return other != nullptr && std::is_eq(order(*this, *other));
 }
 
 bool NSNumber::isEqual(NSObject* other) const {
-  return isKind<NSNumber>(other) && order(*this, *static_cast<NSNumber*>(other)) == 0;
+  return isKind<NSNumber>(other) && std::is_eq(order(*this, *static_cast<NSNumber*>(other)));
 }
 
 std::size_t NSNumber::hash() const {

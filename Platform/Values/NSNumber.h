@@ -188,7 +188,7 @@ union NumberTable {
   template <std::int32_t... I>
   constexpr explicit NumberTable(std::integer_sequence<std::int32_t, I...>) noexcept
       : numbers{{makeInt(firstSharedInt + I)...}, {makeTruth(false), makeTruth(true)}} {}
-  constexpr ~NumberTable() {}
+  constexpr ~NumberTable() {}  // NOLINT(modernize-use-equals-default)
 
   static NSNumber* sharedInt(std::uint32_t index) noexcept;
   static NSNumber* truth(bool value) noexcept;

@@ -24,7 +24,7 @@
 namespace qz::detail {
 
 // Up to this count the plain scheme is done before the buffers of the fast one are set up.
-inline constexpr std::size_t kPlainSortMaximum = 48;
+inline constexpr std::size_t kPlainSortMaximum = 32;
 
 // The fast path numbers ranks and positions with 32 bits each.
 inline constexpr std::uint64_t kFastSortMaximum = 0xFFFFFFFF;

@@ -13,11 +13,17 @@
 namespace qz::detail {
 
 // Below this count clearing and summing the counters costs more than comparing does.
-inline constexpr std::size_t kRadixOrderMinimum = 256;
+inline constexpr std::size_t kRadixOrderMinimum = 32;
+
+// From this count on fewer rounds with larger digits win.
+inline constexpr std::size_t kLargeDigitMinimum = 2048;
+
+template <typename Word>
+void radixOrder(Word* words, Word* scratch, std::size_t count, std::uint64_t indexMask);
 
 // Two digits are enough to tell almost all keys apart, if they are the two below the highest bit
 // that varies. What they leave together is ordered by itself and, in turn, by its own highest bits,
-// so it comes to at most 64 / (2 * kDigitBits) + 1 rounds.
+// so it comes to at most 64 / (2 * 8) rounds.
 template <unsigned kDigitBits, typename Word>
 void radixOrderBy(Word* words, Word* scratch, std::size_t count, std::uint64_t indexMask) {
   std::uint64_t lowest = keyBits(words[0]);
@@ -59,11 +65,7 @@ void radixOrderBy(Word* words, Word* scratch, std::size_t count, std::uint64_t i
 
   for (std::size_t k = 0, end; k < count; k = end) {
     for (end = k + 1; end < count && digits(words[end]) == digits(words[k]);) ++end;
-    if (end - k >= kRadixOrderMinimum) {
-      radixOrderBy<kDigitBits>(words + k, scratch + k, end - k, indexMask);
-    } else if (end - k > 1) {
-      std::sort(words + k, words + end, keyLess<Word>);
-    }
+    if (end - k > 1) radixOrder(words + k, scratch + k, end - k, indexMask);
   }
 }
 
@@ -72,7 +74,7 @@ template <typename Word>
 void radixOrder(Word* words, Word* scratch, std::size_t count, std::uint64_t indexMask) {
   if (count < kRadixOrderMinimum) {
     std::sort(words, words + count, keyLess<Word>);
-  } else if (count < 2048) {
+  } else if (count < kLargeDigitMinimum) {
     radixOrderBy<8>(words, scratch, count, indexMask);
   } else {
     radixOrderBy<11>(words, scratch, count, indexMask);

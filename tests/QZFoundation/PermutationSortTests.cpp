@@ -492,7 +492,7 @@ TEST(KeyedSort, MatchesPlainSort) {
 
 TEST(KeyedSort, ContradictoryAndThrowingTiesLoseNothing) {
   Random random(14);
-  for (const std::size_t count : {2u, 20u, 48u, 49u, 300u, 2000u}) {
+  for (const std::size_t count : {2u, 20u, 32u, 33u, 300u, 2000u}) {
     std::vector<std::uint64_t> values(count);
     for (std::uint64_t& value : values) value = random() % 4;
     using Tie = std::function<long(std::uint32_t, std::uint32_t)>;

@@ -13,8 +13,7 @@ namespace qz::test {
 /// A new String for each letter.
 inline std::vector<Ref<NSObject>> letters(std::string_view text) {
   std::vector<Ref<NSObject>> all;
-  for (char each : text)
-    all.push_back(NSString::stringWithUTF8String(std::string_view(&each, 1)));
+  for (char each : text) all.push_back(NSString::stringWithUTF8String(std::string_view(&each, 1)));
   return all;
 }
 

@@ -12,7 +12,7 @@ namespace qz::detail {
 namespace {
 
 constexpr std::size_t blockSize(std::uint32_t capacity) {
-  return sizeof(InlineArray) + capacity * sizeof(NSObject*);
+  return sizeof(InlineArray) + capacity * sizeof(void*);
 }
 
 // Room left over in a finished Array is given back when it is more than this part of the whole.
@@ -26,7 +26,7 @@ static_assert(sizeof(InlineArray) == 24);
 union ImmortalArray {
   InlineArray array;
   constexpr ImmortalArray() noexcept : array(InlineArray::ImmortalTag()) {}
-  constexpr ~ImmortalArray() {}
+  constexpr ~ImmortalArray() {}  // NOLINT(modernize-use-equals-default): deleted by default
 };
 
 NSArray* emptyArray() noexcept {
@@ -62,8 +62,7 @@ void ArrayBuilder::reserve(std::size_t capacity) {
 }
 
 void ArrayBuilder::grow() {
-  if (capacity_ == maximumArrayCount)
-    raise(NSMallocException, "an Array of too many elements");
+  if (capacity_ == maximumArrayCount) raise(NSMallocException, "an Array of too many elements");
   moveTo(static_cast<std::uint32_t>(std::clamp<std::uint64_t>(
       std::uint64_t{capacity_} * 2, std::uint64_t{4}, std::uint64_t{maximumArrayCount})));
 }
@@ -72,7 +71,7 @@ void ArrayBuilder::moveTo(std::uint32_t capacity) {
   void* block = poolAllocate(blockSize(capacity));
   if (block_ != nullptr) {
     std::memcpy(static_cast<std::byte*>(block) + sizeof(InlineArray), slots(),
-                count_ * sizeof(NSObject*));
+                count_ * sizeof(void*));
     poolFree(block_, blockSize(capacity_));
   }
   block_ = block;

@@ -117,8 +117,8 @@ void requireArgument(const char* operation, const char* what, const void* argume
 namespace qz {
 
 template <std::ranges::input_range R>
-  requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*>
-Ref<NSArray> NSArray::fromRange(R&& objects) {
+requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*> Ref<NSArray>
+NSArray::fromRange(R&& objects) {
   detail::ArrayBuilder builder;
   if constexpr (std::ranges::sized_range<R>) builder.reserve(std::ranges::size(objects));
   for (auto&& object : objects) builder.add(object);

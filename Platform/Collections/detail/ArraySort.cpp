@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
-#include <numeric>
 #include <typeinfo>
 #include <vector>
 
@@ -28,14 +26,9 @@ class SortColumn {
     known_.resize(elements.size());
   }
 
-  NSComparisonResult compare(std::uint32_t a, std::uint32_t b) {
-    if (!readsValues_) return descriptor_->compareObject_toObject(elements_[a], elements_[b]);
-    NSObject* first = value(a);
-    return descriptor_->compareValues(first, value(b));
-  }
-
- private:
-  NSObject* value(std::uint32_t index) {
+  /// What is compared of one element: its value, or itself.
+  NSObject* subject(std::uint32_t index) {
+    if (!readsValues_) return elements_[index];
     if (!known_[index]) {
       values_[index] = descriptor_->valueOf(elements_[index]);
       known_[index] = true;
@@ -43,11 +36,23 @@ class SortColumn {
     return values_[index];
   }
 
+  int compareSubjects(NSObject* a, NSObject* b) const {
+    return readsValues_ ? descriptor_->compareValues(a, b)
+                        : descriptor_->compareObject_toObject(a, b);
+  }
+
+ private:
   Ref<NSSortDescriptor> descriptor_;
   std::span<NSObject* const> elements_;
   bool readsValues_;
   std::vector<Ref<NSObject>> values_;
   std::vector<bool> known_;
+};
+
+/// An element on its way, with what the first descriptor compares at hand.
+struct SortRow {
+  NSObject* subject;
+  std::uint32_t index;
 };
 
 }  // namespace
@@ -70,16 +75,19 @@ void sortUsingDescriptors(std::span<NSObject*> elements, NSArray* descriptors) {
   std::vector<SortColumn> columns;
   for (NSSortDescriptor* each : qz::elements<NSSortDescriptor>(descriptors))
     columns.emplace_back(each, given);
-  std::vector<std::uint32_t> order(given.size());
-  std::iota(order.begin(), order.end(), 0U);
-  mergeSort(std::span(order), [&](std::uint32_t a, std::uint32_t b) {
-    for (SortColumn& column : columns)
-      if (const auto result = column.compare(a, b); result != NSOrderedSame)
-        return result > NSOrderedSame;
-    return false;
+  if (columns.empty()) return;
+  std::vector<SortRow> rows(given.size());
+  for (std::uint32_t i = 0; i < rows.size(); ++i) rows[i] = {columns[0].subject(i), i};
+  mergeSort(std::span(rows), [&](const SortRow& a, const SortRow& b) {
+    int order = columns[0].compareSubjects(a.subject, b.subject);
+    for (std::size_t i = 1; order == 0 && i < columns.size(); ++i) {
+      NSObject* subject = columns[i].subject(a.index);
+      order = columns[i].compareSubjects(subject, columns[i].subject(b.index));
+    }
+    return order > 0;
   });
-  std::transform(order.begin(), order.end(), elements.begin(),
-                 [&](std::uint32_t index) { return given[index]; });
+  std::transform(rows.begin(), rows.end(), elements.begin(),
+                 [&](const SortRow& row) { return given[row.index]; });
 }
 
 }  // namespace qz::detail

@@ -21,12 +21,23 @@ bool isPlain(char16_t unit) {
 void appendEscapedUnit(std::u16string& to, char16_t unit) {
   constexpr std::u16string_view digits = u"0123456789ABCDEF";
   switch (unit) {
-    case u'"': to += u"\\\""; return;
-    case u'\\': to += u"\\\\"; return;
-    case u'\n': to += u"\\n"; return;
-    case u'\r': to += u"\\r"; return;
-    case u'\t': to += u"\\t"; return;
-    default: break;
+    case u'"':
+      to += u"\\\"";
+      return;
+    case u'\\':
+      to += u"\\\\";
+      return;
+    case u'\n':
+      to += u"\\n";
+      return;
+    case u'\r':
+      to += u"\\r";
+      return;
+    case u'\t':
+      to += u"\\t";
+      return;
+    default:
+      break;
   }
   if (unit >= 0x20 && unit != 0x7F) {
     to += unit;

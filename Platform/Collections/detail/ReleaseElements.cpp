@@ -20,10 +20,10 @@ struct Postponed {
 [[gnu::tls_model("initial-exec")]] constinit thread_local Postponed* postponed = nullptr;
 
 bool postpone(NSObject* const* elements, std::size_t count) noexcept {
-  void* block = std::malloc(sizeof(Postponed) + count * sizeof(NSObject*));
+  void* block = std::malloc(sizeof(Postponed) + count * sizeof(void*));
   if (block == nullptr) return false;
   auto* work = ::new (block) Postponed{postponed, count};
-  std::memcpy(work + 1, elements, count * sizeof(NSObject*));
+  std::memcpy(work + 1, elements, count * sizeof(void*));
   postponed = work;
   return true;
 }

@@ -19,7 +19,9 @@ class InlineString final : public NSString {
  public:
   /// The units are yet to be written, before anybody else sees the String.
   static Ref<InlineString> make(std::uint32_t length) {
-    return {new (poolAllocate(blockSize(length))) InlineString(length), adopt};
+    void* block = poolAllocate(blockSize(length));
+    auto* units = reinterpret_cast<char16_t*>(static_cast<char*>(block) + sizeof(NSString));
+    return {new (block) InlineString(units, length), adopt};
   }
 
   char16_t* buffer() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
@@ -32,7 +34,7 @@ class InlineString final : public NSString {
   }
 
  private:
-  explicit InlineString(std::uint32_t length) noexcept : NSString(buffer(), length) {}
+  InlineString(char16_t* units, std::uint32_t length) noexcept : NSString(units, length) {}
 
   static constexpr std::size_t blockSize(std::uint32_t length) noexcept {
     return sizeof(NSString) + std::size_t{length} * sizeof(char16_t);

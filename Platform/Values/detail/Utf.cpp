@@ -47,8 +47,11 @@ bool isContinuation(Byte byte) noexcept { return (byte & 0xC0) == 0x80; }
 
 // Reads what starts at `at`, which is not ASCII, and moves behind it: behind one character, or
 // behind the longest part that could have begun one, answering `illFormed`.
-char32_t decodeOne(const Byte*& at, const Byte* end) noexcept {
+inline char32_t decodeOne(const Byte*& at, const Byte* end) noexcept {
   const Byte lead = *at++;
+  // Most letters outside ASCII take two bytes.
+  if (lead >= 0xC2 && lead < 0xE0 && at != end && isContinuation(*at))
+    return (lead & 0x1Fu) << 6 | (*at++ & 0x3Fu);
   // The second byte's bounds shut out overlong forms, surrogates and what is above U+10FFFF.
   Byte lowest = 0x80;
   Byte highest = 0xBF;
@@ -98,6 +101,15 @@ bool forEachPart(std::string_view bytes, Ascii ascii, Point point) {
     at += run;
   }
   return true;
+}
+
+// How many surrogate pairs begin from `from` on and before `to`. Either half of one counts as the
+// three bytes of U+FFFD; together they take four.
+std::size_t pairsFrom(std::u16string_view units, std::size_t from, std::size_t to) noexcept {
+  std::size_t pairs = 0;
+  for (std::size_t i = from; i < to && i + 1 < units.size(); ++i)
+    pairs += isHighSurrogate(units[i]) && isLowSurrogate(units[i + 1]);
+  return pairs;
 }
 
 char* encodePoint(char32_t point, char* out) noexcept {
@@ -150,9 +162,12 @@ char16_t* decodeUtf8(std::string_view bytes, char16_t* out) noexcept {
   const auto* at = reinterpret_cast<const Byte*>(bytes.data());
   const Byte* const end = at + bytes.size();
   while (at != end) {
-    if (*at >= 0x80) {
-      out = encodeUtf16(decodeOne(at, end), out);
-      continue;
+    while (at != end && *at >= 0x80) {
+      const char32_t point = decodeOne(at, end);
+      if (point < 0x10000)
+        *out++ = static_cast<char16_t>(point);
+      else
+        out = encodeUtf16(point, out);
     }
     while (static_cast<std::size_t>(end - at) >= block && isAsciiBlock(at)) {
       widenBlock(at, out);
@@ -166,12 +181,22 @@ char16_t* decodeUtf8(std::string_view bytes, char16_t* out) noexcept {
 
 std::size_t utf8Length(std::u16string_view units) noexcept {
   std::size_t length = units.size();
-  for (char16_t unit : units) length += (unit >= 0x80) + std::size_t{unit >= 0x800};
-  // Either half of a pair was counted as the three bytes of U+FFFD; together they take four.
-  std::size_t pairs = 0;
-  for (std::size_t i = 0; i + 1 < units.size(); ++i)
-    pairs += isHighSurrogate(units[i]) & isLowSurrogate(units[i + 1]);
-  return length - 2 * pairs;
+  std::size_t at = 0;
+  for (; units.size() - at >= block; at += block) {
+    unsigned more = 0;
+    unsigned surrogates = 0;
+    for (std::size_t i = 0; i < block; ++i) {
+      const char16_t unit = units[at + i];
+      more += static_cast<unsigned>(unit >= 0x80) + static_cast<unsigned>(unit >= 0x800);
+      surrogates += (unit & 0xF800u) == 0xD800u;
+    }
+    length += more;
+    if (surrogates != 0) length -= 2 * pairsFrom(units, at, at + block);
+  }
+  for (; at < units.size(); ++at)
+    length += std::size_t{units[at] >= 0x80} + std::size_t{units[at] >= 0x800} -
+              2 * pairsFrom(units, at, at + 1);
+  return length;
 }
 
 char* encodeUtf8(std::u16string_view units, char* out) noexcept {

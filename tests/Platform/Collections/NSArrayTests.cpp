@@ -60,9 +60,7 @@ struct MakeMutable {
   }
 };
 struct MakeDerived {
-  static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) {
-    return make<Shelf>(objects);
-  }
+  static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) { return make<Shelf>(objects); }
 };
 
 template <class Maker>
@@ -104,10 +102,12 @@ TYPED_TEST(EveryArray, IsWalkedBothWays) {
   EXPECT_EQ(text(enumerator->allObjects()), "bc");
   EXPECT_EQ(enumerator->nextObject(), nullptr);
   EXPECT_EQ(enumerator->nextObject(), nullptr);
-  EXPECT_TRUE(raises(
-      NSInvalidArgumentException,
-      [&] { for ([[maybe_unused]] NSNumber* each : elements<NSNumber>(this->of("a"))) continue; },
-      {"NSString", "NSNumber"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] {
+                       for ([[maybe_unused]] NSNumber* each : elements<NSNumber>(this->of("a")))
+                         continue;
+                     },
+                     {"NSString", "NSNumber"}));
 }
 
 TYPED_TEST(EveryArray, FindsTheFirstEqualOne) {
@@ -132,7 +132,8 @@ TYPED_TEST(EveryArray, MakesOtherArrays) {
   EXPECT_EQ(text(array->arrayByAddingObjectsFromArray(array)), "abcabc");
   EXPECT_EQ(text(array->arrayByAddingObjectsFromArray(nullptr)), "abc");
   EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { array->arrayByAddingObject(nullptr); }));
-  auto notB = NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) != "b"; });
+  auto notB =
+      NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) != "b"; });
   EXPECT_EQ(text(array->filteredArrayUsingPredicate(notB)), "ac");
   EXPECT_EQ(to_string(array->componentsJoinedByString(", "_ns)), "a, b, c");
   EXPECT_EQ(text(array->mutableCopy()), "abc");
@@ -163,7 +164,8 @@ TYPED_TEST(EveryArray, PassesOnWhatAComparisonThrows) {
   EXPECT_THROW(array->sortedArrayUsingComparator([&](NSObject*, NSObject*) -> NSComparisonResult {
     if (--left == 0) throw 1;
     return NSOrderedDescending;
-  }), int);
+  }),
+               int);
   EXPECT_EQ(text(array), "the quick brown fox jumps over the lazy dog");
 }
 
@@ -201,8 +203,8 @@ TYPED_TEST(EveryArray, AnswersBySelector) {
   auto array = this->of("abc");
   EXPECT_EQ(send<std::uint32_t>(array, "count"_sel), 3u);
   EXPECT_EQ(to_string(send<Ref<NSObject>>(array, "objectAtIndex:"_sel, 1)), "b");
-  EXPECT_TRUE(raises(NSRangeException,
-                     [&] { send<Ref<NSObject>>(array, "objectAtIndex:"_sel, -1); }));
+  EXPECT_TRUE(
+      raises(NSRangeException, [&] { send<Ref<NSObject>>(array, "objectAtIndex:"_sel, -1); }));
   EXPECT_EQ(text(send<Ref<NSArray>>(array, "subarrayWithRange:"_sel, NSRange{1, 2})), "bc");
   EXPECT_TRUE(send<bool>(array, "containsObject:"_sel, "c"_ns));
   NSObject* buffer[3] = {};
@@ -221,8 +223,9 @@ TEST(NSArray, IsMadeInOneBlockAndSharesTheEmptyOne) {
   EXPECT_EQ(NSArray::array(), NSArray::array()->subarrayWithRange({0, 0}));
   EXPECT_EQ(make<NSArray>()->count(), 0u);
   EXPECT_TRUE(make<NSArray>()->isEqual(NSArray::array()));
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [] { NSArray::arrayWithObjects({"a"_ns, nullptr}); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] {
+    NSArray::arrayWithObjects({"a"_ns, nullptr});
+  }));
   auto array = NSArray::arrayWithObjects({"a"_ns, "b"_ns});
   EXPECT_EQ(array->copy(), array);
   EXPECT_EQ(NSArray::arrayWithArray(array), array);
@@ -256,22 +259,21 @@ TEST(NSArray, KeepsAComputedElementAliveWhileItIsLookedAt) {
   for (NSNumber* each : elements<NSNumber>(squares)) sum += each->unsignedIntValue() - 10000;
   EXPECT_EQ(sum, 30u);
   EXPECT_EQ(squares->indexOfObject(NSNumber::numberWithInt(10009)), 3u);
-  auto falling = squares->sortedArrayUsingComparator([](NSObject* a, NSObject* b) {
-    return as<NSNumber>(b)->compare(as<NSNumber>(a));
-  });
+  auto falling = squares->sortedArrayUsingComparator(
+      [](NSObject* a, NSObject* b) { return as<NSNumber>(b)->compare(as<NSNumber>(a)); });
   EXPECT_EQ(to_string(falling->componentsJoinedByString(" "_ns)), "10016 10009 10004 10001 10000");
   NSObject* buffer[5];
   EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { squares->getObjects(buffer); }));
-  EXPECT_EQ(std::ranges::count_if(*squares, [](NSObject* each) { return to_string(each) > "10003"; }),
-            3);
+  EXPECT_EQ(
+      std::ranges::count_if(*squares, [](NSObject* each) { return to_string(each) > "10003"; }), 3);
 }
 
 TEST(NSArray, SurvivesAComparisonWithoutReason) {
   std::vector<Ref<NSObject>> objects;
   for (int i = 0; i < 1000; ++i) objects.push_back(NSNumber::numberWithInt(i));
   unsigned seed = 1;
-  auto shuffled = NSArray::fromRange(objects)->sortedArrayUsingComparator(
-      [&](NSObject*, NSObject*) {
+  auto shuffled =
+      NSArray::fromRange(objects)->sortedArrayUsingComparator([&](NSObject*, NSObject*) {
         seed = seed * 1664525 + 1013904223;
         return static_cast<NSComparisonResult>(static_cast<int>(seed >> 30) - 1);
       });

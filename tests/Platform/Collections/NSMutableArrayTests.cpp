@@ -173,7 +173,8 @@ TYPED_TEST(EveryMutableArray, SortsInPlaceOrNotAtAll) {
   EXPECT_THROW(array->sortUsingComparator([&](NSObject* a, NSObject* b) {
     if (--left == 0) throw 1;
     return send<NSComparisonResult>(b, "compare:"_sel, a);
-  }), int);
+  }),
+               int);
   EXPECT_EQ(text(array), "the quick brown fox jumps");
   EXPECT_TRUE(raises(NSGenericException, [&] {
     array->sortUsingComparator([&](NSObject*, NSObject*) {
@@ -186,7 +187,9 @@ TYPED_TEST(EveryMutableArray, SortsInPlaceOrNotAtAll) {
   array->sortUsingSelector("compare:"_sel);
   EXPECT_EQ(text(array), "cikoqrstu");
   array->sortUsingFunction_context(
-      [](NSObject* a, NSObject* b, void*) { return send<NSComparisonResult>(b, "compare:"_sel, a); },
+      [](NSObject* a, NSObject* b, void*) {
+        return send<NSComparisonResult>(b, "compare:"_sel, a);
+      },
       nullptr);
   EXPECT_EQ(text(array), "utsrqokic");
 }
@@ -198,7 +201,9 @@ TYPED_TEST(EveryMutableArray, NoticesAChangeDuringAWalk) {
       [](auto* array) { array->removeObjectAtIndex(0); },
       [](auto* array) { array->replaceObjectAtIndex_withObject(0, "x"_ns); },
       [](auto* array) { array->sortUsingSelector("compare:"_sel); },
-      [](auto* array) { for (int i = 0; i < 100; ++i) array->addObject("y"_ns); },
+      [](auto* array) {
+        for (int i = 0; i < 100; ++i) array->addObject("y"_ns);
+      },
   };
   for (const auto& change : changes) {
     auto array = this->of("cba");
@@ -245,10 +250,18 @@ TYPED_TEST(EveryMutableArray, DoesAsAVectorDoes) {
     const std::uint32_t at = pick(model.size());
     const std::uint32_t length = pick(std::min<std::size_t>(model.size() - at, 9));
     switch (pick(4)) {
-      case 0: array->addObject(object), model += letter; break;
-      case 1: array->insertObject_atIndex(object, at), model.insert(at, 1, letter); break;
-      case 2: array->removeObjectsInRange({at, length}), model.erase(at, length); break;
-      case 3: array->removeObject(object), std::erase(model, letter); break;
+      case 0:
+        array->addObject(object), model += letter;
+        break;
+      case 1:
+        array->insertObject_atIndex(object, at), model.insert(at, 1, letter);
+        break;
+      case 2:
+        array->removeObjectsInRange({at, length}), model.erase(at, length);
+        break;
+      case 3:
+        array->removeObject(object), std::erase(model, letter);
+        break;
       case 4:
         array->replaceObjectsInRange_withObjectsFromArray({at, length}, this->of("12345"));
         model.replace(at, length, "12345");
@@ -276,8 +289,7 @@ TEST(NSMutableArray, IsMadeByClassAndCopied) {
 TEST(NSMutableArray, KeepsAnElementAliveThatLeavesDuringItsOwnMessage) {
   auto family = NSMutableArray::array();
   for (int i = 0; i < 3; ++i) family->addObject(make<Leaver>(family));
-  EXPECT_TRUE(raises(NSGenericException,
-                     [&] { family->makeObjectsPerformSelector("leave"_sel); }));
+  EXPECT_TRUE(raises(NSGenericException, [&] { family->makeObjectsPerformSelector("leave"_sel); }));
   EXPECT_EQ(family->count(), 2u);
 }
 

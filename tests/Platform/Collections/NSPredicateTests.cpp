@@ -30,8 +30,8 @@ TEST(NSPredicate, IsAClassOrABlockOrAKeyPath) {
   EXPECT_TRUE(isNil->evaluateWithObject(nullptr));
   EXPECT_TRUE(raises(NSInvalidArgumentException, [] { NSPredicate::predicateWithBlock(nullptr); }));
 
-  auto withBob = NSPredicate::predicateWithKeyPath_selector_value("partner.name"_ns, "isEqual:"_sel,
-                                                                  "Bob"_ns);
+  auto withBob =
+      NSPredicate::predicateWithKeyPath_selector_value("partner.name"_ns, "isEqual:"_sel, "Bob"_ns);
   EXPECT_TRUE(withBob->evaluateWithObject(ann));
   EXPECT_FALSE(withBob->evaluateWithObject(bob));  // nil on the way
   EXPECT_FALSE(withBob->evaluateWithObject(nullptr));
@@ -62,8 +62,9 @@ TEST(NSPredicate, CombinesInOrderAndNoFurtherThanNeeded) {
   EXPECT_TRUE(ask(NSPredicate::andPredicateWithSubpredicates(NSArray::array())));
   EXPECT_FALSE(ask(NSPredicate::orPredicateWithSubpredicates(NSArray::array())));
   EXPECT_TRUE(ask(NSPredicate::notPredicateWithSubpredicate(no)));
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { NSPredicate::andPredicateWithSubpredicates({yes, nullptr}); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
+    NSPredicate::andPredicateWithSubpredicates({yes, nullptr});
+  }));
   EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
     NSPredicate::orPredicateWithSubpredicates(NSArray::arrayWithObject("x"_ns));
   }));

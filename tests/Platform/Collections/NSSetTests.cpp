@@ -211,15 +211,17 @@ TEST(NSMutableSet, ChangingItStopsAWalk) {
 TEST(NSMutableSet, IsWholeWhenAMemberIsDestroyed) {
   auto set = make<NSMutableSet>();
   std::vector<std::uint32_t> counts;
+  NSObject* added = nullptr;
   const auto addFarewell = [&] {
     auto last = make<Farewell>([&] {
       counts.push_back(set->count());
       for (int i = 0; i < 30; ++i) set->addObject(number(i));
     });
     set->addObject(last);
-    return last.get();
+    added = last;
   };
-  set->removeObject(addFarewell());
+  addFarewell();
+  set->removeObject(added);
   addFarewell();
   set->intersectSet(NSSet::setWithObjects({number(1), number(2)}));
   addFarewell();

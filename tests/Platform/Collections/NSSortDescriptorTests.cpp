@@ -50,7 +50,8 @@ Ref<NSArray> readings(std::initializer_list<int> tags) {
 }
 
 TEST(NSSortDescriptor, SortsByEarlierKeysFirstAndReadsEachValueOnce) {
-  auto array = readings({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21});
+  auto array =
+      readings({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21});
   auto descriptors = NSArray::arrayWithObjects(
       {NSSortDescriptor::initWithKey_ascending("first"_ns, false),
        NSSortDescriptor::initWithKey_ascending_selector("second"_ns, true, "compare:"_sel)});
@@ -61,8 +62,8 @@ TEST(NSSortDescriptor, SortsByEarlierKeysFirstAndReadsEachValueOnce) {
   as<NSMutableArray>(array)->sortUsingDescriptors(descriptors);
   EXPECT_EQ(array->toVector(), sorted->toVector());
   EXPECT_EQ(array->sortedArrayUsingDescriptors(nullptr)->toVector(), array->toVector());
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { array->sortedArrayUsingDescriptors(array); }, {"NSSortDescriptor"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { array->sortedArrayUsingDescriptors(array); },
+                     {"NSSortDescriptor"}));
 }
 
 TEST(NSSortDescriptor, AsksADerivedClassToCompare) {
