@@ -15,10 +15,20 @@
 #include "Platform/Runtime/NSInvocation.h"
 #include "Platform/Runtime/NSMethodSignature.h"
 #include "Platform/Runtime/NSObject.h"
+#include "Platform/Values/NSAttributedString.h"
+#include "Platform/Values/NSCharacterSet.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSMutableAttributedString.h"
+#include "Platform/Values/NSMutableData.h"
+#include "Platform/System/NSBundle.h"
+#include "Platform/Values/NSError.h"
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSNumber.h"
+#include "Platform/Values/NSScanner.h"
 #include "Platform/Values/NSString.h"
+#include "Platform/Values/NSURL.h"
+#include "Platform/Values/NSUUID.h"
 
 namespace qz {
 
@@ -32,8 +42,11 @@ void mention() {
 void registerPlatform() {
   mention<NSObject, Class, NSMethodSignature, NSInvocation, NSException, NSAssertionHandler>();
   mention<NSString, NSMutableString, NSNumber, NSNull>();
+  mention<NSData, NSMutableData, NSCharacterSet, NSMutableCharacterSet, NSScanner>();
+  mention<NSAttributedString, NSMutableAttributedString, NSURL, NSUUID>();
   mention<NSEnumerator, NSArray, NSMutableArray, NSDictionary, NSMutableDictionary, NSSet,
           NSMutableSet, NSCountedSet, NSSortDescriptor, NSPredicate>();
+  mention<NSError, NSBundle>();
 }
 
 }  // namespace qz

@@ -28,8 +28,11 @@ int main(int argc, char** argv) {
   qz::bench::compareKeyValueAccess();
   qz::bench::compareCollections();
   qz::bench::compareSorting();
+  qz::bench::compareStrings();
+  qz::bench::compareMessages();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
+  qz::bench::compareQtStrings();
 #endif
 #if defined(QZ_BENCH_GLIB)
   qz::bench::compareGLib();

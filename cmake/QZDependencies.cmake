@@ -4,6 +4,7 @@
 set(QZ_DEPENDENCIES
   icu-uc
   icu-i18n
+  uuid
 )
 
 find_package(Threads REQUIRED)

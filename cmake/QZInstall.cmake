@@ -1,4 +1,4 @@
-# Installing: headers, libraries, the CMake package, and the pkg-config files.
+# Installing: headers, libraries, resources, the CMake package, and the pkg-config files.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS QZPlatform QZFoundation
@@ -10,6 +10,8 @@ install(TARGETS QZPlatform QZFoundation
 install(DIRECTORY Platform QZFoundation
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qzfoundation
   FILES_MATCHING PATTERN "*.h")
+
+install(DIRECTORY "${QZ_RESOURCES}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/QZFoundation")
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/QZFoundation)
 install(EXPORT QZFoundationTargets NAMESPACE QZ:: DESTINATION ${package_dir})

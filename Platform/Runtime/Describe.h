@@ -289,6 +289,15 @@ class Extension {
     builder_.addMethod(name, detail::Initializer<Function>::spec());
     return *this;
   }
+  /// Puts the function in the place of the operation by that name which the class has already, for
+  /// its Objects and those of the classes below that have none of their own. Raises
+  /// NSInternalInconsistencyException when there is none, and when it takes or answers something
+  /// else.
+  template <auto Function>
+  Extension& replace(const char* name) {
+    builder_.replaceMethod(name, detail::InstanceMethod<T, Function>::spec());
+    return *this;
+  }
   template <auto Getter>
   Extension& property(const char* key) {
     builder_.addProperty(key, detail::InstanceMethod<T, Getter>::spec(), nullptr);

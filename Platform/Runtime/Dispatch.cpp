@@ -187,11 +187,10 @@ void refuseAnswer(Selector selector, Class* wanted, const NSObject* given) {
 
 namespace qz {
 
-Reply::~Reply() {
-  if (type_ == nullptr || word_ == 0) return;
+void Reply::drop() noexcept {
   if (type_->kind == detail::Kind::Object)
     release(reinterpret_cast<NSObject*>(word_));
-  else if (type_->kind == detail::Kind::Value)
+  else
     type_->destroy(reinterpret_cast<void*>(word_));
 }
 
@@ -229,37 +228,15 @@ std::int64_t Reply::integerValue() const {
       detail::convertScalar(word_, type_->kind, detail::Kind::Int64));
 }
 
-namespace {
-
-// Objects only, as the perform family passes them: no conversion can apply.
-Reply perform(NSObject* receiver, Selector selector, const detail::Word* words,
-              std::size_t count) {
-  using namespace detail;
+Reply detail::performSlowly(NSObject* receiver, Selector selector, Word first, Word second,
+                            std::size_t count) {
   const DispatchEntry& entry = lookUp(receiver, selector);
-  if ((entry.shape & allObjectsBit) != 0 && shapeArguments(entry.shape) <= count) [[likely]]
-    return Reply(entry.imp(receiver, selector, count > 0 ? words[0] : 0,
-                           count > 1 ? words[1] : 0, 0, nullptr),
-                 entry.method->answer);
-  const TypedWord typed[2] = {{count > 0 ? words[0] : 0, &valueType<NSObject*>},
-                              {count > 1 ? words[1] : 0, &valueType<NSObject*>}};
+  if ((entry.shape & allObjectsBit) != 0 && shapeArguments(entry.shape) <= count)
+    return Reply(entry.imp(receiver, selector, first, second, 0, nullptr), entry.method->answer);
+  const TypedWord typed[] = {{first, &valueType<NSObject*>}, {second, &valueType<NSObject*>}};
   const ValueType* answer = nullptr;
   const Word word = sendSlowly(entry, receiver, selector, {typed, count}, answer);
   return Reply(word, answer);
-}
-
-}  // namespace
-
-Reply NSObject::performSelector(Selector selector) { return perform(this, selector, nullptr, 0); }
-
-Reply NSObject::performSelector_withObject(Selector selector, NSObject* object) {
-  const detail::Word words[] = {detail::toWord(object)};
-  return perform(this, selector, words, 1);
-}
-
-Reply NSObject::performSelector_withObject_withObject(Selector selector, NSObject* first,
-                                                      NSObject* second) {
-  const detail::Word words[] = {detail::toWord(first), detail::toWord(second)};
-  return perform(this, selector, words, 2);
 }
 
 }  // namespace qz

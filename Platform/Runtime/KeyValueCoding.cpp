@@ -24,6 +24,23 @@ namespace {
 constexpr std::size_t cacheSize = 1024;
 constinit std::array<std::atomic<const Key*>, cacheSize> keyCache{};
 
+// Literals neither change nor go away, so their address tells the key without a look at the text.
+constexpr std::size_t literalCacheSize = 256;
+constinit std::array<std::atomic<const Key*>, literalCacheSize> literalCache{};
+
+std::atomic<const Key*>& literalPlace(const NSString* text) {
+  return literalCache[reinterpret_cast<std::uintptr_t>(text) / alignof(std::max_align_t) %
+                      literalCacheSize];
+}
+
+void rememberLiteral(const NSString* text, const Key& key) {
+  if (vptrOf(text) != vptrOf(""_ns)) return;
+  const NSString* known = nullptr;
+  if (key.literal.compare_exchange_strong(known, text, std::memory_order_relaxed) ||
+      known == text)
+    literalPlace(text).store(&key, std::memory_order_release);
+}
+
 struct Keys {
   std::mutex mutex;
   std::unordered_map<std::u16string_view, const Key*> byText;
@@ -43,7 +60,7 @@ std::string setterName(const std::string& key) {
 
 // Only names that some class has as an operation become Keys: what a program is asked for from
 // outside must not grow the table without bound.
-const Key* findKeySlowly(NSString* text, std::size_t slot) {
+[[gnu::noinline]] const Key* findKeySlowly(NSString* text, std::size_t slot) {
   static auto* const keys = new Keys();
   std::lock_guard lock(keys->mutex);
   if (auto found = keys->byText.find(text->view()); found != keys->byText.end()) {
@@ -65,23 +82,33 @@ const Key* findKeySlowly(NSString* text, std::size_t slot) {
   return &key;
 }
 
-}  // namespace
-
-const Key* findKey(NSString* text) {
+[[gnu::noinline]] const Key* findKeyByText(NSString* text) {
   const std::size_t hash = text->hash();
   const std::size_t slot = hash % cacheSize;
   const Key* key = keyCache[slot].load(std::memory_order_acquire);
-  if (key != nullptr && key->hash == hash && key->text == text->view()) [[likely]]
-    return key;
-  return findKeySlowly(text, slot);
+  if (key == nullptr || key->hash != hash || key->text != text->view()) [[unlikely]]
+    key = findKeySlowly(text, slot);
+  if (key != nullptr) rememberLiteral(text, *key);
+  return key;
+}
+
+}  // namespace
+
+const Key* findKey(NSString* text) {
+  const Key* key = literalPlace(text).load(std::memory_order_acquire);
+  if (key != nullptr && key->literal.load(std::memory_order_relaxed) == text) return key;
+  return findKeyByText(text);
 }
 
 const DispatchEntry* findGetter(const NSObject* object, const Key* key) {
   if (key == nullptr || !key->getter) return nullptr;
   const DispatchEntry& entry = lookUp(object, key->getter);
-  if (entry.method == nullptr || shapeArguments(entry.shape) != 0) return nullptr;
-  const Kind kind = shapeAnswer(entry.shape);
-  return kind == Kind::Void || kind == Kind::Bytes || kind == Kind::Value ? nullptr : &entry;
+  static_assert(static_cast<int>(Kind::Void) == 0 && Kind::Double < Kind::Bytes &&
+                Kind::Bytes < Kind::Value && static_cast<Shape>(Kind::Value) < missingShape);
+  const bool isValue = shapeArguments(entry.shape) == 0 &&
+                       shapeAnswer(entry.shape) != Kind::Void &&
+                       shapeAnswer(entry.shape) <= Kind::Double;
+  return isValue ? &entry : nullptr;
 }
 
 Ref<NSObject> boxWord(Word word, Kind kind) {

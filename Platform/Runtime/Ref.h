@@ -90,10 +90,13 @@ class Ref {
     assert(object_ != nullptr && "a member of nil was called");
     return object_;
   }
-  T& operator*() const noexcept QZ_LIFETIME_BOUND {
+  T& operator*() const& noexcept QZ_LIFETIME_BOUND {
     assert(object_ != nullptr && "nil was dereferenced");
     return *object_;
   }
+  /// Not of a temporary: `for (auto* each : *answer())` would walk an Array that is gone. Loop over
+  /// `answer()` itself, which the loop keeps.
+  T& operator*() const&& = delete;
 
   explicit operator bool() const noexcept { return object_ != nullptr; }
 

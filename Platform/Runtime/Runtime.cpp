@@ -145,6 +145,10 @@ void ClassTables::ensureInitialized(Class* aClass) {
 
 const DispatchEntry* lookUpSlowly(const NSObject* receiver, Selector selector) {
   static constinit const DispatchEntry missing{};
+  if (selector)
+    if (const auto* known =
+            selector.record()->dispatch.load(std::memory_order_acquire)->find(vptrOf(receiver)))
+      return known;  // not at its first place
   if (pendingHooks.load(std::memory_order_relaxed) != nullptr) runPendingHooks();
   if (!selector) return &missing;
 
@@ -256,6 +260,16 @@ void ClassBuilder::addMethod(std::string_view name, const MethodSpec& spec) {
 
 void ClassBuilder::addClassMethod(std::string_view name, const MethodSpec& spec) {
   addTo(class_->tables_->classMethods, class_, category_, name, spec, "class operation ");
+}
+
+void ClassBuilder::replaceMethod(std::string_view name, const MethodSpec& spec) {
+  const Selector selector = Selector::named(name);
+  const Method* old = ClassTables::findInstance(class_, selector);
+  if (old == nullptr || old->shape != spec.shape)
+    raise(NSInternalInconsistencyException,
+          "operation " + std::string(class_->name()) + " " + std::string(name) +
+              (old == nullptr ? " does not exist" : " is replaced by one of another type"));
+  class_->replaceInstanceMethod(selector, spec.imp);
 }
 
 void ClassBuilder::addProperty(std::string_view key, const MethodSpec& getter,

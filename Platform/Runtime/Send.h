@@ -29,7 +29,11 @@ class Reply {
     std::swap(type_, other.type_);
     return *this;
   }
-  ~Reply();
+  ~Reply() {
+    if (word_ != 0 && type_ != nullptr &&
+        (type_->kind == detail::Kind::Object || type_->kind == detail::Kind::Value))
+      drop();
+  }
 
   /// The raw word: an Object's address, a scalar's value (sign- or zero-extended), a floating
   /// value's bits; 0 for an operation that answers nothing, and for a message to nil.
@@ -55,6 +59,8 @@ class Reply {
   std::int64_t integerValue() const;
 
  private:
+  void drop() noexcept;
+
   detail::Word word_ = 0;
   const detail::ValueType* type_ = nullptr;
 };
@@ -80,29 +86,64 @@ R resultFromWord(Word word, Selector selector) {
   }
 }
 
+/// Whether the operation takes and answers just these types, so that its function can be called
+/// without more ado.
 template <class R, class... A>
-R sendThrough(const DispatchEntry& entry, NSObject* receiver, Selector selector,
-              const A&... arguments) {
+bool fitsExactly(const DispatchEntry& entry) noexcept {
   static_assert(sizeof...(A) <= maxArguments);
-  if (entry.shape == shapeOf<R, A...>() &&
-      ((kindOf<R>() != Kind::Value && kindOf<R>() != Kind::Bytes) ||
-       *entry.method->answer->type == typeid(R))) [[likely]] {
-    constexpr bool plain = ((kindOf<A>() != Kind::Value && kindOf<A>() != Kind::Bytes) && ...);
-    if constexpr (plain) {
-      if constexpr (sizeof...(A) <= 3) {
-        const std::array<Word, 3> words{toWord(arguments)...};
-        return resultFromWord<R>(
-            entry.imp(receiver, selector, words[0], words[1], words[2], nullptr), selector);
-      } else {
-        const std::array<Word, sizeof...(A)> words{toWord(arguments)...};
-        return resultFromWord<R>(
-            callWithWords(entry.imp, receiver, selector, words.data(), words.size()), selector);
-      }
-    }
+  constexpr bool plain = ((kindOf<A>() != Kind::Value && kindOf<A>() != Kind::Bytes) && ...);
+  return plain && entry.shape == shapeOf<R, A...>() &&
+         ((kindOf<R>() != Kind::Value && kindOf<R>() != Kind::Bytes) ||
+          *entry.method->answer->type == typeid(R));
+}
+
+template <class R, class... A>
+R callExactly(const DispatchEntry& entry, NSObject* receiver, Selector selector,
+              const A&... arguments) {
+  if constexpr (sizeof...(A) <= 3) {
+    const std::array<Word, 3> words{toWord(arguments)...};
+    return resultFromWord<R>(entry.imp(receiver, selector, words[0], words[1], words[2], nullptr),
+                             selector);
+  } else {
+    const std::array<Word, sizeof...(A)> words{toWord(arguments)...};
+    return resultFromWord<R>(
+        callWithWords(entry.imp, receiver, selector, words.data(), words.size()), selector);
   }
+}
+
+/// With conversions and checks. Apart, so that what calls directly needs no stack.
+template <class R, class... A>
+[[gnu::noinline]] R sendConverting(NSObject* receiver, Selector selector, const A&... arguments) {
+  const DispatchEntry& entry = lookUp(receiver, selector);
+  if (fitsExactly<R, A...>(entry))
+    return callExactly<R, A...>(entry, receiver, selector, arguments...);
   const std::array<TypedWord, sizeof...(A)> typed{TypedWord{toWord(arguments), &valueType<A>}...};
   const ValueType* answer = &valueType<R>;
   return resultFromWord<R>(sendSlowly(entry, receiver, selector, typed, answer), selector);
+}
+
+/// The same through what `Implementation` keeps.
+template <class R, class... A>
+[[gnu::noinline]] R callConverting(const DispatchEntry& entry, NSObject* receiver,
+                                   Selector selector, const A&... arguments) {
+  const std::array<TypedWord, sizeof...(A)> typed{TypedWord{toWord(arguments), &valueType<A>}...};
+  const ValueType* answer = &valueType<R>;
+  return resultFromWord<R>(sendSlowly(entry, receiver, selector, typed, answer), selector);
+}
+
+/// Sends with `count` Objects, whatever the operation answers.
+Reply performSlowly(NSObject* receiver, Selector selector, Word first, Word second,
+                    std::size_t count);
+
+/// The perform family: Objects only, so no conversion can apply.
+template <std::size_t count>
+Reply perform(NSObject* receiver, Selector selector, Word first = 0, Word second = 0) {
+  const DispatchEntry* entry = lookUpAtOnce(receiver, selector);
+  if (entry != nullptr && (entry->shape & allObjectsBit) != 0 &&
+      shapeArguments(entry->shape) <= count) [[likely]]
+    return Reply(entry->imp(receiver, selector, first, second, 0, nullptr),
+                 entry->method->answer);
+  return performSlowly(receiver, selector, first, second, count);
 }
 
 }  // namespace detail
@@ -115,8 +156,23 @@ R sendThrough(const DispatchEntry& entry, NSObject* receiver, Selector selector,
 template <class R, class... A>
 R send(NSObject* receiver, Selector selector, const A&... arguments) {
   if (receiver == nullptr) return R();
-  return detail::sendThrough<R, A...>(detail::lookUp(receiver, selector), receiver, selector,
-                                      arguments...);
+  const detail::DispatchEntry* entry = detail::lookUpAtOnce(receiver, selector);
+  if (entry != nullptr && detail::fitsExactly<R, A...>(*entry)) [[likely]]
+    return detail::callExactly<R, A...>(*entry, receiver, selector, arguments...);
+  return detail::sendConverting<R, A...>(receiver, selector, arguments...);
+}
+
+inline Reply NSObject::performSelector(Selector selector) {
+  return detail::perform<0>(this, selector);
+}
+
+inline Reply NSObject::performSelector_withObject(Selector selector, NSObject* object) {
+  return detail::perform<1>(this, selector, detail::toWord(object));
+}
+
+inline Reply NSObject::performSelector_withObject_withObject(Selector selector, NSObject* first,
+                                                             NSObject* second) {
+  return detail::perform<2>(this, selector, detail::toWord(first), detail::toWord(second));
 }
 
 /// The entry point of one operation, for loops that send it many times to Objects of one class.
@@ -137,8 +193,11 @@ class Implementation {
   /// Calls it; the rules of `send` hold.
   template <class R, class... A>
   R call(NSObject* receiver, const A&... arguments) const {
-    if (receiver != nullptr && detail::vptrOf(receiver) == entry_.key) [[likely]]
-      return detail::sendThrough<R, A...>(entry_, receiver, selector_, arguments...);
+    if (receiver != nullptr && detail::vptrOf(receiver) == entry_.key) [[likely]] {
+      if (detail::fitsExactly<R, A...>(entry_)) [[likely]]
+        return detail::callExactly<R, A...>(entry_, receiver, selector_, arguments...);
+      return detail::callConverting<R, A...>(entry_, receiver, selector_, arguments...);
+    }
     return send<R, A...>(receiver, selector_, arguments...);
   }
 

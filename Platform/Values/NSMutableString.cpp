@@ -30,6 +30,8 @@ void NSMutableString::describe(ClassDescription<NSMutableString>& is) {
       .method<&NSMutableString::deleteCharactersInRange>("deleteCharactersInRange:")
       .method<&NSMutableString::replaceCharactersInRange_withString>(
           "replaceCharactersInRange:withString:")
+      .method<&NSMutableString::replaceOccurrencesOfString_withString_options_range>(
+          "replaceOccurrencesOfString:withString:options:range:")
       .method<&NSMutableString::setString>("setString:");
 }
 

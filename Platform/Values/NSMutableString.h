@@ -63,6 +63,12 @@ class NSMutableString final : public Derives<NSMutableString, NSString> {
   void deleteCharactersInRange(NSRange range);
   void replaceCharactersInRange_withString(NSRange range, NSString* string);
 
+  /// As NSString's `stringByReplacingOccurrences…`; answers how many were replaced.
+  std::uint32_t replaceOccurrencesOfString_withString_options_range(NSString* part,
+                                                                    NSString* replacement,
+                                                                    std::uint32_t options,
+                                                                    NSRange range);
+
   /// Replaces the whole text. Raises NSInvalidArgumentException for nil.
   void setString(NSString* string);
 

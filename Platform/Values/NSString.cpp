@@ -1,6 +1,7 @@
 #include "Platform/Values/NSString.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <string>
 
@@ -8,6 +9,7 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/detail/FormatEngine.h"
+#include "Platform/Values/detail/StringDescriptions.h"
 #include "Platform/Values/detail/StringStorage.h"
 #include "Platform/Values/detail/UnitBuffer.h"
 #include "Platform/Values/detail/Utf.h"
@@ -34,7 +36,6 @@ void NSString::describe(ClassDescription<NSString>& is) {
       .method<&NSString::caseInsensitiveCompare>("caseInsensitiveCompare:")
       .method<&NSString::hasPrefix>("hasPrefix:")
       .method<&NSString::hasSuffix>("hasSuffix:")
-      .method<&NSString::rangeOfString>("rangeOfString:")
       .method<&NSString::substringFromIndex>("substringFromIndex:")
       .method<&NSString::substringToIndex>("substringToIndex:")
       .method<&NSString::substringWithRange>("substringWithRange:")
@@ -49,7 +50,13 @@ void NSString::describe(ClassDescription<NSString>& is) {
       .method<&NSString::unsignedLongLongValue>("unsignedLongLongValue")
       .method<&NSString::doubleValue>("doubleValue")
       .method<&NSString::floatValue>("floatValue")
-      .method<&NSString::boolValue>("boolValue");
+      .method<&detail::readTruth>("boolValue");
+  detail::describeSearching(is);
+  detail::describeParts(is);
+  detail::describeLines(is);
+  detail::describeEncodings(is);
+  detail::describePaths(is);
+  detail::describePercentEscapes(is);
 }
 
 // Making ------------------------------------------------------------------------------------------
@@ -107,8 +114,29 @@ void NSString::getCharacters_range(char16_t* buffer, NSRange range) const {
 }
 
 std::string NSString::UTF8String() const {
-  std::string bytes(detail::utf8Length(view()), '\0');
-  detail::encodeUtf8(view(), bytes.data());
+  // A short text is written once, to where there is room for any, rather than measured first.
+  std::array<char, 384> small;
+  if (length_ <= small.size() / 3)
+    return std::string(small.data(), detail::encodeUtf8(view(), small.data()));
+  // A long one goes by pieces through memory that stays in the cache, and is measured only when it
+  // turns out not to be ASCII.
+  constexpr std::size_t step = 4096;
+  std::array<char, 3 * step> piece;
+  std::string bytes;
+  bytes.reserve(length_);
+  bool isMeasured = false;
+  for (std::u16string_view left = view(); !left.empty();) {
+    std::size_t count = std::min(left.size(), step);
+    if (count < left.size() && detail::isHighSurrogate(left[count - 1])) --count;
+    const auto size = static_cast<std::size_t>(
+        detail::encodeUtf8(left.substr(0, count), piece.data()) - piece.data());
+    if (size > count && !isMeasured) {
+      bytes.reserve(bytes.size() + detail::utf8Length(left));
+      isMeasured = true;
+    }
+    bytes.append(piece.data(), size);
+    left.remove_prefix(count);
+  }
   return bytes;
 }
 

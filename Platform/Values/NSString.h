@@ -4,18 +4,20 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSRange.h"
+#include "Platform/Values/NSStringCompareOptions.h"
+#include "Platform/Values/NSStringEncoding.h"
 #include "Platform/Values/NSStringFormat.h"
-#include "Platform/Values/detail/LiteralText.h"
 
 namespace qz {
 
+class NSCharacterSet;
+class NSCharacterSet;
+class NSData;
 class NSMutableString;
 
 /// Immutable text as 16-bit code units; lengths, indices and Ranges count those units.
@@ -111,14 +113,59 @@ class NSString : public Derives<NSString, NSObject> {
   /// Independent of locale. Raises NSInvalidArgumentException for nil.
   NSComparisonResult caseInsensitiveCompare(NSString* other) const;
 
-  /// Whether the String starts or ends with the units of `part`; always for an empty part. Raises
-  /// NSInvalidArgumentException for nil.
+  /// The order as NSStringCompareOptions ask, of this String or of the units in `range` against all
+  /// of `other`. Texts that the options make no difference between are the same. Raise
+  /// NSInvalidArgumentException for nil, NSRangeException.
+  NSComparisonResult compare_options(NSString* other, std::uint32_t options) const;
+  NSComparisonResult compare_options_range(NSString* other, std::uint32_t options,
+                                           NSRange range) const;
+
+  /// The order in which a reader of the user's language expects texts, with case as the last
+  /// difference or none. Raise NSInvalidArgumentException for nil.
+  NSComparisonResult localizedCompare(NSString* other) const;
+  NSComparisonResult localizedCaseInsensitiveCompare(NSString* other) const;
+
+  /// Whether the String starts with, ends with or has the units of `part`. It starts and ends with
+  /// an empty part, and contains none. Raise NSInvalidArgumentException for nil.
   bool hasPrefix(NSString* part) const;
   bool hasSuffix(NSString* part) const;
+  bool containsString(NSString* part) const;
 
-  /// Where the units of `part` occur first; {NSNotFound, 0} when they do not or `part` is empty.
-  /// Raises NSInvalidArgumentException for nil.
+  // Searching -------------------------------------------------------------------------------------
+  // Ranges beyond the length raise NSRangeException, nil raises NSInvalidArgumentException.
+
+  /// Where `part` occurs; {NSNotFound, 0} when it does not or is empty. Without options the units
+  /// have to be the same, so half a surrogate pair is found like any unit. With an option that
+  /// overlooks something, whole characters match, and the answer may be longer or shorter than
+  /// `part`; accents behind its last character belong to it.
   NSRange rangeOfString(NSString* part) const;
+  NSRange rangeOfString_options(NSString* part, std::uint32_t options) const;
+  NSRange rangeOfString_options_range(NSString* part, std::uint32_t options, NSRange range) const;
+
+  /// Where the first member of `set` is: one unit, or two for a surrogate pair; {NSNotFound, 0} for
+  /// none. Of the options, backwards and anchored count.
+  NSRange rangeOfCharacterFromSet(NSCharacterSet* set) const;
+  NSRange rangeOfCharacterFromSet_options(NSCharacterSet* set, std::uint32_t options) const;
+  NSRange rangeOfCharacterFromSet_options_range(NSCharacterSet* set, std::uint32_t options,
+                                                NSRange range) const;
+
+  /// What both begin with, as it stands here; whole characters only.
+  Ref<NSString> commonPrefixWithString_options(NSString* other, std::uint32_t options) const;
+
+  // Lines -----------------------------------------------------------------------------------------
+  // A line ends with LF, CR, CR LF (which is one), U+0085, U+2028 or U+2029, or with the text.
+
+  /// The lines, terminators included, that `range` touches; for an empty range the line it is on,
+  /// which behind the last terminator is an empty one. Raise NSRangeException.
+  NSRange lineRangeForRange(NSRange range) const;
+
+  /// The same for paragraphs, which a line separator (U+2028) does not end.
+  NSRange paragraphRangeForRange(NSRange range) const;
+
+  /// Where the first of these lines starts, where the last one ends, and where its text ends before
+  /// the terminator. Each place may be null.
+  void getLineStart_end_contentsEnd_forRange(std::uint32_t* start, std::uint32_t* end,
+                                             std::uint32_t* contentsEnd, NSRange range) const;
 
   // Parts and combinations ------------------------------------------------------------------------
 
@@ -146,6 +193,55 @@ class NSString : public Derives<NSString, NSObject> {
   Ref<NSString> lowercaseString() const;
   Ref<NSString> capitalizedString() const;
 
+  /// Each occurrence of `part` replaced, from the left, or from the right with the backwards
+  /// option; with the anchored one, that at the range's edge alone. What is searched is this text,
+  /// not what it becomes. Raise NSRangeException, NSInvalidArgumentException for nil.
+  Ref<NSString> stringByReplacingOccurrencesOfString_withString(NSString* part,
+                                                                NSString* replacement) const;
+  Ref<NSString> stringByReplacingOccurrencesOfString_withString_options_range(NSString* part,
+                                                                              NSString* replacement,
+                                                                              std::uint32_t options,
+                                                                              NSRange range) const;
+
+  /// What stands between separators, empty pieces included: one more than there are separators, so
+  /// an empty String gives an Array of one. An empty separator separates nothing. Raise
+  /// NSInvalidArgumentException for nil.
+  Ref<NSArray> componentsSeparatedByString(NSString* separator) const;
+  Ref<NSArray> componentsSeparatedByCharactersInSet(NSCharacterSet* set) const;
+
+  /// Without the members of `set` at both ends. Raises NSInvalidArgumentException for nil.
+  Ref<NSString> stringByTrimmingCharactersInSet(NSCharacterSet* set) const;
+
+  /// Cut to `length`, or filled up to it with `padding` over and over, from its unit at `index` on.
+  /// Raises NSInvalidArgumentException for a nil or empty padding, NSRangeException for an index
+  /// not below its length.
+  Ref<NSString> stringByPaddingToLength_withString_startingAtIndex(std::uint32_t length,
+                                                                   NSString* padding,
+                                                                   std::uint32_t index) const;
+
+  /// In Unicode's normal forms: C and D, and KC and KD, which also undo differences of style.
+  Ref<NSString> precomposedStringWithCanonicalMapping() const;
+  Ref<NSString> decomposedStringWithCanonicalMapping() const;
+  Ref<NSString> precomposedStringWithCompatibilityMapping() const;
+  Ref<NSString> decomposedStringWithCompatibilityMapping() const;
+
+  // Encodings -------------------------------------------------------------------------------------
+  // NSStringEncoding.h tells which there are. An unknown one raises NSInvalidArgumentException.
+
+  /// Of bytes in an encoding; nil when they are not well-formed in it, and for nil.
+  static Ref<NSString> initWithData_encoding(NSData* data, std::uint32_t encoding);
+  static Ref<NSString> initWithBytes_length_encoding(const void* bytes, std::uint32_t length,
+                                                     std::uint32_t encoding);
+
+  /// The text in an encoding. What cannot be told in it, lone surrogates included, makes the answer
+  /// nil, or is replaced if loss is allowed: by U+FFFD in Unicode's encodings, else by "?".
+  Ref<NSData> dataUsingEncoding(std::uint32_t encoding) const;
+  Ref<NSData> dataUsingEncoding_allowLossyConversion(std::uint32_t encoding, bool lossy) const;
+
+  /// Whether nothing would be lost, and how many bytes it would take: 0 when it cannot be told.
+  bool canBeConvertedToEncoding(std::uint32_t encoding) const;
+  std::uint32_t lengthOfBytesUsingEncoding(std::uint32_t encoding) const;
+
   // Reading numbers -------------------------------------------------------------------------------
   // Blanks, then a sign, then decimal digits; whatever follows is ignored. 0 when there are none.
 
@@ -160,8 +256,77 @@ class NSString : public Derives<NSString, NSObject> {
   double doubleValue() const;
   float floatValue() const;
 
-  /// True when, after blanks, a sign and zeros, comes one of Y y T t 1 … 9.
-  bool boolValue() const noexcept;
+  /// True when, after blanks, a sign and zeros, comes one of Y y T t 1 … 9. Sends the Selector, so
+  /// that a library which reads truth values otherwise is heard everywhere.
+  bool boolValue() const;
+
+  // Paths -----------------------------------------------------------------------------------------
+  // A path is names with slashes between them. Where one slash may stand, several mean the same;
+  // those at the end mean nothing, and operations that answer a path take them away. A slash at the
+  // start makes the path absolute and counts as the component "/". All of this is done by the text
+  // alone; only the tilde and NSPathUtilities.h ask the system.
+
+  /// "/a//b/" has the components "/", "a" and "b"; "//" has "/"; "" has none.
+  Ref<NSArray> pathComponents() const;
+
+  /// The Strings in `components` as a path, the opposite of `pathComponents`: absolute when the
+  /// first begins with "/". Empty ones add nothing. The empty String for nil.
+  static Ref<NSString> pathWithComponents(NSArray* components);
+
+  bool isAbsolutePath() const noexcept;
+
+  /// "b" of "/a/b/", "/" of "/", "" of "".
+  Ref<NSString> lastPathComponent() const;
+
+  /// What leads to the last component: "/a" of "/a/b", "/" of "/a" and of "/", "" of "a".
+  Ref<NSString> stringByDeletingLastPathComponent() const;
+
+  /// The path with `component` at its end, one slash between them: "/a/" and "/b" give "/a/b". The
+  /// empty path gives the component as it is. Raises NSInvalidArgumentException for nil.
+  Ref<NSString> stringByAppendingPathComponent(NSString* component) const;
+
+  /// What follows the last "." of the last component: "b" of "x.y/a.b/". Empty where there is no
+  /// "." or nothing follows it, and where nothing but dots goes before: ".hidden", "..", "a.".
+  Ref<NSString> pathExtension() const;
+
+  /// Without the extension and its ".", if there is one: "a" of "a.b/", ".hidden" of ".hidden".
+  Ref<NSString> stringByDeletingPathExtension() const;
+
+  /// "a/" and "b" give "a.b". The path itself when it has no name to extend ("" and "/"), and for
+  /// the empty extension. Raises NSInvalidArgumentException for nil and for one with a slash.
+  Ref<NSString> stringByAppendingPathExtension(NSString* extension) const;
+
+  /// "~" in place of the user's home directory at the start, and back: "~" or "~name" as the first
+  /// component becomes the home directory of the user, or of the one named. Unchanged when there
+  /// is no such user or when the home directory is "/".
+  Ref<NSString> stringByAbbreviatingWithTildeInPath() const;
+  Ref<NSString> stringByExpandingTildeInPath() const;
+
+  /// With the tilde expanded, without "." components, and without ".." and the component before
+  /// it: "~/a/../b/." and "/../x". By the text alone, which is another place than the system finds
+  /// where a component is a symbolic link. A path that comes to nothing is ".", the empty one "".
+  Ref<NSString> stringByStandardizingPath() const;
+
+  /// The bytes by which the system knows the path: UTF-8. File names may have other bytes; from
+  /// those, `stringWithFileSystemRepresentation` makes the units U+DC80 to U+DCFF, lone surrogates
+  /// which no text has, and which become the same bytes again here. Raises
+  /// NSInvalidArgumentException for a zero in the path, and for any other lone surrogate.
+  std::string fileSystemRepresentation() const;
+  static Ref<NSString> stringWithFileSystemRepresentation(std::string_view bytes);
+
+  // Percent escapes -------------------------------------------------------------------------------
+
+  /// The text's UTF-8 with each byte that is no member of `allowed` written as "%" and two
+  /// hexadecimal digits; only ASCII characters can be allowed. Nil when the text has a lone
+  /// surrogate; raises NSInvalidArgumentException for a nil set.
+  Ref<NSString> stringByAddingPercentEncodingWithAllowedCharacters(NSCharacterSet* allowed) const;
+
+  /// The same with letters, digits and "-._~" allowed, which mean themselves all over a URL.
+  Ref<NSString> stringByAddingPercentEncoding() const;
+
+  /// The text with its escapes replaced by the characters whose UTF-8 they are. Nil for a "%"
+  /// without two hexadecimal digits behind it, and for bytes that are not UTF-8.
+  Ref<NSString> stringByRemovingPercentEncoding() const;
 
   // Object ----------------------------------------------------------------------------------------
 
@@ -181,39 +346,6 @@ class NSString : public Derives<NSString, NSObject> {
   const char16_t* units_ = nullptr;
 };
 
-namespace detail {
-
-/// A String written in the source.
-class LiteralString final : public NSString {
- public:
-  constexpr LiteralString(const char16_t* units, std::uint32_t length) noexcept
-      : NSString(ImmortalTag(), units, length, hashUnits(units, length)) {}
-};
-
-/// Holds a literal without ever destroying it. A constexpr variable of this type registers nothing
-/// with the end of the program, so literals may be used by the last code to run; what changes in a
-/// literal (the flags of its header) is mutable.
-union Immortal {
-  LiteralString string;
-  constexpr Immortal(const char16_t* units, std::uint32_t length) noexcept
-      : string(units, length) {}
-  constexpr ~Immortal() {}
-};
-
-template <FixedText Text>
-struct LiteralHolder {
-  static constexpr LiteralUnits<sizeof(Text.text)> units{Text};
-  static constexpr Immortal holder{units.units, units.count};
-};
-
-}  // namespace detail
-
-inline namespace literals {
-/// The String written in the source: one immortal Object per text, made while compiling.
-template <detail::FixedText Text>
-constexpr NSString* operator""_ns() noexcept {
-  return const_cast<detail::LiteralString*>(&detail::LiteralHolder<Text>::holder.string);
-}
-}  // namespace literals
-
 }  // namespace qz
+
+#include "Platform/Values/detail/StringLiteral.h"  // defines ""_ns

@@ -6,6 +6,10 @@
 #include <algorithm>
 #include <string>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/StringStorage.h"
@@ -62,6 +66,35 @@ Ref<NSString> convertedAscii(std::u16string_view units, Convert convert) {
   });
 }
 
+// The letters from `first` on, of which there are 26, in the other case.
+template <char16_t first>
+char16_t switched(char16_t unit) noexcept {
+  return static_cast<char16_t>(unit >= first && unit < first + 26 ? unit ^ 0x20 : unit);
+}
+
+// A text of ASCII with the letters from `first` on in the other case.
+template <char16_t first>
+Ref<NSString> switchedAscii(std::u16string_view units) {
+  return detail::fillString(units.size(), [units](char16_t* out) {
+    std::size_t at = 0;
+#if defined(__SSE2__)
+    constexpr std::size_t block = 8;
+    const auto convert = [units, out](std::size_t from) {
+      const __m128i all = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units.data() + from));
+      const __m128i isLetter = _mm_and_si128(_mm_cmpgt_epi16(all, _mm_set1_epi16(first - 1)),
+                                             _mm_cmplt_epi16(all, _mm_set1_epi16(first + 26)));
+      const __m128i bit = _mm_and_si128(isLetter, _mm_set1_epi16(0x20));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + from), _mm_xor_si128(all, bit));
+    };
+    for (; units.size() - at >= block; at += block) convert(at);
+    // The rest together with units before it that are done already.
+    if (at != 0 && at != units.size()) convert(units.size() - block);
+    if (at != 0) return;
+#endif
+    for (; at < units.size(); ++at) out[at] = switched<first>(units[at]);
+  });
+}
+
 // Whether a word's capital may stand behind `unit`: punctuation, as in "(word)". Behind a digit or
 // a symbol, as in "1st", there is none.
 bool isBeforeCapital(char16_t unit) noexcept {
@@ -84,7 +117,7 @@ Ref<NSString> NSString::uppercaseString() const {
   if (isAscii(units)) {
     if (std::none_of(units.begin(), units.end(), detail::isAsciiLower))
       return stringWithString(const_cast<NSString*>(this));
-    return convertedAscii(units, detail::toAsciiUpper);
+    return switchedAscii<u'a'>(units);
   }
   detail::UnitBuffer out;
   appendMapped(out, units.size(), [units](char16_t* room, std::int32_t size, UErrorCode& status) {
@@ -99,7 +132,7 @@ Ref<NSString> NSString::lowercaseString() const {
   if (isAscii(units)) {
     if (std::none_of(units.begin(), units.end(), detail::isAsciiUpper))
       return stringWithString(const_cast<NSString*>(this));
-    return convertedAscii(units, detail::toAsciiLower);
+    return switchedAscii<u'A'>(units);
   }
   detail::UnitBuffer out;
   appendMapped(out, units.size(), [units](char16_t* room, std::int32_t size, UErrorCode& status) {

@@ -26,7 +26,7 @@ template <typename T, typename Compare, typename Exchanged>
 void plainScheme(T* objects, std::int64_t lo, std::int64_t hi, Compare& compare,
                  Exchanged exchanged) {
   static_assert(std::is_trivially_copyable_v<T>, "elements are exchanged as plain words");
-  constexpr std::size_t kInOrder = 128;  // random elements stay below, whatever their number
+  constexpr std::size_t kInOrder = 128;  // random elements come nowhere near it
   struct Range {
     std::int64_t lo;
     std::int64_t hi;

@@ -7,8 +7,14 @@ namespace qz {
 void registerQZFoundation() {
   detail::registerNSObjectQZFoundation();
   detail::registerNSSortDescriptorQZFoundation();
+  detail::registerNSErrorQZFoundation();
+  detail::registerNSStringQZSearch();
   classOf<QZIndexMap>();
   detail::registerNSArrayQZIndexMap();
+  detail::registerNSStringQZFoundation();
+  detail::registerNSMutableStringQZFoundation();
+  detail::registerNSAttributedStringQZFoundation();
+  detail::registerNSURLQZFoundation();
 }
 
 }  // namespace qz

@@ -16,8 +16,14 @@ namespace detail {
 
 // One for each file that adds something; the list in Registration.cpp gives the order.
 void registerNSArrayQZIndexMap();
+void registerNSAttributedStringQZFoundation();
+void registerNSMutableStringQZFoundation();
+void registerNSErrorQZFoundation();
 void registerNSObjectQZFoundation();
 void registerNSSortDescriptorQZFoundation();
+void registerNSStringQZSearch();
+void registerNSStringQZFoundation();
+void registerNSURLQZFoundation();
 }  // namespace detail
 
 }  // namespace qz

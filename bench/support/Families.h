@@ -9,8 +9,11 @@ void compareObjects();
 void compareKeyValueAccess();
 void compareCollections();
 void compareSorting();
+void compareStrings();
+void compareMessages();
 
-void compareQt();    // defined when QZ_BENCH_QT is
+void compareQt();  // defined when QZ_BENCH_QT is
+void compareQtStrings();
 void compareGLib();  // defined when QZ_BENCH_GLIB is
 
 }  // namespace qz::bench

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -355,7 +356,7 @@ TEST(WordSort, MatchesPlainSortForLargerCounts) {
 
 TEST(WordSort, MovesArbitraryIndices) {
   Random random(9);
-  for (const std::size_t which : {0u, 2u, 4u}) {
+  for (const std::size_t which : {0u, 2u, 4u, 7u}) {
     for (const std::size_t count : {30u, 300u, 3000u}) {
       const std::vector<std::int64_t> values = shaped(shapes()[which], count, random);
       std::vector<std::int64_t> indices(count);
@@ -487,6 +488,33 @@ TEST(KeyedSort, MatchesPlainSort) {
       expectKeyedSortLikePlainSort(refined);
       expectKeyedSortLikePlainSort(split);
     }
+  }
+}
+
+// Keys that differ in scattered bits only, around the number of bits that fit a word with the
+// index.
+TEST(KeyedSort, MatchesPlainSortForKeysWithScatteredBits) {
+  Random random(15);
+  for (int bits = 0; bits <= 64; ++bits) {
+    SCOPED_TRACE(bits);
+    std::uint64_t mask = 0;
+    while (std::popcount(mask) < bits) mask |= std::uint64_t{1} << random() % 64;
+    const std::uint64_t common = random() & ~mask;
+    std::vector<Composite> values(600);
+    for (Composite& value : values) value = {common | (random() & mask), below(random, 3)};
+    // Half of the keys occur again, and all the bits vary.
+    for (std::size_t k = 0; k < 300; ++k) values[2 * k].prefix = values[k].prefix;
+    values[7].prefix = common;
+    values[8].prefix = common | mask;
+    std::vector<std::uint64_t> keys;
+    for (const Composite& value : values) keys.push_back(value.prefix);
+    const KeySqueeze squeeze(keys.data(), keys.size());
+    ASSERT_EQ(squeeze.bits(), static_cast<unsigned>(bits));
+    for (std::size_t k = 1; k < keys.size(); ++k) {
+      ASSERT_EQ(threeWay(squeeze(keys[k - 1]), squeeze(keys[k])), threeWay(keys[k - 1], keys[k]));
+      ASSERT_LE(std::bit_width(squeeze(keys[k])), static_cast<unsigned>(bits));
+    }
+    expectKeyedSortLikePlainSort(values);
   }
 }
 

@@ -20,6 +20,11 @@ run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --config "${CONFIG}" --prefix "$
 file(RENAME "${prefix}" "${WORK_DIR}/moved")
 set(prefix "${WORK_DIR}/moved")
 
+# The shared library finds its resources from where it lies; an archive cannot.
+if(NOT SHARED)
+  set(ENV{QZ_BUNDLE_PATH} "${prefix}/${DATADIR}")
+endif()
+
 run("${CMAKE_COMMAND}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build" -G "${GENERATOR}"
   "-DCMAKE_BUILD_TYPE=${CONFIG}"
   "-DCMAKE_CXX_COMPILER=${COMPILER}"

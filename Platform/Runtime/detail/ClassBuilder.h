@@ -28,6 +28,9 @@ class ClassBuilder {
   void addMethod(std::string_view name, const MethodSpec& spec);
   void addClassMethod(std::string_view name, const MethodSpec& spec);
 
+  /// Replaces the implementation of an operation that the class has or inherits.
+  void replaceMethod(std::string_view name, const MethodSpec& spec);
+
   /// Adds the property and its accessors; `setter` is null for a read-only one.
   void addProperty(std::string_view key, const MethodSpec& getter, const MethodSpec* setter);
   void setInitialize(void (*function)());

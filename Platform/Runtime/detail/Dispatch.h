@@ -71,17 +71,27 @@ struct DispatchEntry {
 
 struct DispatchTable : VptrTable<DispatchEntry> {};
 
-/// Looks up under the run-time's lock and remembers the answer. Never null.
+/// Looks up, under the run-time's lock unless it has been asked for before, and remembers the
+/// answer. Never null.
 const DispatchEntry* lookUpSlowly(const NSObject* receiver, Selector selector);
+
+/// The entry for `receiver` (not nil) and `selector` if one look finds it, as it nearly always does
+/// once it has been asked for before; else null.
+inline const DispatchEntry* lookUpAtOnce(const NSObject* receiver, Selector selector) noexcept {
+  if (const SelectorRecord* record = selector.record()) [[likely]] {
+    const std::uintptr_t vptr = vptrOf(receiver);
+    const DispatchEntry& entry = record->dispatch.load(std::memory_order_acquire)->first(vptr);
+    if (entry.key == vptr) [[likely]]
+      return &entry;
+  }
+  return nullptr;
+}
 
 /// The entry for `receiver` (not nil) and `selector`. No lock once it has been asked for before.
 /// The entry lives for ever, but says what was true when it was looked up.
 inline const DispatchEntry& lookUp(const NSObject* receiver, Selector selector) {
-  if (const SelectorRecord* record = selector.record()) [[likely]] {
-    const DispatchTable* table = record->dispatch.load(std::memory_order_acquire);
-    if (const DispatchEntry* entry = table->find(vptrOf(receiver))) [[likely]]
-      return *entry;
-  }
+  if (const DispatchEntry* entry = lookUpAtOnce(receiver, selector)) [[likely]]
+    return *entry;
   return *lookUpSlowly(receiver, selector);
 }
 

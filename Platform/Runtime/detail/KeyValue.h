@@ -2,6 +2,7 @@
 /// Private: keys, and values in and out of words.
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "Platform/Runtime/Selector.h"
@@ -19,6 +20,7 @@ struct Key {
   std::size_t hash = 0;
   Selector getter;
   Selector setter;
+  mutable std::atomic<const NSString*> literal{nullptr};  ///< A literal of that text, once seen.
 };
 
 /// The Key of that text; null when no class has an operation of that name.

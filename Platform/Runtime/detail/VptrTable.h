@@ -28,18 +28,25 @@ inline std::uintptr_t vptrOf(const NSObject* object) noexcept {
 /// half full, and its multiplier is picked so that nearly every key stands at its first place.
 template <class Entry>
 struct VptrTable {
+  static_assert((sizeof(Entry) & (sizeof(Entry) - 1)) == 0, "places are found by masking bytes");
+
   std::uint64_t multiplier = 0;
-  std::uint32_t shift = 0;
-  std::uint32_t mask = 0;
+  std::uint64_t byteMask = 0;  // of an entry's distance from the first
   std::uint32_t count = 0;
   Entry* entries = nullptr;
 
+  /// Where `key` stands, if it stands at its first place; else some other entry.
+  const Entry& first(std::uintptr_t key) const noexcept {
+    const std::uint64_t offset = ((key * multiplier) >> 32) & byteMask;
+    return *reinterpret_cast<const Entry*>(reinterpret_cast<const std::byte*>(entries) + offset);
+  }
+
   const Entry* find(std::uintptr_t key) const noexcept {
-    std::size_t i = static_cast<std::size_t>((key * multiplier) >> shift);
+    const auto mask = static_cast<std::size_t>(byteMask / sizeof(Entry));
+    auto i = static_cast<std::size_t>(&first(key) - entries);
     for (;;) {
       const Entry& entry = entries[i];
-      if (entry.key == key) [[likely]]
-        return &entry;
+      if (entry.key == key) return &entry;
       if (entry.key == 0) return nullptr;
       i = (i + 1) & mask;
     }
@@ -49,32 +56,36 @@ struct VptrTable {
   static VptrTable with(const VptrTable& old, const Entry& added) {
     VptrTable table;
     table.count = old.count + 1;
-    std::uint32_t bits = 1;
-    while ((1u << bits) < 2 * table.count) ++bits;
-    table.mask = (1u << bits) - 1;
-    table.shift = 64 - bits;
-    auto best = std::make_unique<Entry[]>(table.mask + 1);
+    std::size_t places = 2;
+    while (places < 2 * std::size_t{table.count}) places *= 2;
+    const std::size_t mask = places - 1;
+    table.byteMask = mask * sizeof(Entry);
+    auto best = std::make_unique<Entry[]>(places);
     std::uint32_t bestCost = ~0u;
     std::uint64_t candidate = 0x9E3779B97F4A7C15u;
+    std::uint64_t bestMultiplier = candidate;
     for (int attempt = 0; attempt < 24 && bestCost != 0; ++attempt) {
-      auto trial = std::make_unique<Entry[]>(table.mask + 1);
+      auto trial = std::make_unique<Entry[]>(places);
+      table.entries = trial.get();
+      table.multiplier = candidate;
       std::uint32_t cost = 0;
       auto place = [&](const Entry& entry) {
-        std::size_t i = static_cast<std::size_t>((entry.key * candidate) >> table.shift);
-        for (; trial[i].key != 0; i = (i + 1) & table.mask) ++cost;
+        auto i = static_cast<std::size_t>(&table.first(entry.key) - trial.get());
+        for (; trial[i].key != 0; i = (i + 1) & mask) ++cost;
         trial[i] = entry;
       };
-      for (std::uint32_t i = 0; i <= old.mask && old.count != 0; ++i)
+      for (std::size_t i = 0; i * sizeof(Entry) <= old.byteMask; ++i)
         if (old.entries[i].key != 0) place(old.entries[i]);
       place(added);
       if (cost < bestCost) {
         bestCost = cost;
         best.swap(trial);
-        table.multiplier = candidate;
+        bestMultiplier = candidate;
       }
       candidate = candidate * 6364136223846793005u + 1442695040888963407u;
       candidate |= 1;
     }
+    table.multiplier = bestMultiplier;
     table.entries = best.release();
     return table;
   }

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace qz::detail {
 namespace {
 
@@ -11,6 +15,36 @@ constexpr std::size_t block = 16;
 constexpr char32_t illFormed = 0xFFFFFFFF;
 
 using Byte = unsigned char;
+
+#if defined(__SSE2__)
+
+__m128i load(const void* from) noexcept {
+  return _mm_loadu_si128(static_cast<const __m128i*>(from));
+}
+
+void store(void* to, __m128i block128) noexcept {
+  _mm_storeu_si128(static_cast<__m128i*>(to), block128);
+}
+
+bool isAsciiBlock(const Byte* bytes) noexcept { return _mm_movemask_epi8(load(bytes)) == 0; }
+
+bool isAsciiBlock(const char16_t* units) noexcept {
+  const __m128i both = _mm_or_si128(load(units), load(units + 8));
+  const __m128i beyond = _mm_and_si128(both, _mm_set1_epi16(static_cast<short>(0xFF80)));
+  return _mm_movemask_epi8(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())) == 0xFFFF;
+}
+
+void widenBlock(const Byte* bytes, char16_t* out) noexcept {
+  const __m128i all = load(bytes);
+  store(out, _mm_unpacklo_epi8(all, _mm_setzero_si128()));
+  store(out + 8, _mm_unpackhi_epi8(all, _mm_setzero_si128()));
+}
+
+void narrowBlock(const char16_t* units, char* out) noexcept {
+  store(out, _mm_packus_epi16(load(units), load(units + 8)));
+}
+
+#else
 
 // The loops over a block have a fixed count, so that the compiler turns them into vector code.
 
@@ -34,6 +68,8 @@ void widenBlock(const Byte* bytes, char16_t* out) noexcept {
 void narrowBlock(const char16_t* units, char* out) noexcept {
   for (std::size_t i = 0; i < block; ++i) out[i] = static_cast<char>(units[i]);
 }
+
+#endif
 
 template <class Unit>
 std::size_t prefixOf(const Unit* text, std::size_t count) noexcept {
@@ -183,6 +219,7 @@ std::size_t utf8Length(std::u16string_view units) noexcept {
   std::size_t length = units.size();
   std::size_t at = 0;
   for (; units.size() - at >= block; at += block) {
+    if (isAsciiBlock(units.data() + at)) continue;
     unsigned more = 0;
     unsigned surrogates = 0;
     for (std::size_t i = 0; i < block; ++i) {

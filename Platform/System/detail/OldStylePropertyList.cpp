@@ -1,0 +1,331 @@
+#include "Platform/System/detail/OldStylePropertyList.h"
+
+#include <cstdio>
+#include <utility>
+
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Values/NSString.h"
+#include "Platform/Values/detail/UnitBuffer.h"
+#include "Platform/Values/detail/Utf.h"
+
+namespace qz::detail {
+namespace {
+
+// Each level takes a few hundred bytes of stack here and again when the Objects are destroyed.
+constexpr int deepest = 256;
+
+constexpr char16_t ideographicSpace = 0x3000;
+
+struct Failure {
+  std::string reason;
+  std::size_t position;
+};
+
+bool isBlank(char16_t unit) {
+  return unit == ' ' || (unit >= '\t' && unit <= '\r') || unit == 0xA0 || unit == 0x2028 ||
+         unit == 0x2029 || unit == ideographicSpace || unit == 0xFEFF;
+}
+
+bool isWordUnit(char16_t unit) {
+  return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z') ||
+         (unit >= '0' && unit <= '9') || unit == '_' || unit == '$' || unit == '/' || unit == ':' ||
+         unit == '.' || unit == '-' || unit == '+';
+}
+
+int hexDigit(char16_t unit) {
+  if (unit >= '0' && unit <= '9') return unit - '0';
+  if (unit >= 'a' && unit <= 'f') return unit - 'a' + 10;
+  if (unit >= 'A' && unit <= 'F') return unit - 'A' + 10;
+  return -1;
+}
+
+int octalDigit(char16_t unit) { return unit >= '0' && unit <= '7' ? unit - '0' : -1; }
+
+std::string shown(char16_t unit) {
+  if (unit > ' ' && unit < 0x7F) return std::string("'") + static_cast<char>(unit) + "'";
+  char code[8];
+  std::snprintf(code, sizeof code, "U+%04X", static_cast<unsigned>(unit));
+  return code;
+}
+
+class Reader {
+ public:
+  explicit Reader(std::u16string_view text) : text_(text) {}
+
+  Ref<NSObject> document() {
+    skipBlanks();
+    if (atEnd()) return make<NSMutableDictionary>()->copy();
+    Ref<NSObject> root;
+    const std::size_t start = at_;
+    if (text_[at_] != '{' && text_[at_] != '(') {
+      Ref<NSString> word = string();
+      skipBlanks();
+      if (atEnd()) return word;
+      at_ = start;
+      root = entries(/*braces=*/false);
+    } else {
+      root = value();
+    }
+    skipBlanks();
+    if (!atEnd()) fail("unexpected " + shown(text_[at_]) + " behind the end");
+    return root;
+  }
+
+ private:
+  [[noreturn]] void fail(std::string reason) const { throw Failure{std::move(reason), at_}; }
+  [[noreturn]] static void failAt(std::size_t position, std::string reason) {
+    throw Failure{std::move(reason), position};
+  }
+
+  bool atEnd() const { return at_ == text_.size(); }
+  bool ahead(char16_t unit) const { return !atEnd() && text_[at_] == unit; }
+  bool ahead(std::u16string_view units) const { return text_.substr(at_).starts_with(units); }
+
+  bool take(char16_t unit) {
+    if (!ahead(unit)) return false;
+    ++at_;
+    return true;
+  }
+
+  void skipBlanks() {
+    while (!atEnd()) {
+      if (isBlank(text_[at_])) {
+        ++at_;
+      } else if (ahead(u"//")) {
+        while (!atEnd() && text_[at_] != '\n' && text_[at_] != '\r') ++at_;
+      } else if (ahead(u"/*")) {
+        const std::size_t close = text_.find(u"*/", at_ + 2);
+        if (close == text_.npos) fail("the comment has no end");
+        at_ = close + 2;
+      } else {
+        return;
+      }
+    }
+  }
+
+  Ref<NSObject> value() {
+    if (atEnd()) fail("a value is missing at the end");
+    if (depth_ == deepest) fail("nested too deep");
+    ++depth_;
+    Ref<NSObject> result;
+    switch (text_[at_]) {
+      case '{':
+        result = entries(/*braces=*/true);
+        break;
+      case '(':
+        result = elements();
+        break;
+      default:
+        result = string();
+        break;
+    }
+    --depth_;
+    return result;
+  }
+
+  Ref<NSObject> elements() {
+    const std::size_t open = at_++;
+    auto array = NSMutableArray::array();
+    for (;;) {
+      skipBlanks();
+      if (take(')')) break;
+      if (atEnd()) failAt(open, "the array has no end");
+      array->addObject(value());
+      skipBlanks();
+      if (take(')')) break;
+      if (atEnd()) failAt(open, "the array has no end");
+      if (!take(',')) fail("a comma is missing before " + shown(text_[at_]));
+    }
+    return array->copy();
+  }
+
+  Ref<NSObject> entries(bool braces) {
+    const std::size_t open = at_;
+    if (braces) ++at_;
+    auto dictionary = NSMutableDictionary::dictionary();
+    for (;;) {
+      skipBlanks();
+      if (braces && take('}')) break;
+      if (atEnd()) {
+        if (braces) failAt(open, "the dictionary has no end");
+        break;
+      }
+      Ref<NSString> key = string();
+      Ref<NSObject> object = key;
+      skipBlanks();
+      if (take('=')) {
+        skipBlanks();
+        object = value();
+        skipBlanks();
+      }
+      if (!take(';')) {
+        // The line with the entry tells more than the place where something else begins.
+        fail("a semicolon is missing behind the entry \"" + key->UTF8String() + "\"");
+      }
+      dictionary->setObject_forKey(object, key);
+    }
+    return dictionary->copy();
+  }
+
+  Ref<NSString> string() {
+    if (ahead('"') || ahead('\'')) return quoted();
+    const std::size_t start = at_;
+    while (!atEnd() && isWordUnit(text_[at_])) ++at_;
+    if (at_ == start)
+      fail(atEnd() ? "a string is missing at the end" : "unexpected " + shown(text_[at_]));
+    return NSString::stringWithCharacters(text_.substr(start, at_ - start));
+  }
+
+  Ref<NSString> quoted() {
+    const std::size_t open = at_;
+    const char16_t mark = text_[at_++];
+    const char16_t stops[] = {mark, u'\\'};
+    UnitBuffer units;
+    for (;;) {
+      const std::size_t stop = text_.find_first_of(stops, at_, 2);
+      if (stop == text_.npos) failAt(open, "the string has no closing quote");
+      const std::u16string_view plain = text_.substr(at_, stop - at_);
+      at_ = stop + 1;
+      if (text_[stop] == mark) {
+        if (units.size() == 0) return NSString::stringWithCharacters(plain);
+        units.append(plain);
+        return units.toString();
+      }
+      units.append(plain);
+      if (atEnd()) failAt(open, "the string has no closing quote");
+      units.append(escape());
+    }
+  }
+
+  // Behind the backslash.
+  char16_t escape() {
+    const char16_t unit = text_[at_++];
+    switch (unit) {
+      case 'a':
+        return u'\a';
+      case 'b':
+        return u'\b';
+      case 'f':
+        return u'\f';
+      case 'n':
+        return u'\n';
+      case 'r':
+        return u'\r';
+      case 't':
+        return u'\t';
+      case 'v':
+        return u'\v';
+      case 'U':
+      case 'u':
+        return number(&hexDigit, 4, 4);
+      default:
+        break;
+    }
+    if (octalDigit(unit) < 0) return unit;
+    --at_;
+    return number(&octalDigit, 3, 3);
+  }
+
+  char16_t number(int (*digit)(char16_t), int most, int bits) {
+    const std::size_t start = at_;
+    std::uint32_t code = 0;
+    for (int i = 0; i < most && !atEnd() && digit(text_[at_]) >= 0; ++i)
+      code = (code << bits) | static_cast<std::uint32_t>(digit(text_[at_++]));
+    if (at_ == start) fail("hexadecimal digits are missing");
+    return static_cast<char16_t>(code);
+  }
+
+  std::u16string_view text_;
+  std::size_t at_ = 0;
+  int depth_ = 0;
+};
+
+// CR LF is one end of a line.
+PropertyListFault faultAt(std::u16string_view text, std::size_t position, std::string reason) {
+  PropertyListFault fault{std::move(reason), 1, 1};
+  for (std::size_t i = 0; i < position; ++i) {
+    const bool endsLine =
+        text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'));
+    fault.line += endsLine;
+    fault.column = endsLine ? 1 : fault.column + 1;
+  }
+  return fault;
+}
+
+Ref<NSString> textOfUtf16(std::string_view bytes, bool bigEndian, PropertyListFault* fault) {
+  std::u16string units(bytes.size() / 2, u'\0');
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    const auto first = static_cast<unsigned char>(bytes[2 * i]);
+    const auto second = static_cast<unsigned char>(bytes[2 * i + 1]);
+    units[i] = static_cast<char16_t>(bigEndian ? first << 8 | second : second << 8 | first);
+  }
+  if (bytes.size() % 2 != 0) {
+    *fault = faultAt(units, units.size(), "the last UTF-16 unit is half there");
+    return nullptr;
+  }
+  return NSString::stringWithCharacters(units);
+}
+
+Ref<NSString> textOfUtf8(std::string_view bytes, PropertyListFault* fault) {
+  if (auto text = NSString::stringWithValidUTF8String(bytes)) return text;
+  // Up to the first ill-formed byte the text is the same however it is read.
+  Ref<NSString> lossy = NSString::stringWithUTF8String(bytes);
+  const std::u16string_view units = lossy->view();
+  std::size_t valid = 0, used = 0;
+  while (valid < units.size()) {
+    const std::size_t pair = isHighSurrogate(units[valid]) ? 2 : 1;
+    char encoded[8];
+    const char* end = encodeUtf8(units.substr(valid, pair), encoded);
+    const std::string_view expected(encoded, static_cast<std::size_t>(end - encoded));
+    if (!bytes.substr(used).starts_with(expected)) break;
+    used += expected.size();
+    valid += pair;
+  }
+  *fault = faultAt(units, valid, "the text is not UTF-8");
+  return nullptr;
+}
+
+}  // namespace
+
+std::string PropertyListFault::text() const {
+  return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + reason;
+}
+
+Ref<NSString> textOfFileBytes(std::string_view bytes, PropertyListFault* fault) {
+  if (bytes.starts_with("\xFE\xFF")) return textOfUtf16(bytes.substr(2), true, fault);
+  if (bytes.starts_with("\xFF\xFE")) return textOfUtf16(bytes.substr(2), false, fault);
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  return textOfUtf8(bytes, fault);
+}
+
+Ref<NSObject> readOldStylePropertyList(std::u16string_view text, PropertyListFault* fault) {
+  try {
+    return Reader(text).document();
+  } catch (const Failure& failure) {
+    *fault = faultAt(text, failure.position, failure.reason);
+    return nullptr;
+  }
+}
+
+Ref<NSDictionary> readOldStyleDictionary(std::string_view bytes, bool onlyStrings,
+                                         PropertyListFault* fault) {
+  Ref<NSString> text = textOfFileBytes(bytes, fault);
+  if (!text) return nullptr;
+  Ref<NSObject> root = readOldStylePropertyList(*text, fault);
+  if (!root) return nullptr;
+  auto dictionary = as<NSDictionary>(root);
+  if (!dictionary) {
+    *fault = {"the text is no dictionary", 1, 1};
+    return nullptr;
+  }
+  if (!onlyStrings) return dictionary;
+  for (const auto& [key, value] : dictionary) {
+    if (isKind<NSString>(value)) continue;
+    *fault = {"the value of \"" + as<NSString>(key)->UTF8String() + "\" is no string", 1, 1};
+    return nullptr;
+  }
+  return dictionary;
+}
+
+}  // namespace qz::detail

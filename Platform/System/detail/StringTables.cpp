@@ -1,0 +1,74 @@
+#include "Platform/System/detail/StringTables.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/System/Diagnostics.h"
+#include "Platform/System/detail/FileBytes.h"
+#include "Platform/System/detail/OldStylePropertyList.h"
+#include "Platform/Values/detail/PosixError.h"
+
+namespace qz::detail {
+namespace {
+
+constexpr std::uint64_t largestTable = std::uint64_t{256} << 20;
+
+}  // namespace
+
+Ref<NSString> StringTables::textInTable(NSString* key, NSString* table) {
+  const bool isUsual = table == nullptr || table->length() == 0;
+  const std::string name = isUsual ? "Localizable" : table->UTF8String();
+  std::vector<std::string> complaints;
+  Table texts;
+  {
+    const std::lock_guard lock(mutex_);
+    Table& current = current_[name];
+    if (!current) current = merged(files_(name), complaints);
+    if (isUsual) usual_.store(current, std::memory_order_release);
+    texts = current;
+  }
+  // Whoever takes the complaints may come back for a message.
+  for (const std::string& each : complaints) diagnose(each);
+  return textOf(texts->objectForKey(key));
+}
+
+void StringTables::forgetOrder() {
+  const std::lock_guard lock(mutex_);
+  usual_.store(nullptr, std::memory_order_release);
+  current_.clear();
+}
+
+StringTables::Table StringTables::merged(const std::vector<std::string>& files,
+                                         std::vector<std::string>& complaints) {
+  if (const auto known = merged_.find(files); known != merged_.end()) return known->second;
+  auto all = NSMutableDictionary::dictionary();
+  for (auto file = files.rbegin(); file != files.rend(); ++file)
+    all->addEntriesFromDictionary(read(*file, complaints));
+  Table texts = NSDictionary::dictionaryWithDictionary(all);
+  merged_.emplace(files, texts);
+  return texts;
+}
+
+StringTables::Table StringTables::read(const std::string& file,
+                                       std::vector<std::string>& complaints) {
+  const auto [place, isNew] = byFile_.try_emplace(file);
+  if (!isNew) return place->second;
+  place->second = NSDictionary::dictionary();
+
+  const auto bytes = bytesOfFile(file, largestTable);
+  if (!bytes) {
+    if (errno != ENOENT && errno != ENOTDIR)
+      complaints.push_back("The string table " + file +
+                           " cannot be read: " + posixErrorText(errno));
+    return place->second;
+  }
+  PropertyListFault fault;
+  if (Table texts = readOldStyleDictionary(*bytes, /*onlyStrings=*/true, &fault))
+    place->second = texts;
+  else
+    complaints.push_back("The string table " + file + " cannot be used: " + fault.text());
+  return place->second;
+}
+
+}  // namespace qz::detail

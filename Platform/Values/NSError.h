@@ -1,0 +1,108 @@
+/// @file
+/// Errors: failures that the outside world causes, as values.
+#pragma once
+
+#include <cstdint>
+
+#include "Platform/Runtime/Derives.h"
+#include "Platform/Values/NSString.h"
+
+namespace qz {
+
+class NSArray;
+class NSDictionary;
+
+/// What went wrong: a domain, a code that means something within it, and a Dictionary with texts
+/// for people and whatever else helps. Breaches of a contract are an NSException instead.
+///
+///     auto error = NSError::errorWithDomain_code_userInfo(
+///         NSPOSIXErrorDomain, ENOENT,
+///         NSDictionary::dictionaryWithObject_forKey(text, NSLocalizedDescriptionKey));
+///     log(error->localizedDescription());
+///
+/// Immutable; may be read from any number of threads.
+class NSError : public Derives<NSError, NSObject> {
+ public:
+  static void describe(ClassDescription<NSError>& is);
+
+  /// `domain` may be nil, which an application without an identifier has; it reads as nil. Keeps a
+  /// copy of `userInfo`; nil counts as empty.
+  NSError(NSString* domain, std::int32_t code, NSDictionary* userInfo);
+  ~NSError() override;
+
+  static Ref<NSError> errorWithDomain_code_userInfo(NSString* domain, std::int32_t code,
+                                                    NSDictionary* userInfo);
+  static Ref<NSError> initWithDomain_code_userInfo(NSString* domain, std::int32_t code,
+                                                   NSDictionary* userInfo);
+
+  /// Nil when it was made without one.
+  Ref<NSString> domain() const { return domain_; }
+  std::int32_t code() const noexcept { return code_; }
+
+  /// Never nil.
+  Ref<NSDictionary> userInfo() const;
+
+  /// The String under NSLocalizedDescriptionKey. Without one: in the POSIX domain what the system
+  /// says of the code, else "The operation could not be completed. (DOMAIN error CODE.)". Never
+  /// nil.
+  virtual Ref<NSString> localizedDescription() const;
+
+  /// What stands under NSLocalizedFailureReasonErrorKey, NSLocalizedRecoverySuggestionErrorKey and
+  /// NSLocalizedRecoveryOptionsErrorKey (an Array of Strings); nil when there is none, or an Object
+  /// of another class.
+  Ref<NSString> localizedFailureReason() const;
+  Ref<NSString> localizedRecoverySuggestion() const;
+  Ref<NSArray> localizedRecoveryOptions() const;
+
+  /// What stands under NSRecoveryAttempterErrorKey: the Object that can try to mend what went
+  /// wrong. Nil when there is none.
+  virtual Ref<NSObject> recoveryAttempter() const;
+
+  /// "NSPOSIXErrorDomain error 2: No such file or directory"
+  Ref<NSString> description() const override;
+
+  /// The same domain, code and user information.
+  bool isEqual(NSObject* other) const override;
+  std::size_t hash() const override;
+
+  /// This very Error.
+  Ref<NSObject> copy() const override;
+
+ private:
+  Ref<NSObject> infoForKey(NSString* key) const;
+
+  Ref<NSString> domain_;
+  Ref<NSDictionary> userInfo_;
+  std::int32_t code_;
+};
+
+// Domains; each one's value is its name.
+
+/// Codes are those of `errno`.
+inline NSString* const NSPOSIXErrorDomain = "NSPOSIXErrorDomain"_ns;
+/// Codes are 32-bit status values.
+inline NSString* const NSOSStatusErrorDomain = "NSOSStatusErrorDomain"_ns;
+/// Codes of this library.
+inline NSString* const NSCocoaErrorDomain = "NSCocoaErrorDomain"_ns;
+
+// Keys of the user information; each one's value is its name.
+
+/// A sentence that says what went wrong.
+inline NSString* const NSLocalizedDescriptionKey = "NSLocalizedDescriptionKey"_ns;
+/// A sentence that says why.
+inline NSString* const NSLocalizedFailureReasonErrorKey = "NSLocalizedFailureReasonErrorKey"_ns;
+/// A sentence that says what the user may do about it.
+inline NSString* const NSLocalizedRecoverySuggestionErrorKey =
+    "NSLocalizedRecoverySuggestionErrorKey"_ns;
+/// An Array with the titles of the buttons to offer.
+inline NSString* const NSLocalizedRecoveryOptionsErrorKey = "NSLocalizedRecoveryOptionsErrorKey"_ns;
+/// The Object that carries out what the user chose.
+inline NSString* const NSRecoveryAttempterErrorKey = "NSRecoveryAttempterErrorKey"_ns;
+/// The Error that caused this one.
+inline NSString* const NSUnderlyingErrorKey = "NSUnderlyingErrorKey"_ns;
+/// The path, URL or text encoding (a Number) concerned.
+inline NSString* const NSFilePathErrorKey = "NSFilePathErrorKey"_ns;
+inline NSString* const NSURLErrorKey = "NSURLErrorKey"_ns;
+inline NSString* const NSStringEncodingErrorKey = "NSStringEncodingErrorKey"_ns;
+
+}  // namespace qz

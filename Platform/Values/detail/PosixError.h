@@ -1,0 +1,26 @@
+/// @file
+/// Private: failed system calls as Errors.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Platform/Runtime/Ref.h"
+
+namespace qz {
+class NSError;
+class NSString;
+}  // namespace qz
+
+namespace qz::detail {
+
+/// What the system says of an `errno`.
+std::string posixErrorText(int number);
+
+/// The Error of a failed call, in NSPOSIXErrorDomain: "open /etc/x: Permission denied", with the
+/// path under NSFilePathErrorKey. `path` may be nil. Pass `errno` as it was right after the call:
+///
+///     if (::unlink(bytes) != 0) return posixError(errno, "remove", path);
+Ref<NSError> posixError(int number, std::string_view operation, NSString* path);
+
+}  // namespace qz::detail

@@ -1,0 +1,13 @@
+/// @file
+/// Operations of attributed Strings. The receiver must not be nil.
+#pragma once
+
+#include "Platform/Values/NSAttributedString.h"
+#include "QZFoundation/detail/Registration.h"
+
+namespace qz {
+
+/// {0, length}.
+NSRange fullRange(NSAttributedString* self);
+
+}  // namespace qz

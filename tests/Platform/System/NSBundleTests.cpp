@@ -1,0 +1,280 @@
+#include "Platform/System/NSBundle.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/System/Diagnostics.h"
+#include "Platform/System/detail/BundlePlaces.h"
+#include "Platform/System/detail/Languages.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+std::mutex saidMutex;
+std::vector<std::string> said;
+
+Ref<NSString> text(const std::string& utf8) { return NSString::stringWithUTF8String(utf8); }
+
+class NSBundleTest : public ::testing::Test {
+ protected:
+  NSBundleTest() {
+    said.clear();
+    NSSetDiagnosticFunction([](std::string_view message) {
+      const std::lock_guard lock(saidMutex);
+      said.emplace_back(message);
+    });
+    prefer({});
+  }
+  ~NSBundleTest() override {
+    NSSetDiagnosticFunction(nullptr);
+    NSBundle::setPreferredLanguages(nullptr);
+  }
+
+  static void prefer(const std::vector<std::string>& languages) {
+    std::vector<Ref<NSString>> strings;
+    for (const std::string& each : languages) strings.push_back(text(each));
+    NSBundle::setPreferredLanguages(NSArray::fromRange(strings));
+  }
+
+  Ref<NSBundle> bundle() const { return NSBundle::bundleWithPath(text(directory.path())); }
+
+  std::string message(const std::string& key, NSString* table = nullptr) const {
+    return bundle()->localizedStringForKey_value_table(text(key), ""_ns, table)->UTF8String();
+  }
+
+  std::string resource(NSString* name, NSString* type, NSString* within = nullptr) const {
+    Ref<NSString> path = bundle()->pathForResource_ofType_inDirectory(name, type, within);
+    return path ? path->UTF8String().substr(directory.path().size() + 1) : "nil";
+  }
+
+  const TemporaryDirectory directory;
+};
+
+TEST_F(NSBundleTest, InformationComesFromInfoPlist) {
+  directory.write("Info.plist", "{ CFBundleIdentifier = \"a.b\"; CFBundleVersion = \"1.2\"; }");
+  EXPECT_TRUE(equal(bundle()->bundleIdentifier(), "a.b"_ns));
+  EXPECT_TRUE(equal(bundle()->objectForInfoDictionaryKey("CFBundleVersion"_ns), "1.2"_ns));
+  EXPECT_EQ(bundle()->objectForInfoDictionaryKey("CFBundleName"_ns), nullptr);
+  EXPECT_EQ(bundle()->bundlePath()->UTF8String(), directory.path());
+  EXPECT_TRUE(equal(bundle()->developmentLocalization(), "en"_ns));
+  EXPECT_EQ(bundle(), NSBundle::bundleWithPath(text(directory.path() + "/./")));
+  EXPECT_EQ(NSBundle::bundleWithIdentifier("a.b"_ns), bundle());
+  EXPECT_TRUE(NSBundle::allBundles()->containsObject(bundle()));
+  EXPECT_TRUE(said.empty());
+
+  EXPECT_EQ(NSBundle::bundleWithPath("/no/such/directory"_ns), nullptr);
+  EXPECT_EQ(NSBundle::bundleWithPath(nullptr), nullptr);
+  EXPECT_EQ(NSBundle::bundleWithIdentifier(nullptr), nullptr);
+  EXPECT_EQ(NSBundle::bundleWithIdentifier("../.."_ns), nullptr);
+}
+
+TEST_F(NSBundleTest, UnreadableInformationIsReportedOnceAndCountsAsNone) {
+  directory.write("Info.plist", "{ CFBundleIdentifier = ");
+  EXPECT_EQ(bundle()->bundleIdentifier(), nullptr);
+  EXPECT_EQ(bundle()->infoDictionary()->count(), 0u);
+  ASSERT_EQ(said.size(), 1u);
+  EXPECT_NE(said[0].find("line 1, column 24"), std::string::npos) << said[0];
+}
+
+TEST_F(NSBundleTest, ResourcesInThePreferredLanguage) {
+  for (const char* file : {"a.txt", "only.txt", "sub/b", "locale/en/a.txt", "locale/de/a.txt",
+                           "locale/de/sub/b", "locale/fr/only-fr"})
+    directory.write(file, "");
+  prefer({"de_AT"});
+  EXPECT_EQ(resource("a"_ns, "txt"_ns), "locale/de/a.txt");
+  EXPECT_EQ(resource("a.txt"_ns, nullptr), "locale/de/a.txt");
+  EXPECT_EQ(resource("b"_ns, ""_ns, "sub"_ns), "locale/de/sub/b");
+  EXPECT_EQ(resource("only"_ns, "txt"_ns), "only.txt");
+  EXPECT_EQ(resource("only-fr"_ns, nullptr), "nil");
+  EXPECT_EQ(resource(nullptr, "txt"_ns), "nil");
+  EXPECT_EQ(resource(NSString::stringWithCharacters(std::u16string_view(u"a.txt\0", 6)), nullptr),
+            "nil");
+  EXPECT_EQ(
+      bundle()
+          ->pathForResource_ofType_inDirectory_forLocalization("a"_ns, "txt"_ns, nullptr, nullptr)
+          ->UTF8String(),
+      directory.path() + "/a.txt");
+  EXPECT_EQ(bundle()->localizations()->componentsJoinedByString(" "_ns)->UTF8String(), "de en fr");
+  prefer({"ja", "fr-CA", "de"});
+  EXPECT_EQ(bundle()->preferredLocalizations()->componentsJoinedByString(" "_ns)->UTF8String(),
+            "fr de en");
+}
+
+TEST_F(NSBundleTest, TextsInThePreferredLanguage) {
+  directory.write("Info.plist", "CFBundleDevelopmentRegion = en;");
+  directory.write("locale/en/Localizable.strings", "yes = Yes; no = No; both = Both;");
+  directory.write("locale/de/Localizable.strings", "yes = Ja; empty = \"\";");
+  directory.write("locale/de-AT/Localizable.strings", "no = Na;");
+  directory.write("Localizable.strings", "yes = x; all = All;");
+  directory.write("locale/de/Other.strings", "yes = Doch;");
+  EXPECT_EQ(message("yes"), "Yes");
+  // Each key comes from the best table that has it.
+  prefer({"de_AT"});
+  EXPECT_EQ(message("yes"), "Ja");
+  EXPECT_EQ(message("no"), "Na");
+  EXPECT_EQ(message("both"), "Both");
+  EXPECT_EQ(message("all"), "All");
+  EXPECT_EQ(message("empty"), "");
+  EXPECT_EQ(message("yes", "Other"_ns), "Doch");
+  EXPECT_EQ(message("no", "Other"_ns), "no");
+  EXPECT_EQ(message("yes", "No such table"_ns), "yes");
+  EXPECT_TRUE(said.empty());
+
+  auto look = [this](NSString* key, NSString* value) {
+    return bundle()->localizedStringForKey_value_table(key, value, nullptr)->UTF8String();
+  };
+  EXPECT_EQ(look("missing"_ns, nullptr), "missing");
+  EXPECT_EQ(look("missing"_ns, "value"_ns), "value");
+  EXPECT_EQ(look(nullptr, ""_ns), "");
+  EXPECT_EQ(look(nullptr, nullptr), "");
+  EXPECT_EQ(look(nullptr, "value"_ns), "value");
+  EXPECT_TRUE(equal(send<Ref<NSString>>(bundle(), "localizedStringForKey:value:table:"_sel,
+                                        "yes"_ns, ""_ns, nullptr),
+                    "Ja"_ns));
+}
+
+TEST_F(NSBundleTest, MalformedTablesFallBackAndSaySoOnce) {
+  directory.write("locale/en/Localizable.strings", "a = A;");
+  directory.write("locale/de/Localizable.strings", "a = B\nb = C;");
+  std::filesystem::create_directories(directory.path() + "/Dir.strings");
+  ASSERT_EQ(::mkfifo((directory.path() + "/Pipe.strings").c_str(), 0600), 0);
+  prefer({"de"});
+  EXPECT_EQ(message("a"), "A");
+  EXPECT_EQ(message("b"), "b");
+  prefer({"de", "fr"});
+  EXPECT_EQ(message("a"), "A");
+  ASSERT_EQ(said.size(), 1u);
+  EXPECT_NE(said[0].find("locale/de/Localizable.strings"), std::string::npos) << said[0];
+  EXPECT_NE(said[0].find("line 2, column 1"), std::string::npos) << said[0];
+  EXPECT_EQ(message("a", "Dir"_ns), "a");
+  EXPECT_EQ(message("a", "Pipe"_ns), "a");
+  EXPECT_EQ(said.size(), 3u);
+}
+
+TEST_F(NSBundleTest, ManyThreadsReadWhileLanguagesChange) {
+  directory.write("locale/en/Localizable.strings", "k = en;");
+  directory.write("locale/de/Localizable.strings", "k = de;");
+  Ref<NSBundle> shared = bundle();
+  std::atomic<int> wrong{0};
+  std::atomic<bool> done{false};
+  std::vector<std::thread> readers;
+  for (int i = 0; i < 3; ++i)
+    readers.emplace_back([&] {
+      while (!done) {
+        Ref<NSString> found = shared->localizedStringForKey_value_table("k"_ns, ""_ns, nullptr);
+        if (!equal(found, "en"_ns) && !equal(found, "de"_ns)) ++wrong;
+      }
+    });
+  for (int i = 0; i < 200; ++i) {
+    prefer({i % 2 == 0 ? "de" : "en"});
+    EXPECT_EQ(message("k"), i % 2 == 0 ? "de" : "en");
+  }
+  done = true;
+  for (std::thread& each : readers) each.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+// These start the program anew, because the main bundle is looked for once.
+
+TEST_F(NSBundleTest, MainBundleIsFoundThroughTheEnvironment) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        const std::string name = detail::bundleNameOfModule(detail::executablePath());
+        directory.write(name + ".resources/Info.plist", "CFBundleIdentifier = \"main.id\";");
+        directory.write("Other/Info.plist", "CFBundleIdentifier = \"x.Other\";");
+        directory.write("Wrong/Info.plist", "CFBundleIdentifier = \"x.Else\";");
+        ::setenv("QZ_BUNDLE_PATH", ("/no/such:" + directory.path()).c_str(), 1);
+        const bool right = equal(NSBundle::mainBundle()->bundleIdentifier(), "main.id"_ns) &&
+                           NSBundle::allBundles()->objectAtIndex(0) == NSBundle::mainBundle() &&
+                           NSBundle::bundleForClass(nullptr) == NSBundle::mainBundle() &&
+                           NSBundle::bundleWithIdentifier("x.Other"_ns) != nullptr &&
+                           NSBundle::bundleWithIdentifier("x.Wrong"_ns) == nullptr;
+        std::_Exit(right ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(NSBundleTest, MainBundleWithoutResourcesHasNoIdentifier) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        ::unsetenv("QZ_BUNDLE_PATH");
+        Ref<NSBundle> main = NSBundle::mainBundle();
+        const bool right =
+            main->bundleIdentifier() == nullptr && main->resourcePath() == nullptr &&
+            main->infoDictionary()->count() == 0 && main->bundlePath()->length() > 1 &&
+            equal(main->localizedStringForKey_value_table("k"_ns, ""_ns, nullptr), "k"_ns);
+        std::_Exit(right ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST(BundlePlaces, FollowTheModulesPlace) {
+  EXPECT_EQ(detail::bundleNameOfModule("/usr/bin/program"), "program");
+  EXPECT_EQ(detail::bundleNameOfModule("/usr/lib/libName.so.1.2"), "Name");
+  EXPECT_EQ(detail::bundleNameOfModule("/opt/x/plugin.so"), "plugin");
+  EXPECT_EQ(detail::bundleNameOfModule("/opt/a.sorted"), "a.sorted");
+  EXPECT_EQ(detail::prefixOfModule("/usr/bin/program"), "/usr");
+  EXPECT_EQ(detail::prefixOfModule("/usr/lib/x86_64-linux-gnu/libN.so.1"), "/usr");
+  EXPECT_EQ(detail::prefixOfModule("/home/bin/me/program"), "/home");
+  EXPECT_EQ(detail::prefixOfModule("/bin/program"), "/");
+  EXPECT_EQ(detail::prefixOfModule("/home/me/program"), "");
+  EXPECT_TRUE(detail::bundleCandidates("/usr/bin/p", "..").empty());
+  EXPECT_TRUE(detail::bundleCandidates("/usr/bin/p", "a/b").empty());
+}
+
+TEST(Languages, OfTheEnvironment) {
+  using Variables = std::map<std::string, const char*>;
+  const auto languages = [](const Variables& variables) {
+    std::string joined;
+    for (const std::string& each : detail::languagesOfEnvironment([&](const char* name) {
+           const auto found = variables.find(name);
+           return found == variables.end() ? nullptr : found->second;
+         }))
+      joined += (joined.empty() ? "" : " ") + each;
+    return joined;
+  };
+  EXPECT_EQ(languages({}), "");
+  EXPECT_EQ(languages({{"LANG", "de_AT.UTF-8@euro"}}), "de-AT");
+  EXPECT_EQ(languages({{"LANG", "de_DE"}, {"LC_MESSAGES", "fr_FR"}, {"LC_ALL", ""}}), "fr-FR");
+  EXPECT_EQ(languages({{"LC_ALL", "C"}, {"LANG", "de_DE"}, {"LANGUAGE", "fr"}}), "");
+  EXPECT_EQ(languages({{"LANG", "C.UTF-8"}, {"LANGUAGE", "fr"}}), "fr");
+  EXPECT_EQ(languages({{"LANG", "de_DE"}, {"LANGUAGE", "::zh_TW:../x:de_DE:en:"}}),
+            "zh-TW de-DE en");
+  EXPECT_EQ(languages({{"LANG", "sr_RS.UTF-8@latin"}}), "sr-Latn-RS");
+}
+
+TEST(Languages, FitsAreOfTheSameLanguageAndScript) {
+  const auto best = [](const char* language, const std::vector<std::string>& available) {
+    std::string joined;
+    for (const std::string& each : detail::fittingLocalizations(language, available))
+      joined += (joined.empty() ? "" : " ") + each;
+    return joined;
+  };
+  EXPECT_EQ(best("de-AT", {"de", "de_AT"}), "de_AT de");
+  EXPECT_EQ(best("de-CH", {"de-AT", "de"}), "de");
+  EXPECT_EQ(best("de", {"de-AT", "en"}), "");
+  EXPECT_EQ(best("zh-CN", {"zh-Hant", "zh-Hans"}), "zh-Hans");
+  EXPECT_EQ(best("zh-SG", {"zh-Hant", "zh"}), "zh");
+  EXPECT_EQ(best("zh-TW", {"zh-Hans", "zh"}), "");
+  EXPECT_EQ(best("zh-HK", {"zh", "zh-hant"}), "zh-hant");
+  EXPECT_EQ(best("zh", {"zh-Hant", "zh-Hans"}), "zh-Hans");
+  EXPECT_EQ(best("sr-Latn-RS", {"sr"}), "");
+  EXPECT_EQ(best("../../etc", {"en"}), "");
+}
+
+}  // namespace
+}  // namespace qz::test

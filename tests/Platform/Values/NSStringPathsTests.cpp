@@ -1,0 +1,218 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSPathUtilities.h"
+#include "Platform/Values/NSString.h"
+#include "tests/support/Raises.h"
+
+namespace qz {
+namespace {
+
+using test::raises;
+
+Ref<NSString> text(std::string_view utf8) { return NSString::stringWithUTF8String(utf8); }
+
+std::string joined(const Ref<NSArray>& components) {
+  return components->componentsJoinedByString("|"_ns)->UTF8String();
+}
+
+// Sets a variable of the environment, and puts back what it was.
+class Environment {
+ public:
+  Environment(const char* name, const char* value) : name_(name) {
+    if (const char* old = std::getenv(name)) old_ = old;
+    set(value);
+  }
+  ~Environment() { set(old_ ? old_->c_str() : nullptr); }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+
+ private:
+  void set(const char* value) {
+    if (value != nullptr)
+      ::setenv(name_, value, 1);
+    else
+      ::unsetenv(name_);
+  }
+  const char* name_;
+  std::optional<std::string> old_;
+};
+
+TEST(NSStringPaths, TakesPathsApart) {
+  struct Case {
+    const char *path, *components, *last, *parent, *extension, *bare;
+  };
+  const Case cases[] = {
+      {"", "", "", "", "", ""},
+      {"/", "/", "/", "/", "", "/"},
+      {"//", "/", "/", "/", "", "/"},
+      {"a", "a", "a", "", "", "a"},
+      {"/a", "/|a", "a", "/", "", "/a"},
+      {"//a", "/|a", "a", "/", "", "//a"},
+      {"/a/b.c/", "/|a|b.c", "b.c", "/a", "c", "/a/b"},
+      {"a//b///c.d.e", "a|b|c.d.e", "c.d.e", "a//b", "e", "a//b///c.d"},
+      {"x.y/a", "x.y|a", "a", "x.y", "", "x.y/a"},
+      {".hidden", ".hidden", ".hidden", "", "", ".hidden"},
+      {"/.hidden.txt", "/|.hidden.txt", ".hidden.txt", "/", "txt", "/.hidden"},
+      {"..", "..", "..", "", "", ".."},
+      {"...", "...", "...", "", "", "..."},
+      {"..a", "..a", "..a", "", "", "..a"},
+      {"a.", "a.", "a.", "", "", "a."},
+      {"a..b", "a..b", "a..b", "", "b", "a."},
+      {"Ä/ö.ü", "Ä|ö.ü", "ö.ü", "Ä", "ü", "Ä/ö"},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.path);
+    const auto path = text(each.path);
+    EXPECT_EQ(joined(path->pathComponents()), each.components);
+    EXPECT_EQ(path->lastPathComponent()->UTF8String(), each.last);
+    EXPECT_EQ(path->stringByDeletingLastPathComponent()->UTF8String(), each.parent);
+    EXPECT_EQ(path->pathExtension()->UTF8String(), each.extension);
+    EXPECT_EQ(path->stringByDeletingPathExtension()->UTF8String(), each.bare);
+    EXPECT_EQ(path->isAbsolutePath(), each.path[0] == '/');
+  }
+}
+
+TEST(NSStringPaths, PutsPathsTogether) {
+  const std::array<const char*, 3> joins[] = {
+      {"", "", ""},          {"", "a/", "a"},     {"", "/a", "/a"}, {"/", "a", "/a"},
+      {"/", "/", "/"},       {"a", "", "a"},      {"a/", "", "a"},  {"a//", "//b//", "a/b"},
+      {"a", "b/c", "a/b/c"}, {"a", "..", "a/.."}, {"a", "/", "a"},
+  };
+  for (const auto& [path, component, expected] : joins)
+    EXPECT_EQ(text(path)->stringByAppendingPathComponent(text(component))->UTF8String(), expected)
+        << path << " + " << component;
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [] { "a"_ns->stringByAppendingPathComponent(nullptr); }));
+
+  EXPECT_EQ(text("a/b/")->stringByAppendingPathExtension("c"_ns)->UTF8String(), "a/b.c");
+  EXPECT_EQ(text("a")->stringByAppendingPathExtension(""_ns)->UTF8String(), "a");
+  EXPECT_EQ(text("//")->stringByAppendingPathExtension("c"_ns)->UTF8String(), "/");
+  EXPECT_EQ(text("")->stringByAppendingPathExtension("c"_ns)->UTF8String(), "");
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [] { "a"_ns->stringByAppendingPathExtension("b/c"_ns); }, {"b/c"}));
+
+  const auto path = [](std::initializer_list<NSObject*> components) {
+    return NSString::pathWithComponents(NSArray::arrayWithObjects(components))->UTF8String();
+  };
+  EXPECT_EQ(path({"/"_ns, "usr"_ns, ""_ns, "lib/"_ns, "/x"_ns}), "/usr/lib/x");
+  EXPECT_EQ(path({"a"_ns, "/"_ns, "b"_ns}), "a/b");
+  EXPECT_EQ(path({}), "");
+  EXPECT_EQ(NSString::pathWithComponents(nullptr)->length(), 0u);
+}
+
+// Agrees with the C++ library where the two have the same idea of a path.
+TEST(NSStringPaths, ComponentsAreThoseOfTheStandardLibrary) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 2000; ++round) {
+    std::string path;
+    for (std::size_t i = random() % 12; i > 0; --i) path += "ab./"[random() % 4];
+    SCOPED_TRACE(path);
+    std::string expected;
+    for (const auto& each : std::filesystem::path(path)) {
+      if (each.empty()) continue;  // what stands for a slash at the end
+      if (!expected.empty()) expected += '|';
+      expected += each == "//" ? "/" : each.string();
+    }
+    const auto components = text(path)->pathComponents();
+    EXPECT_EQ(joined(components), expected);
+    EXPECT_TRUE(equal(NSString::pathWithComponents(components)->pathComponents(), components));
+  }
+}
+
+TEST(NSStringPaths, TildeIsTheHomeDirectory) {
+  const Environment home("HOME", "/home/me/");
+  EXPECT_EQ(text("~")->stringByExpandingTildeInPath()->UTF8String(), "/home/me");
+  EXPECT_EQ(text("~/a/")->stringByExpandingTildeInPath()->UTF8String(), "/home/me/a");
+  EXPECT_EQ(text("a/~")->stringByExpandingTildeInPath()->UTF8String(), "a/~");
+  EXPECT_EQ(text("~nobody-by-this-name/a")->stringByExpandingTildeInPath()->UTF8String(),
+            "~nobody-by-this-name/a");
+  EXPECT_EQ(text("~root/a")->stringByExpandingTildeInPath()->UTF8String(),
+            NSHomeDirectoryForUser("root"_ns)->UTF8String() + "/a");
+  EXPECT_EQ(text("/home/me")->stringByAbbreviatingWithTildeInPath()->UTF8String(), "~");
+  EXPECT_EQ(text("/home/me/a/")->stringByAbbreviatingWithTildeInPath()->UTF8String(), "~/a");
+  EXPECT_EQ(text("/home/me2")->stringByAbbreviatingWithTildeInPath()->UTF8String(), "/home/me2");
+  {
+    const Environment root("HOME", "/");
+    EXPECT_EQ(text("/a")->stringByAbbreviatingWithTildeInPath()->UTF8String(), "/a");
+    EXPECT_EQ(text("~/a")->stringByExpandingTildeInPath()->UTF8String(), "/a");
+  }
+  const Environment relative("HOME", "here");  // no home: the list of users is asked
+  EXPECT_TRUE(NSHomeDirectory()->isAbsolutePath());
+  EXPECT_EQ(NSHomeDirectoryForUser(nullptr), nullptr);
+}
+
+TEST(NSStringPaths, StandardPathsHaveNoDots) {
+  const std::array<const char*, 2> cases[] = {
+      {"", ""},
+      {".", "."},
+      {"/.", "/"},
+      {"a/..", "."},
+      {"a/./b//c", "a/b/c"},
+      {"/../a", "/a"},
+      {"../../a", "../../a"},
+      {"a/../../b", "../b"},
+      {"/a/b/../..", "/"},
+      {"a/...", "a/..."},
+  };
+  for (const auto& [path, expected] : cases)
+    EXPECT_EQ(text(path)->stringByStandardizingPath()->UTF8String(), expected) << path;
+}
+
+TEST(NSStringPaths, EveryFileNameComesBackFromItsString) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 3000; ++round) {
+    std::string name;
+    for (std::size_t i = random() % 9; i > 0; --i)
+      name +=
+          random() % 2 != 0 ? static_cast<char>(1 + random() % 255) : "\xE2\x82\xAC"[random() % 3];
+    const auto path = stringWithFileSystemPath(name);
+    ASSERT_EQ(path->fileSystemRepresentation(), name);
+    ASSERT_EQ(fileSystemPath(path), std::filesystem::path(name));
+  }
+  EXPECT_EQ(stringWithFileSystemPath("\xC3\xA4")->view(), u"ä");
+  EXPECT_EQ(stringWithFileSystemPath("\xE4")->view(), std::u16string(1, 0xDCE4));
+}
+
+TEST(NSStringPaths, RefusesWhatNoFileCanBeNamed) {
+  const auto zero = NSString::stringWithCharacters(std::u16string_view(u"a\0b", 3));
+  const auto surrogate = NSString::stringWithCharacters(std::u16string(1, 0xD800));
+  const auto low = NSString::stringWithCharacters(std::u16string(1, 0xDC00));
+  for (const auto& each : {zero, surrogate, low})
+    EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { each->fileSystemRepresentation(); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { fileSystemPath(nullptr); }));
+}
+
+TEST(NSPathUtilities, TellsOfTheUser) {
+  EXPECT_GT(NSUserName()->length(), 0u);
+  EXPECT_GT(NSFullUserName()->length(), 0u);
+  const Environment directory("TMPDIR", "/var/tmp");
+  EXPECT_EQ(NSTemporaryDirectory()->UTF8String(), "/var/tmp");
+  const Environment relative("TMPDIR", "tmp");
+  EXPECT_EQ(NSTemporaryDirectory()->UTF8String(), "/tmp");
+}
+
+TEST(NSStringPaths, AnswerBySelector) {
+  const auto path = text("/a/b.c");
+  EXPECT_EQ(send<Ref<NSString>>(path, "pathExtension"_sel)->UTF8String(), "c");
+  EXPECT_EQ(send<Ref<NSString>>(path, "stringByAppendingPathComponent:"_sel, "d"_ns)->UTF8String(),
+            "/a/b.c/d");
+  EXPECT_EQ(send<std::string>(path, "fileSystemRepresentation"_sel), "/a/b.c");
+  EXPECT_EQ(
+      send<Ref<NSString>>(classOf<NSString>(), "pathWithComponents:"_sel, path->pathComponents())
+          ->UTF8String(),
+      "/a/b.c");
+}
+
+}  // namespace
+}  // namespace qz

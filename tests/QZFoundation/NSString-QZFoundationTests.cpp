@@ -1,0 +1,328 @@
+#include "QZFoundation/NSString-QZFoundation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSAssertionHandler.h"
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSCharacterSet.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSMutableString.h"
+#include "Platform/Values/NSNumber.h"
+#include "Platform/Values/NSScanner.h"
+#include "QZFoundation/NSAttributedString-QZFoundation.h"
+#include "QZFoundation/NSMutableString-QZFoundation.h"
+#include "QZFoundation/NSURL-QZFoundation.h"
+#include "tests/support/Raises.h"
+
+namespace qz {
+namespace {
+
+using test::raises;
+
+Ref<NSString> text(std::string_view utf8) { return NSString::stringWithUTF8String(utf8); }
+std::string orNil(const Ref<NSString>& string) { return string ? string->UTF8String() : "nil"; }
+Ref<NSArray> array(std::initializer_list<NSObject*> objects) {
+  return NSArray::arrayWithObjects(objects);
+}
+
+// Makes its elements anew each time, and each time longer ones.
+class GrowingStrings : public Derives<GrowingStrings, NSArray> {
+ public:
+  static void describe(ClassDescription<GrowingStrings>& is) { is.named("GrowingStrings"); }
+  std::uint32_t count() const override { return 3; }
+  Ref<NSObject> objectAtIndex(std::uint32_t) const override {
+    return NSString::stringWithCharacters(std::u16string(++length_, u'x'));
+  }
+
+ private:
+  mutable std::size_t length_ = 0;
+};
+
+TEST(NSStringQZFoundation, JoinsStrings) {
+  EXPECT_EQ(orNil(stringWithStrings_separator(array({"a"_ns}), ","_ns)), "a");
+  EXPECT_EQ(orNil(stringWithStrings_separator(array({"a"_ns, ""_ns, "b"_ns}), ","_ns)), "a,,b");
+  EXPECT_EQ(orNil(stringWithStrings_separator(array({""_ns, ""_ns}), ", "_ns)), ", ");
+  EXPECT_EQ(orNil(stringWithStrings_separator(array({}), ","_ns)), "");
+  EXPECT_EQ(orNil(stringWithStrings(array({"ä"_ns, "b"_ns}))), "äb");
+  EXPECT_EQ(orNil(initWithStrings(nullptr)), "");
+  EXPECT_EQ(orNil(initWithStrings(array({""_ns}))), "");
+  EXPECT_EQ(orNil(initWithStrings_separator(make<GrowingStrings>(), "-"_ns)), "x-xx-xxx");
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] {
+    initWithStrings(array({"a"_ns, NSNumber::numberWithInt(1)}));
+  }));
+  // 16384 times 131072 units: more than there may be, and refused before room is made.
+  const auto large = NSString::stringWithCharacters(std::u16string(1 << 17, u'x'));
+  const std::vector<Ref<NSString>> many(1 << 14, large);
+  EXPECT_TRUE(raises(NSMallocException, [&] { initWithStrings(NSArray::fromRange(many)); }));
+}
+
+TEST(NSStringQZFoundation, ReadsAndFillsRecords) {
+  HFSUniStr255 record{3, {u'a', 0, u'c', u'd'}};
+  EXPECT_EQ(stringWithHFSUniStr255(record)->view(), std::u16string_view(u"a\0c", 3));
+
+  std::memset(&record, 0xEE, sizeof record);
+  getHFSUniStr255("ab"_ns, &record);
+  EXPECT_EQ(record.length, 2);
+  EXPECT_EQ(std::u16string(record.unicode, 255), u"ab" + std::u16string(253, u'\0'));
+  const auto longName = NSString::stringWithCharacters(std::u16string(299, u'x') + u'y');
+  getHFSUniStr255(longName, &record);
+  EXPECT_EQ(record.length, 255);
+  EXPECT_EQ(orNil(initWithHFSUniStr255(record)), std::string(255, 'x'));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { getHFSUniStr255("a"_ns, nullptr); }));
+}
+
+// Notes what fails, and goes on.
+class Witness : public Derives<Witness, NSAssertionHandler> {
+ public:
+  static void describe(ClassDescription<Witness>& is) { is.named("AssertionWitness"); }
+  void handleFailureInMethod_object_file_lineNumber_description(Selector selector, NSObject*,
+                                                                NSString* file,
+                                                                std::int32_t lineNumber,
+                                                                NSString* description) override {
+    seen =
+        std::string(selector.name()) + "|" + file->UTF8String() + "|" + description->UTF8String();
+    line = lineNumber;
+  }
+  std::string seen;
+  std::int32_t line = 0;
+};
+
+TEST(NSStringQZFoundation, AssertsTheLengthOfRecords) {
+  HFSUniStr255 record{0x1FF, {}};
+  std::fill(std::begin(record.unicode), std::end(record.unicode), u'x');
+  EXPECT_EQ(
+      test::reasonRaised(NSInternalInconsistencyException, [&] { initWithHFSUniStr255(record); }),
+      "Illegal HFS string length 0x1ff");
+
+  const auto witness = make<Witness>();
+  NSAssertionHandler::setCurrentHandler(witness);
+  const auto string = initWithHFSUniStr255(record);
+  NSAssertionHandler::setCurrentHandler(nullptr);
+  EXPECT_EQ(string->length(), 255u);
+  EXPECT_EQ(witness->seen,
+            "initWithHFSUniStr255:|NSString-QZFoundation|Illegal HFS string length 0x1ff");
+  std::ifstream source(QZ_SOURCE_DIR "/QZFoundation/NSString-QZFoundation.cpp");
+  std::string line;
+  for (int i = 0; i < witness->line; ++i) std::getline(source, line);
+  EXPECT_NE(line.find("assertRecord(record)"), line.npos) << line;
+}
+
+TEST(NSStringQZFoundation, MakesSmallStrings) {
+  EXPECT_EQ(stringWithCharacter(0xD800)->view(), std::u16string(1, 0xD800));
+  EXPECT_EQ(orNil(horizontalEllipsisString()), "…");
+  EXPECT_EQ(orNil(longDashString()), "—");
+  EXPECT_EQ(orNil(commandSymbolString()), "⌘");
+  EXPECT_TRUE(longDashString() == longDashString());
+  EXPECT_EQ(UUIDString()->length(), 36u);
+  EXPECT_FALSE(equal(UUIDString(), UUIDString()));
+  const auto data = NSData::dataWithBytes("a\xC3\xA4");
+  EXPECT_EQ(orNil(stringWithData_encoding(data, 4)), "aä");
+  EXPECT_EQ(orNil(stringWithData_encoding(data, 1)), "nil");
+}
+
+TEST(NSStringQZFoundation, FindsNamesThatAreNotTaken) {
+  const auto taken = array({"Untitled"_ns, "Untitled 2"_ns, "Untitled 4"_ns, "5%"_ns});
+  const auto unique = [&](NSString* base, NSString* format) {
+    return orNil(uniqueStringWithBaseString_appendFormatString_inStrings(base, format, taken));
+  };
+  EXPECT_EQ(unique("Untitled"_ns, " %d"_ns), "Untitled 3");
+  EXPECT_EQ(unique("Name"_ns, " %d"_ns), "Name");
+  EXPECT_EQ(unique("5%"_ns, "d"_ns), "52");
+  EXPECT_EQ(
+      orNil(uniqueStringWithBaseString_appendFormatString_inStrings("a"_ns, "%d"_ns, nullptr)),
+      "a");
+  // One that never changes, and is taken, would be tried for ever.
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { unique("Untitled"_ns, ""_ns); }));
+}
+
+TEST(NSStringQZFoundation, EditsText) {
+  const auto self = NSMutableString::stringWithUTF8String("abc");
+  EXPECT_EQ(orNil(stringByPrependingString(self, "x"_ns)), "xabc");
+  EXPECT_EQ(orNil(stringByReplacingPrefix_withString(self, "ab"_ns, "xyz"_ns)), "xyzc");
+  const auto other = NSMutableString::stringWithUTF8String("new");
+  EXPECT_TRUE(stringByReplacingPrefix_withString(self, "abc"_ns, other) == other);
+  EXPECT_TRUE(stringByReplacingPrefix_withString(self, "bc"_ns, other) == self);
+
+  const auto set = NSCharacterSet::characterSetWithCharactersInString("ac"_ns);
+  const auto replaced = [&](const char* from, NSString* by) {
+    return orNil(stringByReplacingCharactersInSet_withString(text(from), set, by));
+  };
+  EXPECT_EQ(replaced("abcab", "<>"_ns), "<>b<><>b");
+  EXPECT_EQ(replaced("aac", ""_ns), "");
+  EXPECT_EQ(replaced("", "x"_ns), "");
+  EXPECT_EQ(replaced("xyz", "a"_ns), "xyz");
+
+  EXPECT_EQ(orNil(lowercaseFirst("ABC"_ns)), "aBC");
+  EXPECT_EQ(orNil(uppercaseFirst("ßa"_ns)), "SSa");
+  EXPECT_TRUE(raises(NSRangeException, [] { lowercaseFirst(""_ns); }));
+  EXPECT_TRUE(raises(NSRangeException, [] { uppercaseFirst(""_ns); }));
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [] { stringByPrependingString("a"_ns, nullptr); }));
+
+  EXPECT_EQ(orNil(stringByReplacingPercentEscapes("a%20%C3%A4%2F"_ns)), "a ä/");
+  EXPECT_EQ(orNil(stringByReplacingPercentEscapes("100%"_ns)), "nil");
+}
+
+TEST(NSStringQZFoundation, DeletesNumbersFromTheEnd) {
+  const std::array<const char*, 2> cases[] = {
+      {"Copy 12", "Copy"},
+      {"Copy 0", "Copy 0"},
+      {"Copy -3", "Copy -3"},
+      {"Copy 2a", "Copy 2a"},
+      {"Copy12", "Copy12"},
+      {" 3", ""},
+      {"Copy  4", "Copy "},
+      {"Copy ", "Copy "},
+      {"Copy 2 ", "Copy 2 "},
+      {"1 2 3", "1 2"},
+      {"Copy 2\n", "Copy 2\n"},
+      {"a 1.5", "a 1.5"},
+      {"a 99999999999999999999", "a"},
+      {"", ""},
+  };
+  for (const auto& [from, expected] : cases)
+    EXPECT_EQ(orNil(stringByDeletingNumberFromEnd(text(from))), expected) << from;
+}
+
+TEST(NSStringQZFoundation, BuildsPaths) {
+  EXPECT_EQ(orNil(stringWithPathComponents(array({"usr"_ns, "bin"_ns}))), "/usr/bin");
+  EXPECT_EQ(orNil(stringWithPathComponents(array({"/"_ns, "usr"_ns, "/"_ns}))), "/usr");
+  EXPECT_EQ(orNil(stringWithPathComponents(array({"/"_ns}))), "");
+  EXPECT_EQ(orNil(stringWithPathComponents(nullptr)), "");
+
+  EXPECT_EQ(orNil(stringByAppendingPathComponents("/"_ns, "a"_ns, text("b/"), "c"_ns)), "/a/b/c");
+  EXPECT_EQ(orNil(stringByAppendingPathComponents("a"_ns, "b"_ns, nullptr, "c"_ns)), "a/b");
+  EXPECT_EQ(orNil(stringByAppendingPathComponents("a"_ns, array({"b"_ns, "c"_ns}))), "a/b/c");
+  const auto self = text("a/");
+  EXPECT_TRUE(stringByAppendingPathComponents(self) == self);
+  EXPECT_EQ(orNil(stringByPrependingPathComponent("b"_ns, "/a"_ns)), "/a/b");
+
+  const auto before = [](NSString* path, NSString* added) {
+    return orNil(stringByAppendingStringBeforePathExtension(path, added));
+  };
+  EXPECT_EQ(before("a/b.txt"_ns, "-1"_ns), "a/b-1.txt");
+  EXPECT_EQ(before("a.d/b"_ns, "-1"_ns), "a.d/b-1");
+  EXPECT_EQ(before(".hidden"_ns, "-%@"_ns), ".hidden-%@");
+  EXPECT_TRUE(hasPathExtension("a.txt"_ns, "txt"_ns));
+  EXPECT_FALSE(hasPathExtension("a.txt"_ns, "TXT"_ns));
+  EXPECT_TRUE(hasPathExtension("a"_ns, ""_ns));
+
+  EXPECT_TRUE(containsPath("/a/b"_ns, "/a/b"_ns));
+  EXPECT_TRUE(containsPath("/a/b"_ns, "/a/b/c"_ns));
+  EXPECT_FALSE(containsPath("/a/b"_ns, "/a/bc"_ns));
+  EXPECT_FALSE(containsPath("/a/b"_ns, "/a"_ns));
+  EXPECT_FALSE(containsPath("a"_ns, "/a"_ns));
+  EXPECT_TRUE(containsPath(""_ns, "x"_ns) && containsPath("/"_ns, "/x"_ns));
+  EXPECT_FALSE(containsPath("x"_ns, nullptr));
+
+  EXPECT_EQ(orNil(POSIXPathFromCarbonPath("Root:usr:a/b"_ns)), "/usr/a:b");
+  EXPECT_EQ(orNil(carbonPathFromPOSIXPath("/Volumes/D/x"_ns)), "D:x");
+  EXPECT_EQ(orNil(carbonPathFromPOSIXPath(""_ns)), "nil");
+  EXPECT_EQ(orNil(POSIXPathFromCarbonPath("Root:.."_ns)), "nil");
+}
+
+TEST(NSStringQZFoundation, ReadsScalars) {
+  for (const char* no : {"yes", "Yes", "1", "true", "Y", "YES ", " YES", "NO", ""})
+    EXPECT_FALSE(boolValue(text(no))) << no;
+  EXPECT_TRUE(boolValue(NSMutableString::stringWithUTF8String("YES")));
+  EXPECT_EQ(fullRange("abc"_ns), NSMakeRange(0, 3));
+  EXPECT_EQ(unsignedIntValue("-5"_ns), 0u);
+  EXPECT_EQ(unsignedIntValue(" 12x"_ns), 12u);
+  EXPECT_EQ(unsignedIntValue("4294967295"_ns), 2147483647u);
+  for (const char* each : {" \n-42x", "+7", "x1", "", "- 1", "9223372036854775808",
+                           "-99999999999999999999", "\u00A03"}) {
+    std::int64_t scanned = 0;
+    NSScanner::scannerWithString(text(each))->scanLongLong(&scanned);
+    EXPECT_EQ(longLongValue(text(each)), scanned) << each;
+  }
+  EXPECT_EQ(fourCharCode("abcd"_ns), 0x61626364u);
+  EXPECT_EQ(fourCharCode("abcde"_ns), 0x61626364u);
+  EXPECT_EQ(fourCharCode("ab"_ns), 0x61620000u);
+  EXPECT_EQ(fourCharCode(""_ns), 0u);
+  EXPECT_EQ(fourCharCode("abcdä"_ns), 0u);
+}
+
+class Switch : public Derives<Switch, NSObject> {
+ public:
+  static void describe(ClassDescription<Switch>& is) {
+    is.named("Switch").field<&Switch::on>("on");
+  }
+  bool on = true;
+};
+
+// The stricter reading of truth values holds wherever a String is asked by name.
+TEST(NSStringQZFoundation, TruthIsYESEverywhere) {
+  EXPECT_TRUE(send<bool>("YES"_ns, "boolValue"_sel));
+  EXPECT_FALSE(send<bool>("yes"_ns, "boolValue"_sel));
+  EXPECT_FALSE(send<bool>(NSMutableString::stringWithUTF8String("1"), "boolValue"_sel));
+  const auto object = make<Switch>();
+  object->setValue_forKey("1"_ns, "on"_ns);
+  EXPECT_FALSE(object->on);
+  object->setValue_forKey("YES"_ns, "on"_ns);
+  EXPECT_TRUE(object->on);
+  EXPECT_TRUE(NSNumber::numberWithInt(1)->boolValue());
+}
+
+// Replacing asks for an operation that is there, of the same type.
+TEST(Extension, ReplacesOnlyWhatFits) {
+  EXPECT_TRUE(raises(NSInternalInconsistencyException,
+                     [] { extend<NSString>("test").replace<&boolValue>("noSuchOperation"); },
+                     {"noSuchOperation", "does not exist"}));
+  EXPECT_TRUE(raises(NSInternalInconsistencyException,
+                     [] { extend<NSString>("test").replace<&boolValue>("length"); },
+                     {"another type"}));
+  EXPECT_EQ(send<std::uint32_t>("abc"_ns, "length"_sel), 3u);
+}
+
+TEST(NSStringQZFoundation, AnswersBySelector) {
+  Class* const strings = classOf<NSString>();
+  const auto parts = array({"a"_ns, "b"_ns});
+  EXPECT_EQ(orNil(send<Ref<NSString>>(strings, "stringWithStrings:"_sel, parts)), "ab");
+  const auto raw = send<Ref<NSObject>>(strings, "alloc"_sel);
+  EXPECT_EQ(orNil(send<Ref<NSString>>(raw, "initWithStrings:separator:"_sel, parts, "+"_ns)),
+            "a+b");
+  EXPECT_EQ(orNil(send<Ref<NSString>>("x"_ns, "stringByAppendingPathComponents:"_sel, parts)),
+            "x/a/b");
+  HFSUniStr255 record;
+  send<void>("ab"_ns, "getHFSUniStr255:"_sel, &record);
+  EXPECT_EQ(orNil(send<Ref<NSString>>(strings, "stringWithHFSUniStr255:"_sel, record)), "ab");
+  EXPECT_EQ(orNil(send<Ref<NSString>>(strings, "stringWithCharacter:"_sel, u'x')), "x");
+  EXPECT_EQ(send<NSRange>("ab"_ns, "fullRange"_sel), NSMakeRange(0, 2));
+}
+
+TEST(NSMutableStringQZFoundation, GrowsAndShrinksByOne) {
+  const auto string = NSMutableString::string();
+  deleteLastCharacter(string);
+  appendCharacter(string, u'a');
+  appendCharacter(string, 0xD83D);
+  EXPECT_EQ(string->view(), std::u16string({u'a', 0xD83D}));
+  send<void>(string, "deleteLastCharacter"_sel);
+  send<void>(string, "appendCharacter:"_sel, u'b');
+  EXPECT_EQ(string->view(), u"ab");
+}
+
+TEST(NSAttributedStringQZFoundation, HasAFullRange) {
+  const auto string = NSAttributedString::initWithString("abc"_ns);
+  EXPECT_EQ(fullRange(string), NSMakeRange(0, 3));
+  EXPECT_EQ(send<NSRange>(string, "fullRange"_sel), NSMakeRange(0, 3));
+}
+
+TEST(NSURLQZFoundation, AppendsToThePath) {
+  const auto folder = NSURL::URLWithString("http://h/a%20b/?q#f"_ns);
+  const auto file = fileURLByAppendingPathComponent(folder, "c d/"_ns);
+  EXPECT_EQ(orNil(file->absoluteString()), "file:///a%20b/c%20d");
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { fileURLByAppendingPathComponent(folder, nullptr); }));
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,158 @@
+#include "QZFoundation/QZFunctions.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/System/detail/OldStylePropertyList.h"
+#include "QZFoundation/detail/LibraryBundle.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+const std::vector<std::string> languages{"de", "en", "es", "fr", "ja", "zh-Hans"};
+
+std::string contents(const std::filesystem::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+std::string tableText(const std::string& language) {
+  return contents(std::string(QZ_SOURCE_DIR "/resources/QZFoundation/locale/") + language +
+                  "/Localizable.strings");
+}
+
+Ref<NSDictionary> table(const std::string& language) {
+  detail::PropertyListFault fault;
+  auto entries = detail::readOldStyleDictionary(tableText(language), true, &fault);
+  EXPECT_TRUE(entries) << language << ": " << fault.text();
+  return entries;
+}
+
+// "1@", "2d": which argument each placeholder prints, and how, in the order of the arguments.
+std::vector<std::string> placeholders(const std::string& format) {
+  static const std::regex one("%(?:([0-9]+)\\$)?([@a-zA-Z%])");
+  std::vector<std::string> found;
+  int next = 1;
+  for (std::sregex_iterator it(format.begin(), format.end(), one), end; it != end; ++it) {
+    if ((*it)[2] == "%") continue;
+    found.push_back(((*it)[1].matched ? (*it)[1].str() : std::to_string(next++)) + (*it)[2].str());
+  }
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
+class LibraryMessages : public ::testing::Test {
+ protected:
+  ~LibraryMessages() override { NSBundle::setPreferredLanguages(nullptr); }
+
+  static std::string message(const std::string& language, NSString* key) {
+    NSBundle::setPreferredLanguages(
+        NSArray::arrayWithObject(NSString::stringWithUTF8String(language)));
+    return detail::libraryBundle()
+        ->localizedStringForKey_value_table(key, ""_ns, nullptr)
+        ->UTF8String();
+  }
+};
+
+TEST_F(LibraryMessages, EveryTableHasEveryKeyWithTheSamePlaceholders) {
+  auto english = table("en");
+  EXPECT_EQ(english->count(), 23u);
+  for (const std::string& language : languages) {
+    auto entries = table(language);
+    EXPECT_EQ(entries->count(), english->count()) << language;
+    // Before each entry is a comment for the translator.
+    const std::string text = tableText(language);
+    static const std::regex commented("\\*/\\n\"");
+    EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), commented),
+                            std::sregex_iterator()),
+              static_cast<std::ptrdiff_t>(english->count()))
+        << language;
+    for (const auto& [key, value] : english) {
+      const std::string original = as<NSString>(key)->UTF8String();
+      auto translated = as<NSString>(entries->objectForKey(key));
+      ASSERT_TRUE(translated) << language << ": " << original;
+      EXPECT_EQ(placeholders(translated->UTF8String()), placeholders(original)) << language;
+      EXPECT_EQ(equal(translated, key), language == "en") << language << ": " << original;
+    }
+  }
+}
+
+TEST_F(LibraryMessages, EveryMessageInTheSourcesHasItsEntry) {
+  static const std::regex call(
+      R"re(QZLocalizedString(?:FromTableInBundle)?\(\s*"((?:[^"\\]|\\.)*)"_ns)re");
+  auto english = table("en");
+  int messages = 0;
+  for (const auto& entry :
+       std::filesystem::recursive_directory_iterator(QZ_SOURCE_DIR "/QZFoundation")) {
+    if (entry.path().extension() != ".cpp") continue;
+    const std::string source = contents(entry.path());
+    for (std::sregex_iterator it(source.begin(), source.end(), call), end; it != end; ++it) {
+      const std::string key = std::regex_replace((*it)[1].str(), std::regex("\\\\(.)"), "$1");
+      EXPECT_TRUE(english->objectForKey(NSString::stringWithUTF8String(key))) << key;
+      ++messages;
+    }
+  }
+  EXPECT_GE(messages, 1);
+}
+
+TEST_F(LibraryMessages, AreFoundByTheUsersLanguage) {
+  NSBundle* bundle = detail::libraryBundle();
+  ASSERT_NE(bundle, nullptr);
+  EXPECT_EQ(NSBundle::bundleWithIdentifier(detail::libraryBundleIdentifier), bundle);
+  EXPECT_TRUE(equal(bundle->objectForInfoDictionaryKey("CFBundleName"_ns), "QZFoundation"_ns));
+  EXPECT_TRUE(bundle->objectForInfoDictionaryKey("CFBundleVersion"_ns));
+
+  NSString* const key = "Source file does not exist"_ns;
+  EXPECT_EQ(message("de_AT", key), "Die Ausgangsdatei existiert nicht");
+  EXPECT_EQ(message("fr", key), "Le fichier source n’existe pas");
+  EXPECT_EQ(message("es_MX", key), "El archivo de origen no existe");
+  EXPECT_EQ(message("ja_JP", key), "コピー元のファイルが存在しません");
+  EXPECT_EQ(message("zh_CN", key), "源文件不存在");
+  EXPECT_EQ(message("zh_TW", key), key->UTF8String()) << "simplified for readers of traditional";
+  EXPECT_EQ(message("tlh", key), key->UTF8String());
+}
+
+TEST_F(LibraryMessages, TheTextFoundIsTheFormat) {
+  NSBundle::setPreferredLanguages(NSArray::arrayWithObjects({"de"_ns}));
+  EXPECT_EQ(QZLocalizedStringFromTableInBundle("Value %d too large for %@ component"_ns, nullptr,
+                                               detail::libraryBundle(), "c"_ns, 60, "seconds"_ns)
+                ->UTF8String(),
+            "Der Wert 60 ist zu groß für den Bestandteil „seconds“");
+  // A table that is not there: the key is the format, and the comment does nothing.
+  EXPECT_EQ(QZLocalizedStringFromTableInBundle("Could not link %@ to %@ (%@)"_ns, "Comment"_ns,
+                                               detail::libraryBundle(), "/%@"_ns, "/b"_ns, "why"_ns)
+                ->UTF8String(),
+            "Could not link /b to why ((null))");
+  EXPECT_EQ(QZLocalizedString("Could not create directory at %@"_ns, "%@%d"_ns, "/tmp/x"_ns)
+                ->UTF8String(),
+            "Could not create directory at /tmp/x");
+  EXPECT_EQ(QZLocalizedString("%n 5%"_ns, nullptr)->UTF8String(), "%n 5%");
+  EXPECT_EQ(QZLocalizedString(nullptr, nullptr)->length(), 0u);
+  EXPECT_EQ(
+      QZLocalizedStringFromTableInBundle("k %d"_ns, nullptr, nullptr, nullptr, 1)->UTF8String(),
+      "k 1");
+}
+
+// What a translator got wrong must not crash the program.
+TEST_F(LibraryMessages, ATranslationWithOtherPlaceholdersPrintsSomethingOdd) {
+  const TemporaryDirectory directory;
+  directory.write("Localizable.strings", "\"k %@\" = \"%d %s %5$@ %*d %n %@\";");
+  auto bundle = NSBundle::bundleWithPath(NSString::stringWithUTF8String(directory.path()));
+  auto text = QZLocalizedStringFromTableInBundle("k %@"_ns, nullptr, bundle, nullptr, "x"_ns);
+  EXPECT_EQ(text->UTF8String().substr(0, 1), "x");
+}
+
+}  // namespace
+}  // namespace qz::test
