@@ -64,8 +64,7 @@ void sortIndices(std::span<NSObject*> objects, std::int32_t* indices, Selector s
 void requireMap(const char* operation, NSArray* array, QZIndexMap* map) {
   if (map == nullptr)
     detail::raise(NSInvalidArgumentException, std::string(operation) + ": the map is nil");
-  if (map->count() < array->count())
-    detail::raiseIndex(operation, map->count(), map->count());
+  if (map->count() < array->count()) detail::raiseIndex(operation, map->count(), map->count());
 }
 
 }  // namespace
@@ -100,7 +99,8 @@ Ref<NSArray> arrayUsingMap(NSArray* self, QZIndexMap* map) {
   owned.reserve(count);
   objects.reserve(count);
   for (std::uint32_t i = 0; i < count; ++i) {
-    const auto source = static_cast<std::uint32_t>(map->indexForIndex(static_cast<std::int32_t>(i)));
+    const auto source =
+        static_cast<std::uint32_t>(map->indexForIndex(static_cast<std::int32_t>(i)));
     owned.push_back(self->objectAtIndex(source));
     objects.push_back(owned.back());
   }

@@ -22,8 +22,7 @@ namespace qz {
 /// keys are read once and the same map is made several times faster.
 ///
 /// Raises what a comparison raises, NSInvalidArgumentException for an unknown Selector.
-Ref<QZIndexMap> sortMapUsingSelector_withObject(NSArray* self, Selector selector,
-                                                NSObject* object);
+Ref<QZIndexMap> sortMapUsingSelector_withObject(NSArray* self, Selector selector, NSObject* object);
 
 /// The same with nil as the extra Object.
 Ref<QZIndexMap> sortMapUsingSelector(NSArray* self, Selector selector);

@@ -30,9 +30,7 @@ NSComparisonResult caseInsensitiveCompare_usingKeyPath(NSObject* self, NSObject*
   return compareValues(self, other, keyPath, "caseInsensitiveCompare:"_sel);
 }
 
-Ref<NSArray> objectAsArray(NSObject* self) {
-  return send<Ref<NSArray>>(self, "objectAsArray"_sel);
-}
+Ref<NSArray> objectAsArray(NSObject* self) { return send<Ref<NSArray>>(self, "objectAsArray"_sel); }
 
 Ref<NSObject> deepCopy(NSObject* self) { return send<Ref<NSObject>>(self, "deepCopy"_sel); }
 

@@ -130,7 +130,8 @@ Ref<NSString> uniqueStringWithBaseString_appendFormatString_inStrings(NSString* 
     if (!isTaken(candidate)) return candidate;
     if (candidate->isEqualToString(before))
       detail::raise(NSInvalidArgumentException,
-                    std::string(operation) + ": there is no number in " + whole->UTF8String());
+                    to_string(NSString::stringWithFormat("%s: there is no number in %@"_ns,
+                                                         operation, whole)));
     before = std::move(candidate);
   }
 }

@@ -67,8 +67,8 @@ Ref<QZIndexMap> QZIndexMap::mapToMoveIndices_toIndex_count(NSArray* indices,
       requireBelow(operation, index, count);
       const auto at = static_cast<std::size_t>(index);
       if (moved[at])
-        detail::raise(NSRangeException, operation + (": index " + std::to_string(index)) +
-                                            " is listed twice");
+        detail::raise(NSRangeException,
+                      operation + (": index " + std::to_string(index)) + " is listed twice");
       moved[at] = true;
       listed.push_back(index);
     }
@@ -86,18 +86,16 @@ Ref<QZIndexMap> QZIndexMap::mapToMoveIndices_toIndex_count(NSArray* indices,
   return adoptVector(std::move(vector), count);
 }
 
-Ref<QZIndexMap> QZIndexMap::initWithIndicesNoCopy_count(std::int32_t* indices,
-                                                        std::int32_t count) {
+Ref<QZIndexMap> QZIndexMap::initWithIndicesNoCopy_count(std::int32_t* indices, std::int32_t count) {
   Vector vector(indices);
   if (count < 0 || (count > 0 && indices == nullptr))
-    detail::raise(NSInvalidArgumentException,
-                  "QZIndexMap: a vector of " + std::to_string(count) + " entries is " +
-                      (count < 0 ? "not possible" : "missing"));
+    detail::raise(NSInvalidArgumentException, "QZIndexMap: a vector of " + std::to_string(count) +
+                                                  " entries is " +
+                                                  (count < 0 ? "not possible" : "missing"));
   return adoptVector(std::move(vector), count);
 }
 
-Ref<QZIndexMap> QZIndexMap::initWithIndices_count(const std::int32_t* indices,
-                                                  std::int32_t count) {
+Ref<QZIndexMap> QZIndexMap::initWithIndices_count(const std::int32_t* indices, std::int32_t count) {
   if (count > 0 && indices == nullptr) return initWithIndicesNoCopy_count(nullptr, count);
   Vector vector = newVector(count);
   if (vector != nullptr) std::copy_n(indices, count, vector.get());
@@ -121,10 +119,9 @@ std::int32_t QZIndexMap::indexForIndex(std::int32_t index) const {
 Ref<QZIndexMap> QZIndexMap::mapByApplyingMap(QZIndexMap* other) {
   const std::int32_t otherCount = other == nullptr ? 0 : other->count_;
   if (otherCount != count_)
-    NSAssertionHandler::currentHandler()
-        ->handleFailureInMethod_object_file_lineNumber_description(
-            "mapByApplyingMap:"_sel, this, "QZIndexMap"_ns, mismatchLine,
-            "Tried to apply map with differing numbers of indices"_ns);
+    NSAssertionHandler::currentHandler()->handleFailureInMethod_object_file_lineNumber_description(
+        "mapByApplyingMap:"_sel, this, "QZIndexMap"_ns, mismatchLine,
+        "Tried to apply map with differing numbers of indices"_ns);
   if (count_ > otherCount)  // the handler returned, and there is nothing to go on with
     requireBelow("mapByApplyingMap:", otherCount, otherCount);
   Vector vector = newVector(count_);

@@ -38,8 +38,7 @@ class QZIndexMap : public Derives<QZIndexMap, NSObject> {
   /// Takes the elements at `indices` (Numbers) out of a sequence of `count` and puts them, in the
   /// order given, before the element that stands at position `destination`; beyond the end counts
   /// as the end. An index given twice, negative or not below `count` raises NSRangeException.
-  static Ref<QZIndexMap> mapToMoveIndices_toIndex_count(NSArray* indices,
-                                                        std::int32_t destination,
+  static Ref<QZIndexMap> mapToMoveIndices_toIndex_count(NSArray* indices, std::int32_t destination,
                                                         std::int32_t count);
 
   /// Takes over `indices`, which must come from `malloc`; the map frees it (at once when `count` is

@@ -60,8 +60,8 @@ void callImplementation(benchmark::State& state) {
 
 // Half of the names belong to operations that a Person has.
 constexpr std::array<std::string_view, 16> names{
-    "age",       "setAge:", "employer",     "compareByAge:", "description", "hash",
-    "isEqual:",  "copy",    "characterAt:", "count",         "lastObject",  "objectForKey:",
+    "age",       "setAge:", "employer",     "compareByAge:",  "description", "hash",
+    "isEqual:",  "copy",    "characterAt:", "count",          "lastObject",  "objectForKey:",
     "allValues", "length",  "doubleValue",  "lowercaseString"};
 
 void respondsToSelector(benchmark::State& state) {
@@ -87,8 +87,8 @@ void findInMap(benchmark::State& state) {
 }  // namespace
 
 void compareDispatch() {
-  compare("SendOneClass", {"send by Selector, one class", "virtual call", 2},
-          &sendAge<&makePeople>, &callAge<&plain::makePeople>);
+  compare("SendOneClass", {"send by Selector, one class", "virtual call", 2}, &sendAge<&makePeople>,
+          &callAge<&plain::makePeople>);
   compare("SendEightClasses",
           {"send by Selector, eight classes at random", "virtual call, the same classes", 1.5},
           &sendAge<&makeMixedPeople>, &callAge<&plain::makeMixedPeople>);

@@ -10,7 +10,7 @@
 namespace qz::bench {
 namespace {
 
-const auto smallInts = randomInts(visited, 100);          // of these a Number exists already
+const auto smallInts = randomInts(visited, 100);  // of these a Number exists already
 const auto largeInts = [] {
   auto values = randomInts(visited, 1'000'000'000);
   for (std::int32_t& value : values) value += 100'000;

@@ -78,8 +78,8 @@ void compareObjects() {
   compare("MakeManyObjects",
           {"create 1024 Objects, then destroy them (each)", "new and virtual delete", 1.3},
           &makeManyAndRelease, &newManyAndDelete);
-  compare("RetainRelease", {"retain and release", "intrusive atomic count", 1.0},
-          &retainAndRelease, &intrusiveCount);
+  compare("RetainRelease", {"retain and release", "intrusive atomic count", 1.0}, &retainAndRelease,
+          &intrusiveCount);
   compare("RetainReleaseShared", {"retain and release", "copy of a std::shared_ptr", 0},
           &retainAndRelease, &sharedPointer);
 }

@@ -27,8 +27,7 @@ Ref<NSArray> boxed(const std::vector<std::int32_t>& values) {
 
 Ref<NSArray> boxed(const std::vector<std::string>& values) {
   std::vector<Ref<NSString>> strings;
-  for (const std::string& value : values)
-    strings.push_back(NSString::stringWithUTF8String(value));
+  for (const std::string& value : values) strings.push_back(NSString::stringWithUTF8String(value));
   return NSArray::fromRange(strings);
 }
 
@@ -82,25 +81,28 @@ void sortPlainPeople(benchmark::State& state) {
   const plain::People people = plain::makePeople(anyInts(manyObjects));
   std::vector<plain::Person*> pointers;
   for (const auto& person : people) pointers.push_back(person.get());
-  sortCopies(state, pointers, [](const plain::Person* a, const plain::Person* b) {
-    return a->age() < b->age();
-  });
+  sortCopies(state, pointers,
+             [](const plain::Person* a, const plain::Person* b) { return a->age() < b->age(); });
 }
 
 }  // namespace
 
 void compareSorting() {
-  compare("SortNumbers", {"sortMapUsingSelector compare:, 1,000,000 random Numbers",
-                          "std::sort of the raw ints", 1.2},
-          &sortNumbers, &sortRawInts);
-  compare("SortStrings", {"sortMapUsingSelector compare:, 100,000 Strings (random names)",
-                          "std::sort of std::u16string", 0.8},
+  compare(
+      "SortNumbers",
+      {"sortMapUsingSelector compare:, 1,000,000 random Numbers", "std::sort of the raw ints", 1.2},
+      &sortNumbers, &sortRawInts);
+  compare("SortStrings",
+          {"sortMapUsingSelector compare:, 100,000 Strings (random names)",
+           "std::sort of std::u16string", 0.8},
           &sortStrings<&randomNames>, &sortRawStrings<&randomNames>);
-  compare("SortPaths", {"sortMapUsingSelector compare:, 100,000 Strings (file paths)",
-                        "std::sort of std::u16string", 0.8},
+  compare("SortPaths",
+          {"sortMapUsingSelector compare:, 100,000 Strings (file paths)",
+           "std::sort of std::u16string", 0.8},
           &sortStrings<&randomPaths>, &sortRawStrings<&randomPaths>);
-  compare("SortByKeyPath", {"sortMapUsingKeyPath, 100,000 Objects by an int",
-                            "std::sort of pointers with a virtual getter", 0.5},
+  compare("SortByKeyPath",
+          {"sortMapUsingKeyPath, 100,000 Objects by an int",
+           "std::sort of pointers with a virtual getter", 0.5},
           &sortPeople, &sortPlainPeople);
 }
 

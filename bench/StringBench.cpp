@@ -127,7 +127,7 @@ void copyUtf8(State& state) {
 
 template <auto Text>
 void copyUnits(State& state) {
-  const std::u16string units(*NSString::stringWithUTF8String(Text()));
+  const std::u16string units(NSString::stringWithUTF8String(Text())->view());
   repeat(state, 1, [&] { return std::u16string(units); });
 }
 

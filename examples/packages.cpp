@@ -110,8 +110,7 @@ int show(const char* path) {
   auto sizes = as<NSArray>(packages->valueForKey("installedSize"_ns));
   auto names = as<NSArray>(packages->valueForKey("name"_ns));
   auto sections = as<NSArray>(packages->valueForKey("section"_ns));
-  Ref<QZIndexMap> largestFirst =
-      sortMapUsingKeyPath(packages, "installedSize"_ns)->reverseMap();
+  Ref<QZIndexMap> largestFirst = sortMapUsingKeyPath(packages, "installedSize"_ns)->reverseMap();
   Ref<NSArray> sortedSizes = arrayUsingMap(sizes, largestFirst);
   Ref<NSArray> sortedNames = arrayUsingMap(names, largestFirst);
   Ref<NSArray> sortedSections = arrayUsingMap(sections, largestFirst);
@@ -121,9 +120,9 @@ int show(const char* path) {
   Ref<NSMutableArray> chosen = someDevelopmentLibraries(sortedSections);
   Ref<QZIndexMap> toFront = QZIndexMap::mapToMoveIndices_toIndex_count(chosen, 0, count);
   Ref<QZIndexMap> both = largestFirst->mapByApplyingMap(toFront);
-  printTable("With the largest development libraries moved to the front:",
-             arrayUsingMap(sizes, both), arrayUsingMap(names, both),
-             arrayUsingMap(sections, both), 6);
+  printTable(
+      "With the largest development libraries moved to the front:", arrayUsingMap(sizes, both),
+      arrayUsingMap(names, both), arrayUsingMap(sections, both), 6);
 
   // And everything is undone.
   Ref<NSArray> back = arrayUsingMap(arrayUsingMap(names, both), both->inverseMap());

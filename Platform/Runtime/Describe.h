@@ -74,13 +74,12 @@ struct MethodMaker {
                     [[maybe_unused]] Word a1, [[maybe_unused]] Word a2,
                     [[maybe_unused]] const Word* more, std::index_sequence<I...>) {
     if constexpr (std::is_void_v<R>) {
-      Call::call(self, ArgumentFromWord<A>::get(argumentWord<I>(a0, a1, a2, more), self, selector,
-                                                I)...);
+      Call::call(self,
+                 ArgumentFromWord<A>::get(argumentWord<I>(a0, a1, a2, more), self, selector, I)...);
       return 0;
     } else {
       return answerToWord(Call::call(
-          self,
-          ArgumentFromWord<A>::get(argumentWord<I>(a0, a1, a2, more), self, selector, I)...));
+          self, ArgumentFromWord<A>::get(argumentWord<I>(a0, a1, a2, more), self, selector, I)...));
     }
   }
 

@@ -56,8 +56,8 @@ Word convertAnswer(Word word, const ValueType& has, const ValueType& wanted,
     return convertScalar(word, has.kind, wanted.kind);
   dropAnswer(word, has);
   if (wanted.kind == Kind::Void || has.kind == Kind::Void) return 0;
-  raise(NSInvalidArgumentException, describeCall(receiver, selector) + " answers " +
-                                        typeName(has) + ", not " + typeName(wanted));
+  raise(NSInvalidArgumentException, describeCall(receiver, selector) + " answers " + typeName(has) +
+                                        ", not " + typeName(wanted));
 }
 
 // A forwarded message's arguments, converted to what its signature says.
@@ -106,14 +106,22 @@ Word convertScalar(Word word, Kind from, Kind to) noexcept {
   if (from == to) return word;
   if (isInteger(from) && isInteger(to)) {
     switch (to) {
-      case Kind::Bool: return word != 0;
-      case Kind::Int8: return toWord(static_cast<std::int8_t>(word));
-      case Kind::UInt8: return toWord(static_cast<std::uint8_t>(word));
-      case Kind::Int16: return toWord(static_cast<std::int16_t>(word));
-      case Kind::UInt16: return toWord(static_cast<std::uint16_t>(word));
-      case Kind::Int32: return toWord(static_cast<std::int32_t>(word));
-      case Kind::UInt32: return toWord(static_cast<std::uint32_t>(word));
-      default: return word;
+      case Kind::Bool:
+        return word != 0;
+      case Kind::Int8:
+        return toWord(static_cast<std::int8_t>(word));
+      case Kind::UInt8:
+        return toWord(static_cast<std::uint8_t>(word));
+      case Kind::Int16:
+        return toWord(static_cast<std::int16_t>(word));
+      case Kind::UInt16:
+        return toWord(static_cast<std::uint16_t>(word));
+      case Kind::Int32:
+        return toWord(static_cast<std::int32_t>(word));
+      case Kind::UInt32:
+        return toWord(static_cast<std::uint32_t>(word));
+      default:
+        return word;
     }
   }
   double value;
@@ -126,17 +134,28 @@ Word convertScalar(Word word, Kind from, Kind to) noexcept {
   else
     value = static_cast<double>(static_cast<std::int64_t>(word));
   switch (to) {
-    case Kind::Bool: return fromDouble<bool>(value);
-    case Kind::Int8: return fromDouble<std::int8_t>(value);
-    case Kind::UInt8: return fromDouble<std::uint8_t>(value);
-    case Kind::Int16: return fromDouble<std::int16_t>(value);
-    case Kind::UInt16: return fromDouble<std::uint16_t>(value);
-    case Kind::Int32: return fromDouble<std::int32_t>(value);
-    case Kind::UInt32: return fromDouble<std::uint32_t>(value);
-    case Kind::Int64: return fromDouble<std::int64_t>(value);
-    case Kind::UInt64: return fromDouble<std::uint64_t>(value);
-    case Kind::Float: return toWord(static_cast<float>(value));
-    default: return toWord(value);
+    case Kind::Bool:
+      return fromDouble<bool>(value);
+    case Kind::Int8:
+      return fromDouble<std::int8_t>(value);
+    case Kind::UInt8:
+      return fromDouble<std::uint8_t>(value);
+    case Kind::Int16:
+      return fromDouble<std::int16_t>(value);
+    case Kind::UInt16:
+      return fromDouble<std::uint16_t>(value);
+    case Kind::Int32:
+      return fromDouble<std::int32_t>(value);
+    case Kind::UInt32:
+      return fromDouble<std::uint32_t>(value);
+    case Kind::Int64:
+      return fromDouble<std::int64_t>(value);
+    case Kind::UInt64:
+      return fromDouble<std::uint64_t>(value);
+    case Kind::Float:
+      return toWord(static_cast<float>(value));
+    default:
+      return toWord(value);
   }
 }
 
@@ -146,9 +165,9 @@ Word sendSlowly(const DispatchEntry& entry, NSObject* receiver, Selector selecto
 
   const Method& method = *entry.method;
   if (arguments.size() < method.arguments.size())
-    raise(NSInvalidArgumentException,
-          describeCall(receiver, selector) + " takes " + std::to_string(method.arguments.size()) +
-              " arguments, " + std::to_string(arguments.size()) + " given");
+    raise(NSInvalidArgumentException, describeCall(receiver, selector) + " takes " +
+                                          std::to_string(method.arguments.size()) + " arguments, " +
+                                          std::to_string(arguments.size()) + " given");
   Word words[maxArguments] = {};
   for (std::size_t i = 0; i < method.arguments.size(); ++i) {
     const ValueType& wanted = *method.arguments[i];
@@ -160,8 +179,7 @@ Word sendSlowly(const DispatchEntry& entry, NSObject* receiver, Selector selecto
     else
       refuseKind(receiver, selector, i, wanted, given);
   }
-  const Word word =
-      callWithWords(entry.imp, receiver, selector, words, method.arguments.size());
+  const Word word = callWithWords(entry.imp, receiver, selector, words, method.arguments.size());
   if (answer == nullptr) {
     answer = method.answer;
     return word;
@@ -171,10 +189,10 @@ Word sendSlowly(const DispatchEntry& entry, NSObject* receiver, Selector selecto
 
 void refuseArgument(const NSObject* receiver, Selector selector, std::size_t position,
                     Class* wanted, const NSObject* given) {
-  raise(NSInvalidArgumentException,
-        describeCall(receiver, selector) + ": argument " + std::to_string(position + 1) +
-            " is of class " + std::string(given->classObject()->name()) + ", not " +
-            std::string(wanted->name()));
+  raise(NSInvalidArgumentException, describeCall(receiver, selector) + ": argument " +
+                                        std::to_string(position + 1) + " is of class " +
+                                        std::string(given->classObject()->name()) + ", not " +
+                                        std::string(wanted->name()));
 }
 
 void refuseAnswer(Selector selector, Class* wanted, const NSObject* given) {
@@ -224,8 +242,7 @@ std::int64_t Reply::integerValue() const {
   if (!detail::isInteger(type_->kind) && !detail::isFloating(type_->kind))
     detail::raise(NSInvalidArgumentException,
                   "the operation answers " + detail::typeName(*type_) + ", not an integer");
-  return static_cast<std::int64_t>(
-      detail::convertScalar(word_, type_->kind, detail::Kind::Int64));
+  return static_cast<std::int64_t>(detail::convertScalar(word_, type_->kind, detail::Kind::Int64));
 }
 
 Reply detail::performSlowly(NSObject* receiver, Selector selector, Word first, Word second,

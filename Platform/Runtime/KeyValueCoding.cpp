@@ -36,8 +36,7 @@ std::atomic<const Key*>& literalPlace(const NSString* text) {
 void rememberLiteral(const NSString* text, const Key& key) {
   if (vptrOf(text) != vptrOf(""_ns)) return;
   const NSString* known = nullptr;
-  if (key.literal.compare_exchange_strong(known, text, std::memory_order_relaxed) ||
-      known == text)
+  if (key.literal.compare_exchange_strong(known, text, std::memory_order_relaxed) || known == text)
     literalPlace(text).store(&key, std::memory_order_release);
 }
 
@@ -105,31 +104,41 @@ const DispatchEntry* findGetter(const NSObject* object, const Key* key) {
   const DispatchEntry& entry = lookUp(object, key->getter);
   static_assert(static_cast<int>(Kind::Void) == 0 && Kind::Double < Kind::Bytes &&
                 Kind::Bytes < Kind::Value && static_cast<Shape>(Kind::Value) < missingShape);
-  const bool isValue = shapeArguments(entry.shape) == 0 &&
-                       shapeAnswer(entry.shape) != Kind::Void &&
+  const bool isValue = shapeArguments(entry.shape) == 0 && shapeAnswer(entry.shape) != Kind::Void &&
                        shapeAnswer(entry.shape) <= Kind::Double;
   return isValue ? &entry : nullptr;
 }
 
 Ref<NSObject> boxWord(Word word, Kind kind) {
   switch (kind) {
-    case Kind::Object: return Ref<NSObject>(reinterpret_cast<NSObject*>(word), adopt);
-    case Kind::Selector: return NSStringFromSelector(plainFromWord<Selector>(word));
-    case Kind::Bool: return NSNumber::numberWithBool(word != 0);
-    case Kind::Int8: return NSNumber::numberWithChar(plainFromWord<signed char>(word));
+    case Kind::Object:
+      return Ref<NSObject>(reinterpret_cast<NSObject*>(word), adopt);
+    case Kind::Selector:
+      return NSStringFromSelector(plainFromWord<Selector>(word));
+    case Kind::Bool:
+      return NSNumber::numberWithBool(word != 0);
+    case Kind::Int8:
+      return NSNumber::numberWithChar(plainFromWord<signed char>(word));
     case Kind::UInt8:
       return NSNumber::numberWithUnsignedChar(plainFromWord<unsigned char>(word));
-    case Kind::Int16: return NSNumber::numberWithShort(plainFromWord<std::int16_t>(word));
+    case Kind::Int16:
+      return NSNumber::numberWithShort(plainFromWord<std::int16_t>(word));
     case Kind::UInt16:
       return NSNumber::numberWithUnsignedShort(plainFromWord<std::uint16_t>(word));
-    case Kind::Int32: return NSNumber::numberWithInt(plainFromWord<std::int32_t>(word));
-    case Kind::UInt32: return NSNumber::numberWithUnsignedInt(plainFromWord<std::uint32_t>(word));
-    case Kind::Int64: return NSNumber::numberWithLongLong(plainFromWord<std::int64_t>(word));
+    case Kind::Int32:
+      return NSNumber::numberWithInt(plainFromWord<std::int32_t>(word));
+    case Kind::UInt32:
+      return NSNumber::numberWithUnsignedInt(plainFromWord<std::uint32_t>(word));
+    case Kind::Int64:
+      return NSNumber::numberWithLongLong(plainFromWord<std::int64_t>(word));
     case Kind::UInt64:
       return NSNumber::numberWithUnsignedLongLong(plainFromWord<std::uint64_t>(word));
-    case Kind::Float: return NSNumber::numberWithFloat(plainFromWord<float>(word));
-    case Kind::Double: return NSNumber::numberWithDouble(plainFromWord<double>(word));
-    default: return nullptr;
+    case Kind::Float:
+      return NSNumber::numberWithFloat(plainFromWord<float>(word));
+    case Kind::Double:
+      return NSNumber::numberWithDouble(plainFromWord<double>(word));
+    default:
+      return nullptr;
   }
 }
 
@@ -150,25 +159,41 @@ Word ask(NSObject* value, Selector exact) {
 Word unboxWord(NSObject* value, Kind kind) {
   if (auto* number = as<NSNumber>(value)) {
     switch (kind) {
-      case Kind::Int32: return toWord(number->intValue());
-      case Kind::Bool: return number->boolValue();
-      case Kind::Int64: return toWord(number->longLongValue());
-      case Kind::Double: return toWord(number->doubleValue());
-      default: break;
+      case Kind::Int32:
+        return toWord(number->intValue());
+      case Kind::Bool:
+        return number->boolValue();
+      case Kind::Int64:
+        return toWord(number->longLongValue());
+      case Kind::Double:
+        return toWord(number->doubleValue());
+      default:
+        break;
     }
   }
   switch (kind) {
-    case Kind::Bool: return ask<bool>(value, "boolValue"_sel);
-    case Kind::Int8: return ask<std::int8_t>(value, "charValue"_sel);
-    case Kind::UInt8: return ask<std::uint8_t>(value, "unsignedCharValue"_sel);
-    case Kind::Int16: return ask<std::int16_t>(value, "shortValue"_sel);
-    case Kind::UInt16: return ask<std::uint16_t>(value, "unsignedShortValue"_sel);
-    case Kind::Int32: return ask<std::int32_t>(value, "intValue"_sel);
-    case Kind::UInt32: return ask<std::uint32_t>(value, "unsignedIntValue"_sel);
-    case Kind::Int64: return ask<std::int64_t>(value, "longLongValue"_sel);
-    case Kind::UInt64: return ask<std::uint64_t>(value, "unsignedLongLongValue"_sel);
-    case Kind::Float: return ask<float>(value, "floatValue"_sel);
-    default: return ask<double>(value, "doubleValue"_sel);
+    case Kind::Bool:
+      return ask<bool>(value, "boolValue"_sel);
+    case Kind::Int8:
+      return ask<std::int8_t>(value, "charValue"_sel);
+    case Kind::UInt8:
+      return ask<std::uint8_t>(value, "unsignedCharValue"_sel);
+    case Kind::Int16:
+      return ask<std::int16_t>(value, "shortValue"_sel);
+    case Kind::UInt16:
+      return ask<std::uint16_t>(value, "unsignedShortValue"_sel);
+    case Kind::Int32:
+      return ask<std::int32_t>(value, "intValue"_sel);
+    case Kind::UInt32:
+      return ask<std::uint32_t>(value, "unsignedIntValue"_sel);
+    case Kind::Int64:
+      return ask<std::int64_t>(value, "longLongValue"_sel);
+    case Kind::UInt64:
+      return ask<std::uint64_t>(value, "unsignedLongLongValue"_sel);
+    case Kind::Float:
+      return ask<float>(value, "floatValue"_sel);
+    default:
+      return ask<double>(value, "doubleValue"_sel);
   }
 }
 

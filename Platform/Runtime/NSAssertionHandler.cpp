@@ -40,9 +40,9 @@ void NSAssertionHandler::setCurrentHandler(NSAssertionHandler* handler) {
 void NSAssertionHandler::handleFailureInMethod_object_file_lineNumber_description(
     Selector selector, NSObject* object, NSString* file, std::int32_t lineNumber,
     NSString* description) {
-  const std::string where =
-      "-[" + std::string(object == nullptr ? "nil" : object->classObject()->name()) + " " +
-      std::string(selector.name()) + "]";
+  const std::string where = "-[" +
+                            std::string(object == nullptr ? "nil" : object->classObject()->name()) +
+                            " " + std::string(selector.name()) + "]";
   fail(NSString::stringWithUTF8String(where), file, lineNumber, description);
 }
 

@@ -23,9 +23,11 @@ class NSAssertionHandler : public Derives<NSAssertionHandler, NSObject> {
   /// A failure inside a method of `object`; the texts and the Object may be nil. The default's
   /// exception has `description` as its reason, and as user information the operation, the file and
   /// the line under "NSAssertionOperation", "NSAssertionFile" and "NSAssertionLine".
-  virtual void handleFailureInMethod_object_file_lineNumber_description(
-      Selector selector, NSObject* object, NSString* file, std::int32_t lineNumber,
-      NSString* description);
+  virtual void handleFailureInMethod_object_file_lineNumber_description(Selector selector,
+                                                                        NSObject* object,
+                                                                        NSString* file,
+                                                                        std::int32_t lineNumber,
+                                                                        NSString* description);
 
   /// A failure inside a function.
   virtual void handleFailureInFunction_file_lineNumber_description(NSString* function,

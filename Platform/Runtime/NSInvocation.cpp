@@ -23,9 +23,9 @@ Word converted(TypedWord given, const ValueType& wanted, const char* what) {
   const bool sameKind = given.type->kind == wanted.kind;
   const bool typed = wanted.kind == Kind::Bytes || wanted.kind == Kind::Value;
   if (!sameKind || (typed && *given.type->type != *wanted.type))
-    detail::raise(NSInvalidArgumentException, std::string("NSInvocation: ") + what + " is of type " +
-                                                  detail::typeName(wanted) + ", not " +
-                                                  detail::typeName(*given.type));
+    detail::raise(NSInvalidArgumentException, std::string("NSInvocation: ") + what +
+                                                  " is of type " + detail::typeName(wanted) +
+                                                  ", not " + detail::typeName(*given.type));
   if (wanted.kind == Kind::Object && wanted.objectClass != nullptr && given.word != 0) {
     auto* object = reinterpret_cast<NSObject*>(given.word);
     if (!object->isKindOfClass(wanted.objectClass()))
@@ -78,11 +78,11 @@ void NSInvocation::setTyped(TypedWord value, std::uint32_t index) {
   Word word = converted(value, wanted, "the argument");
   if (wanted.kind == Kind::Value) {
     if (wanted.copy == nullptr)
-      detail::raise(NSInvalidArgumentException,
-                    "NSInvocation: a value of type " + detail::typeName(wanted) +
-                        " cannot be kept, because it cannot be copied");
-    copies_[i] = std::shared_ptr<void>(wanted.copy(reinterpret_cast<const void*>(word)),
-                                       wanted.destroy);
+      detail::raise(NSInvalidArgumentException, "NSInvocation: a value of type " +
+                                                    detail::typeName(wanted) +
+                                                    " cannot be kept, because it cannot be copied");
+    copies_[i] =
+        std::shared_ptr<void>(wanted.copy(reinterpret_cast<const void*>(word)), wanted.destroy);
     word = reinterpret_cast<Word>(copies_[i].get());
   } else if (wanted.kind == Kind::Object && retained_) {
     retain(reinterpret_cast<NSObject*>(word));

@@ -46,8 +46,8 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
   A argumentAtIndex(std::uint32_t index) const {
     detail::Word word = typedArgument(index, detail::valueType<A>);
     if constexpr (detail::isRef<A>)
-      return detail::resultFromWord<A>(
-          detail::answerToWord(reinterpret_cast<NSObject*>(word)), selector_);
+      return detail::resultFromWord<A>(detail::answerToWord(reinterpret_cast<NSObject*>(word)),
+                                       selector_);
     else if constexpr (detail::kindOf<A>() == detail::Kind::Value)
       return *reinterpret_cast<const A*>(word);
     else
@@ -69,8 +69,8 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
   R returnValue() const {
     detail::Word word = typedReturn(detail::valueType<R>);
     if constexpr (detail::isRef<R>)
-      return detail::resultFromWord<R>(
-          detail::answerToWord(reinterpret_cast<NSObject*>(word)), selector_);
+      return detail::resultFromWord<R>(detail::answerToWord(reinterpret_cast<NSObject*>(word)),
+                                       selector_);
     else if constexpr (detail::kindOf<R>() == detail::Kind::Value)
       return word == 0 ? R() : *reinterpret_cast<const R*>(word);
     else

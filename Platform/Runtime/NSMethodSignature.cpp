@@ -12,11 +12,14 @@ namespace detail {
 
 std::string typeName(const ValueType& type) {
   switch (type.kind) {
-    case Kind::Void: return "void";
+    case Kind::Void:
+      return "void";
     case Kind::Object:
       return type.objectClass == nullptr ? "NSObject" : std::string(type.objectClass()->name());
-    case Kind::Selector: return "Selector";
-    default: break;
+    case Kind::Selector:
+      return "Selector";
+    default:
+      break;
   }
   int status = 0;
   std::unique_ptr<char, decltype(&std::free)> name(
@@ -36,9 +39,9 @@ std::uint32_t NSMethodSignature::numberOfArguments() const noexcept {
 
 Ref<NSString> NSMethodSignature::getArgumentTypeAtIndex(std::uint32_t index) const {
   if (index >= numberOfArguments())
-    detail::raise(NSInvalidArgumentException,
-                  "NSMethodSignature: index " + std::to_string(index) + " beyond " +
-                      std::to_string(numberOfArguments()) + " arguments");
+    detail::raise(NSInvalidArgumentException, "NSMethodSignature: index " + std::to_string(index) +
+                                                  " beyond " + std::to_string(numberOfArguments()) +
+                                                  " arguments");
   if (index == 0) return "NSObject"_ns;
   if (index == 1) return "Selector"_ns;
   return NSString::stringWithUTF8String(detail::typeName(*arguments_[index - 2]));

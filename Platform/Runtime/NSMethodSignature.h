@@ -40,9 +40,7 @@ class NSMethodSignature : public Derives<NSMethodSignature, NSObject> {
   Ref<NSString> description() const override;
 
   const detail::ValueType* answerType() const noexcept { return answer_; }
-  const std::vector<const detail::ValueType*>& argumentTypes() const noexcept {
-    return arguments_;
-  }
+  const std::vector<const detail::ValueType*>& argumentTypes() const noexcept { return arguments_; }
 
  private:
   template <class R, class... A>

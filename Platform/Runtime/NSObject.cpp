@@ -14,9 +14,7 @@
 
 namespace qz {
 
-void NSObject::releaseShared() const noexcept {
-  const std::int32_t before = count_.fetch_sub(one, std::memory_order_acq_rel);
-  if ((before & ~weakBit) != one) return;
+void NSObject::destroyLast(std::int32_t before) const noexcept {
   if ((before & weakBit) != 0) detail::ObjectAccess::emptyWeakBox(this);
   count_.store(destroying, std::memory_order_relaxed);
   delete this;
@@ -26,9 +24,8 @@ bool detail::ObjectAccess::tryRetain(const NSObject* object) noexcept {
   std::int32_t count = object->count_.load(std::memory_order_relaxed);
   do {
     if (count < NSObject::one) return false;
-  } while (!object->count_.compare_exchange_weak(count, count + NSObject::one,
-                                                 std::memory_order_acquire,
-                                                 std::memory_order_relaxed));
+  } while (!object->count_.compare_exchange_weak(
+      count, count + NSObject::one, std::memory_order_acquire, std::memory_order_relaxed));
   return true;
 }
 
@@ -77,8 +74,8 @@ Implementation NSObject::methodForSelector(Selector selector) const {
 namespace {
 Ref<NSMethodSignature> signatureOf(const detail::Method* method) {
   if (method == nullptr) return nullptr;
-  return make<NSMethodSignature>(
-      method->answer, std::vector(method->arguments.begin(), method->arguments.end()));
+  return make<NSMethodSignature>(method->answer,
+                                 std::vector(method->arguments.begin(), method->arguments.end()));
 }
 }  // namespace
 
@@ -91,9 +88,9 @@ void NSObject::forwardInvocation(NSInvocation* invocation) {
 }
 
 void NSObject::doesNotRecognizeSelector(Selector selector) const {
-  detail::raise(NSInvalidArgumentException,
-                "-[" + std::string(classObject()->name()) + " " + std::string(selector.name()) +
-                    "]: unrecognized selector sent to instance");
+  detail::raise(NSInvalidArgumentException, "-[" + std::string(classObject()->name()) + " " +
+                                                std::string(selector.name()) +
+                                                "]: unrecognized selector sent to instance");
 }
 
 bool equal(NSObject* a, NSObject* b) {

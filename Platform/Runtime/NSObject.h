@@ -94,8 +94,7 @@ class NSObject {
   /// or raises.
   Reply performSelector(Selector selector);
   Reply performSelector_withObject(Selector selector, NSObject* object);
-  Reply performSelector_withObject_withObject(Selector selector, NSObject* first,
-                                              NSObject* second);
+  Reply performSelector_withObject_withObject(Selector selector, NSObject* first, NSObject* second);
 
   /// The operation's entry point, for loops that send one Selector many times.
   Implementation methodForSelector(Selector selector) const;
@@ -173,7 +172,8 @@ class NSObject {
   static constexpr std::int32_t immortal = INT32_MIN;
   static constexpr std::int32_t destroying = INT32_MIN / 2;
 
-  void releaseShared() const noexcept;
+  /// The last owner has gone; `before` is the count it found.
+  void destroyLast(std::int32_t before) const noexcept;
 
   mutable std::atomic<std::int32_t> count_{one};
   mutable std::atomic<std::uint8_t> flags_{0};
@@ -192,7 +192,9 @@ inline void release(const NSObject* object) noexcept {
     object->count_.store(NSObject::destroying, std::memory_order_relaxed);
     delete object;
   } else if (count >= 0) {
-    object->releaseShared();
+    const std::int32_t before = object->count_.fetch_sub(NSObject::one, std::memory_order_acq_rel);
+    if ((before & ~NSObject::weakBit) == NSObject::one) [[unlikely]]
+      object->destroyLast(before);
   }
 }
 

@@ -29,7 +29,8 @@ class NSObject;
 /// Adds one owner to `object`; nil is allowed. Any thread. Prefer `Ref`.
 void retain(const NSObject* object) noexcept;
 
-/// Takes one owner from `object` and destroys it when that was the last; nil is allowed. Any thread.
+/// Takes one owner from `object` and destroys it when that was the last; nil is allowed. Any
+/// thread.
 void release(const NSObject* object) noexcept;
 
 /// Tells `Ref` to take over a count that the caller already owns.
@@ -60,14 +61,14 @@ class Ref {
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
 
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ref(const Ref<U>& other) noexcept : object_(other.get()) {  // NOLINT
+  requires std::is_convertible_v<U*, T*> Ref(const Ref<U>& other)
+  noexcept : object_(other.get()) {  // NOLINT
     retain(object_);
   }
 
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ref(Ref<U>&& other) noexcept : object_(other.leak()) {}  // NOLINT
+  requires std::is_convertible_v<U*, T*> Ref(Ref<U>&& other)
+  noexcept : object_(other.leak()) {}  // NOLINT
 
   ~Ref() { release(object_); }
 

@@ -62,7 +62,8 @@ void runPendingHooks() {
 const DispatchEntry* publish(const SelectorRecord& record, const DispatchEntry& entry) {
   auto& registry = everlasting<Registry>();
   const DispatchTable* old = record.dispatch.load(std::memory_order_relaxed);
-  auto table = std::make_unique<const DispatchTable>(DispatchTable{VptrTable<DispatchEntry>::with(*old, entry)});
+  auto table = std::make_unique<const DispatchTable>(
+      DispatchTable{VptrTable<DispatchEntry>::with(*old, entry)});
   const DispatchEntry* added = table->find(entry.key);
   record.dispatch.store(table.get(), std::memory_order_release);
   registry.tables.push_back(std::move(table));
@@ -160,8 +161,8 @@ const DispatchEntry* lookUpSlowly(const NSObject* receiver, Selector selector) {
     if (const auto* known = record.dispatch.load(std::memory_order_acquire)->find(key))
       return known;
 
-  Class* aClass = toClass ? const_cast<Class*>(static_cast<const Class*>(receiver))
-                          : receiver->classObject();
+  Class* aClass =
+      toClass ? const_cast<Class*>(static_cast<const Class*>(receiver)) : receiver->classObject();
   ClassTables::ensureInitialized(aClass);
 
   RuntimeGuard guard;
@@ -237,11 +238,10 @@ void addTo(MethodTable& methods, Class* owner, std::string_view category, std::s
     raise(NSInternalInconsistencyException,
           std::string(what) + full + " takes " + std::to_string(spec.arguments.size()) +
               " arguments, its name calls for " + std::to_string(selector.numberOfArguments()));
-  const bool added =
-      methods
-          .emplace(selector, Method{selector, spec.imp, spec.shape, spec.answer, spec.arguments,
-                                    owner, category})
-          .second;
+  const bool added = methods
+                         .emplace(selector, Method{selector, spec.imp, spec.shape, spec.answer,
+                                                   spec.arguments, owner, category})
+                         .second;
   if (!added) raise(NSInternalInconsistencyException, std::string(what) + full + " exists already");
   forget(selector);
 }

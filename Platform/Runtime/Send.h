@@ -141,8 +141,7 @@ Reply perform(NSObject* receiver, Selector selector, Word first = 0, Word second
   const DispatchEntry* entry = lookUpAtOnce(receiver, selector);
   if (entry != nullptr && (entry->shape & allObjectsBit) != 0 &&
       shapeArguments(entry->shape) <= count) [[likely]]
-    return Reply(entry->imp(receiver, selector, first, second, 0, nullptr),
-                 entry->method->answer);
+    return Reply(entry->imp(receiver, selector, first, second, 0, nullptr), entry->method->answer);
   return performSlowly(receiver, selector, first, second, count);
 }
 

@@ -5,8 +5,8 @@
 
 #include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSString.h"
-#include "Platform/Values/detail/StringDescriptions.h"
 #include "Platform/Values/detail/NumberText.h"
+#include "Platform/Values/detail/StringDescriptions.h"
 #include "Platform/Values/detail/UnitKinds.h"
 
 namespace qz {

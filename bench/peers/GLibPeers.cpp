@@ -51,11 +51,9 @@ void initialiseClass(gpointer memory, gpointer) {
   aClass->finalize = &finalize;
   const auto readWrite = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS);
   g_object_class_install_property(
-      aClass, propertyAge,
-      g_param_spec_int("age", "age", "age", G_MININT, G_MAXINT, 0, readWrite));
+      aClass, propertyAge, g_param_spec_int("age", "age", "age", G_MININT, G_MAXINT, 0, readWrite));
   g_object_class_install_property(
-      aClass, propertyNext,
-      g_param_spec_object("next", "next", "next", G_TYPE_OBJECT, readWrite));
+      aClass, propertyNext, g_param_spec_object("next", "next", "next", G_TYPE_OBJECT, readWrite));
   const GType type = G_TYPE_FROM_CLASS(memory);
   g_signal_new_class_handler("age", type, G_SIGNAL_RUN_LAST,
                              reinterpret_cast<GCallback>(&answerAge), nullptr, nullptr, nullptr,

@@ -116,11 +116,9 @@ void readPath(benchmark::State& state) {
   QtPerson middle(0, &last);
   QtPerson person(0, &middle);
   for (auto _ : state) {
-    QVariant age = person.property("next")
-                       .value<QObject*>()
-                       ->property("next")
-                       .value<QObject*>()
-                       ->property("age");
+    QVariant age =
+        person.property("next").value<QObject*>()->property("next").value<QObject*>()->property(
+            "age");
     benchmark::DoNotOptimize(age);
   }
 }

@@ -135,8 +135,7 @@ void printMemory(std::ostream& out) {
     const auto bytes = [&cases = cases](const std::string& name) {
       const auto build = cases.builds.find(name);
       if (build == cases.builds.end()) return 0.0;
-      return residentBytes(build->second, cases.row.count) /
-             static_cast<double>(cases.row.count);
+      return residentBytes(build->second, cases.row.count) / static_cast<double>(cases.row.count);
     };
     const double ours = bytes("ours");
     out << "| " << cases.row.operation << " | " << cases.row.reference << " | "

@@ -26,7 +26,8 @@ using Case = void (*)(benchmark::State& state);
 struct Row {
   std::string operation;
   std::string reference;
-  double target = 0;  ///< The most that ours may cost, in references; 0 for a row that only informs.
+  double target =
+      0;  ///< The most that ours may cost, in references; 0 for a row that only informs.
 };
 
 /// Enters a row. A case that does many operations in each iteration says so with

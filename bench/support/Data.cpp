@@ -11,8 +11,7 @@ std::int32_t below(std::mt19937& random, std::int32_t bound) {
 }
 
 std::string randomWord(std::mt19937& random, std::int32_t shortest, std::int32_t longest) {
-  std::string word(static_cast<std::size_t>(shortest + below(random, longest - shortest + 1)),
-                   'a');
+  std::string word(static_cast<std::size_t>(shortest + below(random, longest - shortest + 1)), 'a');
   for (char& letter : word) letter = static_cast<char>('a' + below(random, 26));
   return word;
 }
@@ -46,8 +45,8 @@ std::vector<std::string> randomPaths(std::size_t count) {
   for (std::string& folder : folders) folder = "/usr/share/" + randomWord(random, 4, 12) + "/";
   std::vector<std::string> paths(count);
   for (std::string& path : paths)
-    path = folders[static_cast<std::size_t>(below(random, 200))] + randomWord(random, 4, 16) +
-           ".txt";
+    path =
+        folders[static_cast<std::size_t>(below(random, 200))] + randomWord(random, 4, 16) + ".txt";
   return paths;
 }
 

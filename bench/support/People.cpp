@@ -15,15 +15,13 @@ class Worker : public Derives<Worker<Kind>, Person> {
   using Derives<Worker<Kind>, Person>::Derives;
 
   int ageOfWorker() const { return this->age_ + Kind; }
-  NSComparisonResult compareAgeOfWorker(Person* other) const {
-    return Person::compareByAge(other);
-  }
+  NSComparisonResult compareAgeOfWorker(Person* other) const { return Person::compareByAge(other); }
 };
 
 template <int Kind>
 void Worker<Kind>::describe(ClassDescription<Worker>& is) {
-  static constexpr char name[] = {'B', 'e', 'n', 'c', 'h', 'W', 'o', 'r', 'k', 'e', 'r', '0' + Kind,
-                                  '\0'};
+  static constexpr char name[] = {'B', 'e', 'n', 'c', 'h',        'W', 'o',
+                                  'r', 'k', 'e', 'r', '0' + Kind, '\0'};
   is.named(name)
       .template method<&Worker::ageOfWorker>("age")
       .template method<&Worker::compareAgeOfWorker>("compareByAge:");
@@ -66,8 +64,8 @@ People makeMixedPeople(const std::vector<std::int32_t>& ages) {
   const auto kinds = randomInts(ages.size(), static_cast<std::int32_t>(classes));
   People people;
   for (std::size_t i = 0; i < ages.size(); ++i)
-    people.push_back(makers[static_cast<std::size_t>(kinds[i])](
-        ages[i], make<Company>(make<Address>(ages[i]))));
+    people.push_back(
+        makers[static_cast<std::size_t>(kinds[i])](ages[i], make<Company>(make<Address>(ages[i]))));
   return people;
 }
 

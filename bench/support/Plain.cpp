@@ -55,8 +55,8 @@ People makeMixedPeople(const std::vector<std::int32_t>& ages) {
   const auto kinds = randomInts(ages.size(), static_cast<std::int32_t>(classes));
   People people;
   for (std::size_t i = 0; i < ages.size(); ++i)
-    people.push_back(Handle<Person>(
-        makers[static_cast<std::size_t>(kinds[i])](ages[i], newEmployer(ages[i]))));
+    people.push_back(
+        Handle<Person>(makers[static_cast<std::size_t>(kinds[i])](ages[i], newEmployer(ages[i]))));
   return people;
 }
 

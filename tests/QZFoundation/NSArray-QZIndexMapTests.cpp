@@ -114,8 +114,7 @@ TEST(MapSort, KeysGiveThePermutationThatSendingGives) {
       },
       [&]() -> Ref<NSNumber> {  // no key type holds all of these
         const std::uint64_t large[] = {~0ull, 1ull << 63, (1ull << 53) + 1, 3};
-        if (random() % 2 == 0)
-          return NSNumber::numberWithUnsignedLongLong(large[random() % 4]);
+        if (random() % 2 == 0) return NSNumber::numberWithUnsignedLongLong(large[random() % 4]);
         return NSNumber::numberWithDouble(9007199254740992.0);
       },
       [&] {
@@ -183,8 +182,8 @@ TEST(MapSort, SortsByKeyPathsWithNilAndCase) {
   for (NSString* name : {"bob"_ns, "Ann"_ns, "carl"_ns}) people->addObject(make<Person>(name));
   EXPECT_THAT(sortMapUsingKeyPath(people, "name"_ns)->entries(), ElementsAre(1, 0, 2));
   EXPECT_THAT(sortMapUsingKeyPath(people, "name.length"_ns)->entries().front(), ::testing::Ne(2));
-  auto folded = sortMapUsingKeyPath_selector(people, "name"_ns,
-                                             "caseInsensitiveCompare:usingKeyPath:"_sel);
+  auto folded =
+      sortMapUsingKeyPath_selector(people, "name"_ns, "caseInsensitiveCompare:usingKeyPath:"_sel);
   EXPECT_THAT(folded->entries(), ElementsAre(1, 0, 2));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { sortMapUsingKeyPath(people, "size"_ns); }));
   auto nameless = NSArray::arrayWithObjects({make<Person>(), make<Person>()});
@@ -208,8 +207,8 @@ TEST(MapSort, ReordersInPlaceAndKeepsEveryElementAlive) {
   EXPECT_EQ(people->count(), 4u);
 
   const std::int32_t outside[] = {0, 1, 2, 4};
-  for (auto bad : {QZIndexMap::identityMapWithCount(3),
-                   QZIndexMap::initWithIndices_count(outside, 4)}) {
+  for (auto bad :
+       {QZIndexMap::identityMapWithCount(3), QZIndexMap::initWithIndices_count(outside, 4)}) {
     EXPECT_TRUE(raises(NSRangeException, [&] { reorderUsingMap(people, bad); }));
     EXPECT_TRUE(raises(NSRangeException, [&] { arrayUsingMap(people, bad); }));
   }
@@ -235,8 +234,8 @@ TEST(MapSort, MillionsOfEqualOrOrganPipeElementsAreNoTrouble) {
 
 TEST(MapSort, AnswersBySelector) {
   auto array = as<NSMutableArray>(numbers({2, 1})->mutableCopy());
-  auto map = send<Ref<QZIndexMap>>(array, "sortMapUsingSelector:withObject:"_sel, "compare:"_sel,
-                                   nullptr);
+  auto map =
+      send<Ref<QZIndexMap>>(array, "sortMapUsingSelector:withObject:"_sel, "compare:"_sel, nullptr);
   EXPECT_THAT(map->entries(), ElementsAre(1, 0));
   send<void>(array, "reorderUsingMap:"_sel, map);
   EXPECT_TRUE(array->isEqual(numbers({1, 2})));

@@ -35,8 +35,8 @@ TEST(NSObjectQZFoundation, ComparesByKeyPath) {
   EXPECT_EQ(caseInsensitiveCompare_usingKeyPath(ann, bob, "name"_ns), NSOrderedAscending);
   auto nobody = make<Person>();
   EXPECT_EQ(compare_usingKeyPath(nobody, bob, "name"_ns), NSOrderedSame);
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { compare_usingKeyPath(bob, nobody, "name"_ns); }));
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [&] { compare_usingKeyPath(bob, nobody, "name"_ns); }));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { compare_usingKeyPath(bob, ann, "x"_ns); }));
   auto sorted = NSArray::arrayWithObjects({bob, ann})
                     ->sortedArrayUsingFunction_context(&QZCompareByKeyPath, "age"_ns);

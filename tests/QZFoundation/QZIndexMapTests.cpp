@@ -83,9 +83,8 @@ TEST(QZIndexMap, MovesListedElements) {
   EXPECT_THAT(move({}, 2, 3)->entries(), ElementsAre(0, 1, 2));
   EXPECT_THAT(move({}, 0, -3)->entries(), IsEmpty());
   for (auto bad : {numbers({6}), numbers({-1}), numbers({1, 2, 1}), numbers({INT32_MAX})})
-    EXPECT_TRUE(raises(NSRangeException, [&] {
-      QZIndexMap::mapToMoveIndices_toIndex_count(bad, 2, 6);
-    }));
+    EXPECT_TRUE(
+        raises(NSRangeException, [&] { QZIndexMap::mapToMoveIndices_toIndex_count(bad, 2, 6); }));
   EXPECT_TRUE(raises(NSRangeException, [&] { move({0}, 0, -1); }));
 }
 
@@ -97,8 +96,8 @@ TEST(QZIndexMap, ComposesReversesAndInverts) {
     auto composed = m->mapByApplyingMap(o);
     for (std::int32_t i = 0; i < count; ++i)
       EXPECT_EQ(composed->indexForIndex(i), m->indexForIndex(o->indexForIndex(i)));
-    EXPECT_TRUE(m->mapByApplyingMap(m->inverseMap())
-                    ->isEqual(QZIndexMap::identityMapWithCount(count)));
+    EXPECT_TRUE(
+        m->mapByApplyingMap(m->inverseMap())->isEqual(QZIndexMap::identityMapWithCount(count)));
     EXPECT_TRUE(m->inverseMap()->inverseMap()->isEqual(m));
     EXPECT_EQ(m->inverseMap()->inverseMap()->hash(), m->hash());
     EXPECT_TRUE(m->reverseMap()->reverseMap()->isEqual(m));
@@ -156,8 +155,8 @@ TEST(QZIndexMap, AnswersBySelector) {
   Class* aClass = NSClassFromString("QZIndexMap"_ns);
   auto map = send<Ref<QZIndexMap>>(aClass, "initWithIndices:"_sel, numbers({1, 0, 2}));
   auto empty = send<Ref<NSObject>>(aClass, "alloc"_sel);
-  EXPECT_TRUE(send<Ref<QZIndexMap>>(empty, "initWithIndices:"_sel, numbers({1, 0, 2}))
-                  ->isEqual(map));
+  EXPECT_TRUE(
+      send<Ref<QZIndexMap>>(empty, "initWithIndices:"_sel, numbers({1, 0, 2}))->isEqual(map));
   EXPECT_EQ(send<int>(map, "indexForIndex:"_sel, 1), 0);
   EXPECT_EQ(send<const std::int32_t*>(map, "indices"_sel), map->indices());
   const std::int32_t entries[] = {1, 0};

@@ -28,8 +28,7 @@ constinit PoolCache freshCache{};
 }  // namespace
 
 // GCC forgets the model of the declaration unless the definition says it again.
-[[gnu::tls_model("initial-exec")]]
-constinit thread_local PoolCache* currentPoolCache = &freshCache;
+[[gnu::tls_model("initial-exec")]] constinit thread_local PoolCache* currentPoolCache = &freshCache;
 
 #if defined(QZ_POOL_BYPASSED)
 

@@ -41,8 +41,8 @@ struct PoolCache {
 // Never null: a thread without a cache points at an empty one with no room, which sends both
 // allocation and release to the slow path without a test of its own. The initial-exec model and
 // constant initialisation keep each access to a single instruction in a shared object.
-[[gnu::visibility("default"), gnu::tls_model("initial-exec")]]
-extern constinit thread_local PoolCache* currentPoolCache;
+[[gnu::visibility("default"),
+  gnu::tls_model("initial-exec")]] extern constinit thread_local PoolCache* currentPoolCache;
 
 [[gnu::visibility("default"), gnu::noinline]] void* poolAllocateSlow(std::size_t size);
 [[gnu::visibility("default"), gnu::noinline]] void poolFreeSlow(void* block,
@@ -61,7 +61,8 @@ constexpr std::size_t poolClassOf(std::size_t size) noexcept {
   if (size > kPoolMaxSize) return ::operator new(size);
   PoolBin& bin = currentPoolCache->bins[poolClassOf(size)];
   PoolBlock* block = bin.head;
-  if (block == nullptr) [[unlikely]] return poolAllocateSlow(size);
+  if (block == nullptr) [[unlikely]]
+    return poolAllocateSlow(size);
   bin.head = block->next;
   ++bin.room;
   return block;

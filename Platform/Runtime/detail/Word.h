@@ -58,16 +58,17 @@ struct ValueType {
   Kind kind;
   const std::type_info* type = nullptr;  ///< Of anything but Objects.
   Class* (*objectClass)() = nullptr;     ///< Objects: the class asked for; null for any Object.
-  void* (*copy)(const void*) = nullptr;       ///< Value: a copy on the heap; null when it cannot be copied.
+  void* (*copy)(const void*) =
+      nullptr;  ///< Value: a copy on the heap; null when it cannot be copied.
   void (*destroy)(void*) noexcept = nullptr;  ///< Value: destroys a copy or an answer.
 };
 
 template <class T>
 inline constexpr bool isObjectPointer = false;
 template <class T>
-inline constexpr bool isObjectPointer<T*> =
-    std::is_same_v<std::remove_const_t<T>, NSObject> ||
-    (!std::is_void_v<T> && requires(T* p) { static_cast<const NSObject*>(p); });
+inline constexpr bool isObjectPointer<T*> = std::is_same_v<std::remove_const_t<T>, NSObject> ||
+                                            (!std::is_void_v<T> &&
+                                             requires(T * p) { static_cast<const NSObject*>(p); });
 
 template <class T>
 struct ObjectTypeOf {
@@ -99,10 +100,14 @@ constexpr Kind kindOf() {
   } else if constexpr (std::is_integral_v<T>) {
     constexpr bool isSigned = std::is_signed_v<T>;
     switch (sizeof(T)) {
-      case 1: return isSigned ? Kind::Int8 : Kind::UInt8;
-      case 2: return isSigned ? Kind::Int16 : Kind::UInt16;
-      case 4: return isSigned ? Kind::Int32 : Kind::UInt32;
-      default: return isSigned ? Kind::Int64 : Kind::UInt64;
+      case 1:
+        return isSigned ? Kind::Int8 : Kind::UInt8;
+      case 2:
+        return isSigned ? Kind::Int16 : Kind::UInt16;
+      case 4:
+        return isSigned ? Kind::Int32 : Kind::UInt32;
+      default:
+        return isSigned ? Kind::Int64 : Kind::UInt64;
     }
   } else if constexpr (std::is_same_v<T, float>) {
     return Kind::Float;

@@ -68,8 +68,8 @@ TEST(Class, ReceivesClassLevelMessages) {
   EXPECT_EQ(to_string(send<Ref<NSObject>>(number, "description"_sel)), "NSNumber");
   EXPECT_TRUE(send<bool>(number, "instancesRespondToSelector:"_sel, "intValue"_sel));
   EXPECT_EQ(send<Ref<Class>>(classOf<Worker>(), "superclass"_sel), classOf<Person>());
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { number->performSelector("intValue"_sel); }, {"+[NSNumber intValue]"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { number->performSelector("intValue"_sel); },
+                     {"+[NSNumber intValue]"}));
 }
 
 TEST(Class, DescriptionMistakesFailAtOnce) {
@@ -101,9 +101,9 @@ TEST(Class, OwnershipCanBeKeptByHand) {
 // A class that is declared but stands in no list cannot be found by name before it is mentioned.
 TEST(Class, EveryPlatformClassIsRegistered) {
   const std::regex declared("class (\\w+)( final)? : public Derives<");
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(QZ_SOURCE_DIR "/Platform")) {
-    if (entry.path().extension() != ".h" ||
-        entry.path().parent_path().filename() == "detail")
+  for (const auto& entry :
+       std::filesystem::recursive_directory_iterator(QZ_SOURCE_DIR "/Platform")) {
+    if (entry.path().extension() != ".h" || entry.path().parent_path().filename() == "detail")
       continue;
     std::ifstream file(entry.path());
     for (std::string line; std::getline(file, line);) {

@@ -90,11 +90,12 @@ TEST(Dispatch, RefusesWhatDoesNotFit) {
   EXPECT_TRUE(refused([&] { send<int>(ann, "sum:b:c:d:e:"_sel, 1, 2); }, {"takes 5", "2 given"}));
   EXPECT_TRUE(refused([&] { send<int>(ann, "name"_sel); }, {"answers NSString", "int"}));
   EXPECT_TRUE(refused([&] { send<Ref<Person>>(ann, "name"_sel); }, {"name", "NSString", "Person"}));
-  EXPECT_TRUE(refused([&] { send<Ref<NSObject>>(ann, "sum:b:c:d:e:"_sel, 1, 2, 3, 4, 5); }, {"int"}));
+  EXPECT_TRUE(
+      refused([&] { send<Ref<NSObject>>(ann, "sum:b:c:d:e:"_sel, 1, 2, 3, 4, 5); }, {"int"}));
   EXPECT_TRUE(refused([&] { send<std::string>(ann, "join:with:"_sel, std::string("a"), 5); },
                       {"argument 2"}));
-  EXPECT_TRUE(refused([&] { ann->performSelector("unknown:thing:"_sel); },
-                      {"Person", "unknown:thing:"}));
+  EXPECT_TRUE(
+      refused([&] { ann->performSelector("unknown:thing:"_sel); }, {"Person", "unknown:thing:"}));
   EXPECT_TRUE(refused([&] { ann->performSelector(Selector()); }, {"Person"}));
   EXPECT_TRUE(refused([&] { ann->performSelector("greet:"_sel); }, {"takes 1", "0 given"}));
   EXPECT_TRUE(refused([&] { ann->performSelector_withObject("setAge:"_sel, number); },
@@ -109,9 +110,9 @@ TEST(Dispatch, PerformAnswersRawWords) {
   EXPECT_EQ(order.integerValue(), -1);
   EXPECT_TRUE(order.boolValue());
   // Arguments that the operation does not take are ignored.
-  EXPECT_EQ(ann->performSelector_withObject_withObject("compareByAge:"_sel, bob, "x"_ns)
-                .integerValue(),
-            -1);
+  EXPECT_EQ(
+      ann->performSelector_withObject_withObject("compareByAge:"_sel, bob, "x"_ns).integerValue(),
+      -1);
   Reply name = ann->performSelector("name"_sel);
   EXPECT_EQ(name.word(), reinterpret_cast<std::uintptr_t>(ann->name().get()));
   EXPECT_EQ(name.object(), ann->name());
@@ -171,12 +172,12 @@ TEST(Dispatch, ExtensionsReachObjectsThatExistAndTheNearestOneAnswers) {
   EXPECT_TRUE(worker->respondsToSelector("shout:"_sel));
   EXPECT_EQ(to_string(send<Ref<NSString>>(worker, "shout:"_sel, "Hi"_ns)), "Wim: Hi!");
   EXPECT_EQ(to_string(send<Ref<NSString>>(worker, "title"_sel)), "worker");
-  EXPECT_TRUE(raises(
-      NSInternalInconsistencyException, [] { extend<Person>("Again").method<&shout>("shout:"); },
-      {"Person shout:", "exists"}));
-  EXPECT_TRUE(raises(
-      NSInternalInconsistencyException, [] { extend<Person>("Odd").method<&shout>("shout"); },
-      {"takes 1", "calls for 0"}));
+  EXPECT_TRUE(raises(NSInternalInconsistencyException,
+                     [] { extend<Person>("Again").method<&shout>("shout:"); },
+                     {"Person shout:", "exists"}));
+  EXPECT_TRUE(raises(NSInternalInconsistencyException,
+                     [] { extend<Person>("Odd").method<&shout>("shout"); },
+                     {"takes 1", "calls for 0"}));
 }
 
 TEST(Dispatch, ForwardsWhatAnotherObjectAnswers) {

@@ -92,8 +92,8 @@ TEST(KeyValueCoding, RefusesWhatCannotBeSet) {
                      {"setPartner:", "NSString", "Person"}));
   EXPECT_TRUE(raises(NSInvalidArgumentException,
                      [&] { ann->setValue_forKey(make<Person>(), "age"_ns); }, {"intValue"}));
-  EXPECT_TRUE(raises(NSUndefinedKeyException,
-                     [&] { ann->setValue_forKey("x"_ns, "height"_ns); }, {"Person", "height"}));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->setValue_forKey("x"_ns, "height"_ns); },
+                     {"Person", "height"}));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->setValue_forKey("x"_ns, ""_ns); }));
   EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { ann->valueForKey(nullptr); }));
 }
@@ -139,9 +139,9 @@ TEST(KeyValueCoding, ArraysMapAndDictionariesLookUp) {
   auto people = NSArray::arrayWithObjects({ann, bob});
   auto names = as<NSArray>(people->valueForKey("name"_ns));
   EXPECT_TRUE(names->isEqual(NSArray::arrayWithObjects({"Ann"_ns, NSNull::null()})));
-  EXPECT_TRUE(people->valueForKeyPath("partner.age"_ns)
-                  ->isEqual(NSArray::arrayWithObjects(
-                      {NSNumber::numberWithInt(40), NSNull::null()})));
+  EXPECT_TRUE(
+      people->valueForKeyPath("partner.age"_ns)
+          ->isEqual(NSArray::arrayWithObjects({NSNumber::numberWithInt(40), NSNull::null()})));
   auto table = make<NSMutableDictionary>();
   table->setValue_forKey(ann, "first"_ns);
   EXPECT_EQ(to_string(table->valueForKeyPath("first.name"_ns)), "Ann");
