@@ -18,6 +18,14 @@ namespace {
 class Snapshot {
  public:
   explicit Snapshot(NSArray* array) {
+    // An Array that never changes keeps its elements for us.
+    if (array->mutationCounter() == nullptr) {
+      if (const auto inPlace = array->contiguous()) {
+        array_ = Ref<NSArray>(array);
+        objects_.assign(inPlace->begin(), inPlace->end());
+        return;
+      }
+    }
     const std::uint32_t count = array->count();
     objects_.reserve(count);
     owned_.reserve(count);
@@ -31,6 +39,7 @@ class Snapshot {
   std::size_t count() const { return objects_.size(); }
 
  private:
+  Ref<NSArray> array_;
   std::vector<Ref<NSObject>> owned_;
   std::vector<NSObject*> objects_;
 };

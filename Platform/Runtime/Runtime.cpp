@@ -176,6 +176,7 @@ const DispatchEntry* lookUpSlowly(const NSObject* receiver, Selector selector) {
 
 Class* registerClass(const ClassSpec& spec) {
   RuntimeGuard guard;
+  runPendingHooks();  // the libraries' classes have their names before anybody else takes one
   Class* above = spec.superclass();
   if (Class* known = spec.slot->load(std::memory_order_acquire)) return known;
   const auto& unfinished = everlasting<Registry>().underConstruction;

@@ -1,5 +1,6 @@
 #include "QZFoundation/detail/MapSort.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "Platform/Runtime/Describe.h"
@@ -61,13 +62,32 @@ std::optional<std::vector<std::uint64_t>> numberKeys(std::span<NSObject* const> 
   return keys;
 }
 
-// The first four units of each String, so that unequal keys order as the Strings do.
-std::optional<std::vector<std::uint64_t>> stringKeys(std::span<NSObject* const> values) {
-  std::vector<std::uint64_t> keys(values.size());
+std::u16string_view textOf(const NSObject* string) {
+  return static_cast<const NSString*>(string)->view();
+}
+
+// How many units all Strings begin with alike; nothing when not all are Strings that can be keyed.
+std::optional<std::size_t> commonBeginning(std::span<NSObject* const> values) {
   ComparesBy plain(InstanceMethod<NSString, &NSString::compare>::spec().imp);
+  std::u16string_view common;
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (!plain(values[i])) return std::nullopt;
-    const std::u16string_view text = static_cast<const NSString*>(values[i])->view();
+    const std::u16string_view text = textOf(values[i]);
+    if (i == 0) common = text;
+    const auto differ = std::mismatch(common.begin(), common.end(), text.begin(), text.end());
+    common = common.substr(0, static_cast<std::size_t>(differ.first - common.begin()));
+  }
+  return common.size();
+}
+
+// Four units of each String, so that unequal keys order as the Strings do: the first four behind
+// what all have in common, as a folder's name in the paths of its files.
+std::optional<std::vector<std::uint64_t>> stringKeys(std::span<NSObject* const> values) {
+  const auto from = commonBeginning(values);
+  if (!from) return std::nullopt;
+  std::vector<std::uint64_t> keys(values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::u16string_view text = textOf(values[i]).substr(*from);
     std::uint64_t key = 0;
     for (std::size_t k = 0; k < 4; ++k) key = key << 16 | (k < text.size() ? text[k] : 0u);
     keys[i] = key;

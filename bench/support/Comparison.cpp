@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <ostream>
+#include <sstream>
 #include <utility>
 
 #include "bench/support/ResidentMemory.h"
@@ -127,8 +128,8 @@ void printTimes(std::ostream& out, const MedianReporter& reporter) {
   }
 }
 
-void printMemory(std::ostream& out) {
-  if (memoryRows().empty()) return;
+std::string memoryTable() {
+  std::ostringstream out;
   out << "\n| memory | reference | ours | reference takes | at most | Qt | GLib |\n"
       << "|---|---|--:|--:|--:|--:|--:|\n";
   for (const auto& [family, cases] : memoryRows()) {
@@ -147,6 +148,7 @@ void printMemory(std::ostream& out) {
     }
     out << "\n";
   }
+  return out.str();
 }
 
 }  // namespace qz::bench

@@ -65,7 +65,8 @@ class MedianReporter : public benchmark::ConsoleReporter {
 /// Prints the rows that were measured, as Markdown.
 void printTimes(std::ostream& out, const MedianReporter& reporter);
 
-/// Builds each collection in a process of its own and prints what it takes, as Markdown.
-void printMemory(std::ostream& out);
+/// Builds each collection in a process of its own and answers what it takes, as Markdown. Comes
+/// before anything else: what other benchmarks have freed would be used again, uncounted.
+std::string memoryTable();
 
 }  // namespace qz::bench
