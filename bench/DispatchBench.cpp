@@ -103,7 +103,8 @@ void compareDispatch() {
           &performCompare<&makeMixedPeople>, &callCompare<&plain::makeMixedPeople>);
   compare("MethodForSelector", {"call through methodForSelector", "virtual call", 1.3},
           &callImplementation, &callAge<&plain::makePeople>);
-  compare("RespondsToSelector", {"respondsToSelector", "find in unordered_map of the operations' names", 0.3},
+  compare("RespondsToSelector",
+          {"respondsToSelector", "find in unordered_map of the operations' names", 0.3},
           &respondsToSelector, &findInMap);
 }
 

@@ -137,7 +137,8 @@ Reply performSlowly(NSObject* receiver, Selector selector, Word first, Word seco
 
 /// The perform family: Objects only, so no conversion can apply.
 template <std::size_t count>
-Reply perform(NSObject* receiver, Selector selector, Word first = 0, Word second = 0) {
+[[gnu::always_inline]] inline Reply perform(NSObject* receiver, Selector selector, Word first = 0,
+                                            Word second = 0) {
   const DispatchEntry* entry = lookUpAtOnce(receiver, selector);
   if (entry != nullptr && (entry->shape & allObjectsBit) != 0 &&
       shapeArguments(entry->shape) <= count) [[likely]]

@@ -38,7 +38,8 @@ void compare(const std::string& family, Row row, Case ours, Case reference);
 void comparePeer(const std::string& family, const std::string& peer, Case theirs);
 
 /// Enters a row of memory: `build(count)` makes a collection of that many elements and leaves it
-/// alive. `limit` is the most bytes that an element of ours may take.
+/// alive. `limit` is the most bytes that an element of ours may take; one per cent more is let
+/// pass, as what the system gives comes in large pieces.
 using Build = void (*)(std::size_t count);
 struct MemoryRow {
   std::string operation;

@@ -6,8 +6,8 @@
 
 namespace qz::bench {
 
-/// By how many bytes the resident memory of a fresh copy of this process grows when it runs
-/// `build(count)`. Call it while this process has one thread.
+/// By how many bytes the resident memory of a fresh copy of this process grows for each run of
+/// `build(count)`, the mean of several. Call it while this process has one thread.
 double residentBytes(void (*build)(std::size_t count), std::size_t count);
 
 }  // namespace qz::bench

@@ -130,6 +130,11 @@ TEST(MapSort, KeysGiveThePermutationThatSendingGives) {
         return as<NSString>(NSString::stringWithCharacters(text)->mutableCopy());
       },
       [&]() -> Ref<NSString> { return "the same prefix throughout"_ns; },
+      [&] {  // the keys lie behind what all begin with, which some do not go beyond
+        std::u16string text = u"/usr/share/";
+        for (auto more = random() % 7; more > 0; --more) text += u"ab\0"[random() % 3];
+        return NSString::stringWithCharacters(text);
+      },
   };
   for (std::size_t m = 0; m < makers.size(); ++m)
     for (std::uint32_t count : {2u, 3u, 10u, 47u, 200u, 3000u}) {

@@ -7,6 +7,8 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <type_traits>
+#include <utility>
 
 #include "Platform/Collections/NSArray.h"
 
@@ -121,7 +123,15 @@ requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*> Ref
 NSArray::fromRange(R&& objects) {
   detail::ArrayBuilder builder;
   if constexpr (std::ranges::sized_range<R>) builder.reserve(std::ranges::size(objects));
-  for (auto&& object : objects) builder.add(object);
+  for (auto&& object : objects) {
+    // A Ref that the range makes for the asking gives its count away.
+    using Each = decltype(object);
+    if constexpr (detail::isRef<Each> && std::is_rvalue_reference_v<Each> &&
+                  !std::is_const_v<std::remove_reference_t<Each>>)
+      builder.take(std::move(object));
+    else
+      builder.add(object);
+  }
   return builder.finish();
 }
 

@@ -227,7 +227,9 @@ PoolCache* attach() noexcept {
 // Returns at least one block and at most a batch, from the store or else from fresh memory.
 Batch fetch(std::size_t index) {
   const std::size_t size = blockSize(index);
-  std::size_t count = kRunBytes / size;
+  // Eight blocks of any size end where a cache line does, so that runs leave no gaps.
+  static_assert(8 * kPoolGranularity == kCacheLine && kRunBytes / kPoolMaxSize >= 8);
+  std::size_t count = kRunBytes / size / 8 * 8;
   char* run = nullptr;
   {
     std::lock_guard lock(store.mutex());

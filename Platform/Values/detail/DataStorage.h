@@ -17,7 +17,9 @@ class InlineData final : public NSData {
  public:
   /// The bytes are yet to be written, before anybody else sees the Data.
   static Ref<InlineData> make(std::uint32_t length) {
-    return {new (poolAllocate(blockSize(length))) InlineData(length), adopt};
+    void* block = poolAllocate(blockSize(length));
+    auto* bytes = static_cast<std::byte*>(block) + sizeof(NSData);
+    return {new (block) InlineData(bytes, length), adopt};
   }
 
   std::byte* buffer() noexcept { return reinterpret_cast<std::byte*>(this + 1); }
@@ -30,7 +32,7 @@ class InlineData final : public NSData {
   }
 
  private:
-  explicit InlineData(std::uint32_t length) noexcept : NSData(buffer(), length) {}
+  InlineData(std::byte* bytes, std::uint32_t length) noexcept : NSData(bytes, length) {}
 
   static constexpr std::size_t blockSize(std::uint32_t length) noexcept {
     return sizeof(NSData) + std::size_t{length};
