@@ -25,7 +25,7 @@ bool read(NSScanner* scanner, NSString* wanted, int how, Ref<NSString>* found) {
   std::uint64_t u = 0;
   double d = 0;
   float f = 0;
-  NSCharacterSet* const letters = NSCharacterSet::letterCharacterSet();
+  const Ref<NSCharacterSet> letters = NSCharacterSet::letterCharacterSet();
   switch (how % 12) {
     case 0:
       return scanner->scanInt(&i);

@@ -80,17 +80,18 @@ class Raised : public std::exception {
 // The standard names; each one's value is its name.
 
 /// Unspecific.
-inline NSString* const NSGenericException = "NSGenericException"_ns;
+inline NSString* const NSGenericException = detail::literal<"NSGenericException">();
 /// An index or a Range out of bounds.
-inline NSString* const NSRangeException = "NSRangeException"_ns;
+inline NSString* const NSRangeException = detail::literal<"NSRangeException">();
 /// An argument that the operation cannot take, and a message that the receiver does not know.
-inline NSString* const NSInvalidArgumentException = "NSInvalidArgumentException"_ns;
+inline NSString* const NSInvalidArgumentException = detail::literal<"NSInvalidArgumentException">();
 /// A failed assertion.
-inline NSString* const NSInternalInconsistencyException = "NSInternalInconsistencyException"_ns;
+inline NSString* const NSInternalInconsistencyException =
+    detail::literal<"NSInternalInconsistencyException">();
 /// A key that the Object does not have.
-inline NSString* const NSUndefinedKeyException = "NSUndefinedKeyException"_ns;
+inline NSString* const NSUndefinedKeyException = detail::literal<"NSUndefinedKeyException">();
 /// More memory asked for than there can be.
-inline NSString* const NSMallocException = "NSMallocException"_ns;
+inline NSString* const NSMallocException = detail::literal<"NSMallocException">();
 
 namespace detail {
 

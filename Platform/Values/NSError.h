@@ -79,30 +79,33 @@ class NSError : public Derives<NSError, NSObject> {
 // Domains; each one's value is its name.
 
 /// Codes are those of `errno`.
-inline NSString* const NSPOSIXErrorDomain = "NSPOSIXErrorDomain"_ns;
+inline NSString* const NSPOSIXErrorDomain = detail::literal<"NSPOSIXErrorDomain">();
 /// Codes are 32-bit status values.
-inline NSString* const NSOSStatusErrorDomain = "NSOSStatusErrorDomain"_ns;
+inline NSString* const NSOSStatusErrorDomain = detail::literal<"NSOSStatusErrorDomain">();
 /// Codes of this library.
-inline NSString* const NSCocoaErrorDomain = "NSCocoaErrorDomain"_ns;
+inline NSString* const NSCocoaErrorDomain = detail::literal<"NSCocoaErrorDomain">();
 
 // Keys of the user information; each one's value is its name.
 
 /// A sentence that says what went wrong.
-inline NSString* const NSLocalizedDescriptionKey = "NSLocalizedDescriptionKey"_ns;
+inline NSString* const NSLocalizedDescriptionKey = detail::literal<"NSLocalizedDescriptionKey">();
 /// A sentence that says why.
-inline NSString* const NSLocalizedFailureReasonErrorKey = "NSLocalizedFailureReasonErrorKey"_ns;
+inline NSString* const NSLocalizedFailureReasonErrorKey =
+    detail::literal<"NSLocalizedFailureReasonErrorKey">();
 /// A sentence that says what the user may do about it.
 inline NSString* const NSLocalizedRecoverySuggestionErrorKey =
-    "NSLocalizedRecoverySuggestionErrorKey"_ns;
+    detail::literal<"NSLocalizedRecoverySuggestionErrorKey">();
 /// An Array with the titles of the buttons to offer.
-inline NSString* const NSLocalizedRecoveryOptionsErrorKey = "NSLocalizedRecoveryOptionsErrorKey"_ns;
+inline NSString* const NSLocalizedRecoveryOptionsErrorKey =
+    detail::literal<"NSLocalizedRecoveryOptionsErrorKey">();
 /// The Object that carries out what the user chose.
-inline NSString* const NSRecoveryAttempterErrorKey = "NSRecoveryAttempterErrorKey"_ns;
+inline NSString* const NSRecoveryAttempterErrorKey =
+    detail::literal<"NSRecoveryAttempterErrorKey">();
 /// The Error that caused this one.
-inline NSString* const NSUnderlyingErrorKey = "NSUnderlyingErrorKey"_ns;
+inline NSString* const NSUnderlyingErrorKey = detail::literal<"NSUnderlyingErrorKey">();
 /// The path, URL or text encoding (a Number) concerned.
-inline NSString* const NSFilePathErrorKey = "NSFilePathErrorKey"_ns;
-inline NSString* const NSURLErrorKey = "NSURLErrorKey"_ns;
-inline NSString* const NSStringEncodingErrorKey = "NSStringEncodingErrorKey"_ns;
+inline NSString* const NSFilePathErrorKey = detail::literal<"NSFilePathErrorKey">();
+inline NSString* const NSURLErrorKey = detail::literal<"NSURLErrorKey">();
+inline NSString* const NSStringEncodingErrorKey = detail::literal<"NSStringEncodingErrorKey">();
 
 }  // namespace qz

@@ -7,7 +7,7 @@
 namespace qz::detail {
 
 /// The identifier of the library's bundle.
-inline NSString* const libraryBundleIdentifier = "qz.QZFoundation"_ns;
+inline NSString* const libraryBundleIdentifier = literal<"qz.QZFoundation">();
 
 /// The library's bundle, whose default table has every message of the library:
 ///

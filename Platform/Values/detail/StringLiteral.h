@@ -33,13 +33,21 @@ struct LiteralHolder {
   static constexpr Immortal holder{units.units, units.count};
 };
 
+/// The literal as a constant, for names that are initialised with it.
+template <FixedText Text>
+constexpr NSString* literal() noexcept {
+  return const_cast<LiteralString*>(&LiteralHolder<Text>::holder.string);
+}
+
 }  // namespace detail
 
 inline namespace literals {
 /// The String written in the source: one immortal Object per text, made while compiling.
+///
+/// Not constexpr: clang 14 crashes when it tries to explain why a list of such constants is none.
 template <detail::FixedText Text>
-constexpr NSString* operator""_ns() noexcept {
-  return const_cast<detail::LiteralString*>(&detail::LiteralHolder<Text>::holder.string);
+NSString* operator""_ns() noexcept {
+  return detail::literal<Text>();
 }
 }  // namespace literals
 
