@@ -38,8 +38,7 @@ void compare(const std::string& family, Row row, Case ours, Case reference);
 void comparePeer(const std::string& family, const std::string& peer, Case theirs);
 
 /// Enters a row of memory: `build(count)` makes a collection of that many elements and leaves it
-/// alive. `limit` is the most bytes that an element of ours may take; one per cent more is let
-/// pass, as what the system gives comes in large pieces.
+/// alive. `limit` is the most bytes that an element of ours may take.
 using Build = void (*)(std::size_t count);
 struct MemoryRow {
   std::string operation;
@@ -66,8 +65,9 @@ class MedianReporter : public benchmark::ConsoleReporter {
 /// Prints the rows that were measured, as Markdown.
 void printTimes(std::ostream& out, const MedianReporter& reporter);
 
-/// Builds each collection in a process of its own and answers what it takes, as Markdown. Comes
-/// before anything else: what other benchmarks have freed would be used again, uncounted.
+/// Builds each collection that the filter lets through in a process of its own and answers what it
+/// takes, as Markdown. Comes before anything else: what other benchmarks have freed would be used
+/// again, uncounted.
 std::string memoryTable();
 
 }  // namespace qz::bench
