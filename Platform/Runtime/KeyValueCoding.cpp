@@ -51,12 +51,6 @@ bool isOwnership(std::string_view name) {
   return name == "retain" || name == "release" || name == "autorelease" || name == "dealloc";
 }
 
-std::string setterName(const std::string& key) {
-  std::string name = "set" + key + ":";
-  if (name[3] >= 'a' && name[3] <= 'z') name[3] = static_cast<char>(name[3] - 'a' + 'A');
-  return name;
-}
-
 // Only names that some class has as an operation become Keys: what a program is asked for from
 // outside must not grow the table without bound.
 [[gnu::noinline]] const Key* findKeySlowly(NSString* text, std::size_t slot) {

@@ -247,13 +247,13 @@ void addTo(MethodTable& methods, Class* owner, std::string_view category, std::s
   forget(selector);
 }
 
+}  // namespace
+
 std::string setterName(std::string_view key) {
   std::string name = "set" + std::string(key) + ":";
   if (name[3] >= 'a' && name[3] <= 'z') name[3] = static_cast<char>(name[3] - 'a' + 'A');
   return name;
 }
-
-}  // namespace
 
 void ClassBuilder::addMethod(std::string_view name, const MethodSpec& spec) {
   addTo(class_->tables_->methods, class_, category_, name, spec, "operation ");

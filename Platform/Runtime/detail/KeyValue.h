@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <string>
+#include <string_view>
 
 #include "Platform/Runtime/Selector.h"
 #include "Platform/Runtime/detail/Dispatch.h"
@@ -34,6 +35,9 @@ Ref<NSObject> boxWord(Word word, Kind kind);
 
 /// `value` (not nil) as a scalar, by sending `intValue`, `doubleValue`, …
 Word unboxWord(NSObject* value, Kind kind);
+
+/// The name of the operation that writes `key`: "setAge:" for "age".
+std::string setterName(std::string_view key);
 
 /// The Selector by that name if there is one; makes none.
 const SelectorRecord* findSelector(std::string_view name);
