@@ -33,20 +33,44 @@
 namespace qz {
 
 namespace {
-template <class... T>
+template <class T>
 void mention() {
-  (classOf<T>(), ...);
+  classOf<T>();
 }
 }  // namespace
 
 void registerPlatform() {
-  mention<NSObject, Class, NSMethodSignature, NSInvocation, NSException, NSAssertionHandler>();
-  mention<NSString, NSMutableString, NSNumber, NSNull>();
-  mention<NSData, NSMutableData, NSCharacterSet, NSMutableCharacterSet, NSScanner>();
-  mention<NSAttributedString, NSMutableAttributedString, NSURL, NSUUID>();
-  mention<NSEnumerator, NSArray, NSMutableArray, NSDictionary, NSMutableDictionary, NSSet,
-          NSMutableSet, NSCountedSet, NSSortDescriptor, NSPredicate>();
-  mention<NSError, NSBundle>();
+  mention<NSObject>();
+  mention<Class>();
+  mention<NSMethodSignature>();
+  mention<NSInvocation>();
+  mention<NSException>();
+  mention<NSAssertionHandler>();
+  mention<NSString>();
+  mention<NSMutableString>();
+  mention<NSNumber>();
+  mention<NSNull>();
+  mention<NSData>();
+  mention<NSMutableData>();
+  mention<NSCharacterSet>();
+  mention<NSMutableCharacterSet>();
+  mention<NSScanner>();
+  mention<NSAttributedString>();
+  mention<NSMutableAttributedString>();
+  mention<NSURL>();
+  mention<NSUUID>();
+  mention<NSEnumerator>();
+  mention<NSArray>();
+  mention<NSMutableArray>();
+  mention<NSDictionary>();
+  mention<NSMutableDictionary>();
+  mention<NSSet>();
+  mention<NSMutableSet>();
+  mention<NSCountedSet>();
+  mention<NSSortDescriptor>();
+  mention<NSPredicate>();
+  mention<NSError>();
+  mention<NSBundle>();
 }
 
 }  // namespace qz

@@ -22,6 +22,7 @@
 #include "QZFoundation/NSMutableString-QZFoundation.h"
 #include "QZFoundation/NSURL-QZFoundation.h"
 #include "tests/support/Raises.h"
+#include "tests/support/SourceTree.h"
 
 namespace qz {
 namespace {
@@ -110,7 +111,7 @@ TEST(NSStringQZFoundation, AssertsTheLengthOfRecords) {
   EXPECT_EQ(string->length(), 255u);
   EXPECT_EQ(witness->seen,
             "initWithHFSUniStr255:|NSString-QZFoundation|Illegal HFS string length 0x1ff");
-  std::ifstream source(QZ_SOURCE_DIR "/QZFoundation/NSString-QZFoundation.cpp");
+  std::ifstream source(test::sourcePath("QZFoundation/NSString-QZFoundation.cpp"));
   std::string line;
   for (int i = 0; i < witness->line; ++i) std::getline(source, line);
   EXPECT_NE(line.find("assertRecord(record)"), line.npos) << line;

@@ -15,6 +15,7 @@
 #include "Platform/Collections/NSDictionary.h"
 #include "Platform/System/detail/OldStylePropertyList.h"
 #include "QZFoundation/detail/LibraryBundle.h"
+#include "tests/support/SourceTree.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qz::test {
@@ -29,8 +30,7 @@ std::string contents(const std::filesystem::path& file) {
 }
 
 std::string tableText(const std::string& language) {
-  return contents(std::string(QZ_SOURCE_DIR "/resources/QZFoundation/locale/") + language +
-                  "/Localizable.strings");
+  return contents(sourcePath("resources/QZFoundation/locale/" + language + "/Localizable.strings"));
 }
 
 Ref<NSDictionary> table(const std::string& language) {
@@ -95,7 +95,7 @@ TEST_F(LibraryMessages, EveryMessageInTheSourcesHasItsEntry) {
   auto english = table("en");
   int messages = 0;
   for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(QZ_SOURCE_DIR "/QZFoundation")) {
+       std::filesystem::recursive_directory_iterator(sourcePath("QZFoundation"))) {
     if (entry.path().extension() != ".cpp") continue;
     const std::string source = contents(entry.path());
     for (std::sregex_iterator it(source.begin(), source.end(), call), end; it != end; ++it) {

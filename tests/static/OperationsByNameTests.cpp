@@ -7,12 +7,13 @@
 
 #include "Platform/Runtime/Class.h"
 #include "QZFoundation/QZFoundation.h"
+#include "tests/support/SourceTree.h"
 
 namespace qz::test {
 namespace {
 
 TEST(StaticLink, EveryOperationIsFoundByName) {
-  std::ifstream list(QZ_TEST_DATA_DIR "/operations.tsv");
+  std::ifstream list(sourcePath("tests/data/operations.tsv"));
   ASSERT_TRUE(list.is_open());
   std::string line;
   std::getline(list, line);  // the heading

@@ -10,6 +10,7 @@
 #include "Platform/Values/NSNumber.h"
 #include "tests/support/Person.h"
 #include "tests/support/Raises.h"
+#include "tests/support/SourceTree.h"
 
 namespace qz::test {
 namespace {
@@ -101,8 +102,7 @@ TEST(Class, OwnershipCanBeKeptByHand) {
 // A class that is declared but stands in no list cannot be found by name before it is mentioned.
 TEST(Class, EveryPlatformClassIsRegistered) {
   const std::regex declared("class (\\w+)( final)? : public Derives<");
-  for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(QZ_SOURCE_DIR "/Platform")) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(sourcePath("Platform"))) {
     if (entry.path().extension() != ".h" || entry.path().parent_path().filename() == "detail")
       continue;
     std::ifstream file(entry.path());
