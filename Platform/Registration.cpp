@@ -19,7 +19,9 @@
 #include "Platform/Values/NSAttributedString.h"
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSData.h"
+#include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSError.h"
+#include "Platform/Values/NSIndexPath.h"
 #include "Platform/Values/NSMutableAttributedString.h"
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSMutableString.h"
@@ -52,6 +54,8 @@ void registerPlatform() {
   mention<NSNull>();
   mention<NSData>();
   mention<NSMutableData>();
+  mention<NSDate>();
+  mention<NSIndexPath>();
   mention<NSCharacterSet>();
   mention<NSMutableCharacterSet>();
   mention<NSScanner>();

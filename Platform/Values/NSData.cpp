@@ -2,28 +2,24 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Values/NSError.h"
 #include "Platform/Values/NSMutableData.h"
+#include "Platform/Values/NSURL.h"
 #include "Platform/Values/detail/DataStorage.h"
 #include "Platform/Values/detail/StringStorage.h"
 
 namespace qz {
-namespace {
 
-NSData& requireData(NSData* data, const char* operation) {
-  if (data == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": nil argument");
+NSData& detail::requireData(NSData* data, const char* operation) {
+  if (data == nullptr) raise(NSInvalidArgumentException, std::string(operation) + ": nil argument");
   return *data;
 }
-
-}  // namespace
 
 std::uint32_t detail::checkedDataLength(std::uint64_t length) {
   if (length > NSData::maxLength)
@@ -37,13 +33,34 @@ void NSData::describe(ClassDescription<NSData>& is) {
       .classMethod<&NSData::dataWithBytes_length>("dataWithBytes:length:")
       .classMethod<&NSData::dataWithBytesNoCopy_length>("dataWithBytesNoCopy:length:")
       .classMethod<&NSData::dataWithData>("dataWithData:")
+      .classMethod<&NSData::dataWithContentsOfFile>("dataWithContentsOfFile:")
+      .classMethod<&NSData::dataWithContentsOfFile_options_error>(
+          "dataWithContentsOfFile:options:error:")
+      .classMethod<&NSData::dataWithContentsOfURL>("dataWithContentsOfURL:")
+      .classMethod<&NSData::dataWithContentsOfURL_options_error>(
+          "dataWithContentsOfURL:options:error:")
       .initializer<&NSData::initWithBytes_length>("initWithBytes:length:")
+      .initializer<&NSData::initWithBytesNoCopy_length>("initWithBytesNoCopy:length:")
+      .initializer<&NSData::initWithData>("initWithData:")
+      .initializer<&NSData::initWithBase64EncodedString_options>(
+          "initWithBase64EncodedString:options:")
+      .initializer<&NSData::initWithBase64EncodedData_options>("initWithBase64EncodedData:options:")
+      .initializer<&NSData::initWithContentsOfFile>("initWithContentsOfFile:")
+      .initializer<&NSData::initWithContentsOfFile_options_error>(
+          "initWithContentsOfFile:options:error:")
+      .method<&NSData::writeToFile_atomically>("writeToFile:atomically:")
+      .method<&NSData::writeToFile_options_error>("writeToFile:options:error:")
+      .method<&NSData::writeToURL_atomically>("writeToURL:atomically:")
+      .method<&NSData::writeToURL_options_error>("writeToURL:options:error:")
       .method<&NSData::length>("length")
       .method<&NSData::bytes>("bytes")
       .method<&NSData::getBytes>("getBytes:")
       .method<&NSData::getBytes_length>("getBytes:length:")
       .method<&NSData::getBytes_range>("getBytes:range:")
       .method<&NSData::subdataWithRange>("subdataWithRange:")
+      .method<&NSData::rangeOfData_options_range>("rangeOfData:options:range:")
+      .method<&NSData::base64EncodedStringWithOptions>("base64EncodedStringWithOptions:")
+      .method<&NSData::base64EncodedDataWithOptions>("base64EncodedDataWithOptions:")
       .method<&NSData::isEqualToData>("isEqualToData:");
 }
 
@@ -80,9 +97,15 @@ Ref<NSData> NSData::dataWithBytesNoCopy_length(void* bytes, std::uint32_t length
 }
 
 Ref<NSData> NSData::dataWithData(NSData* other) {
-  const Ref<NSObject> copy = requireData(other, "dataWithData:").copy();
+  const Ref<NSObject> copy = detail::requireData(other, "dataWithData:").copy();
   return static_cast<NSData*>(copy.get());
 }
+
+Ref<NSData> NSData::initWithBytesNoCopy_length(void* bytes, std::uint32_t length) {
+  return dataWithBytesNoCopy_length(bytes, length);
+}
+
+Ref<NSData> NSData::initWithData(NSData* other) { return dataWithData(other); }
 
 // Reading -----------------------------------------------------------------------------------------
 
@@ -103,6 +126,25 @@ Ref<NSData> NSData::subdataWithRange(NSRange range) const {
     detail::raiseRange("subdataWithRange:", range.location, range.length, length_);
   if (range.length == length_) return dataWithData(const_cast<NSData*>(this));
   return dataWithBytes(span().subspan(range.location, range.length));
+}
+
+NSRange NSData::rangeOfData_options_range(NSData* data, std::uint32_t options,
+                                          NSRange range) const {
+  const std::string_view sought = detail::requireData(data, "rangeOfData:options:range:").view();
+  if (NSMaxRange(range) > length_)
+    detail::raiseRange("rangeOfData:options:range:", range.location, range.length, length_);
+  const std::string_view within = view().substr(range.location, range.length);
+  if (sought.empty() || sought.size() > within.size()) return notFoundRange;
+  const bool isBackwards = (options & NSDataSearchBackwards) != 0;
+  std::size_t at = isBackwards ? within.size() - sought.size() : 0;
+  if ((options & NSDataSearchAnchored) != 0)
+    at = within.compare(at, sought.size(), sought) == 0 ? at : within.npos;
+  else if (isBackwards)
+    at = within.rfind(sought);
+  else
+    at = within.find(sought);
+  if (at == within.npos) return notFoundRange;
+  return {range.location + static_cast<std::uint32_t>(at), data->length_};
 }
 
 // As an Object ------------------------------------------------------------------------------------
@@ -145,139 +187,5 @@ Ref<NSString> NSData::description() const {
 Ref<NSObject> NSData::copy() const { return const_cast<NSData*>(this); }
 
 Ref<NSObject> NSData::mutableCopy() const { return NSMutableData::dataWithBytes(span()); }
-
-// Changing ----------------------------------------------------------------------------------------
-
-void NSMutableData::describe(ClassDescription<NSMutableData>& is) {
-  is.named("NSMutableData")
-      .classMethod<&NSMutableData::data>("data")
-      .classMethod<&NSMutableData::dataWithBytes_length>("dataWithBytes:length:")
-      .classMethod<&NSMutableData::dataWithData>("dataWithData:")
-      .classMethod<&NSMutableData::dataWithCapacity>("dataWithCapacity:")
-      .classMethod<&NSMutableData::dataWithLength>("dataWithLength:")
-      .method<&NSMutableData::mutableBytes>("mutableBytes")
-      .method<&NSMutableData::appendBytes_length>("appendBytes:length:")
-      .method<&NSMutableData::appendData>("appendData:")
-      .method<&NSMutableData::setLength>("setLength:")
-      .method<&NSMutableData::increaseLengthBy>("increaseLengthBy:")
-      .method<&NSMutableData::resetBytesInRange>("resetBytesInRange:")
-      .method<&NSMutableData::replaceBytesInRange_withBytes>("replaceBytesInRange:withBytes:")
-      .method<&NSMutableData::replaceBytesInRange_withBytes_length>(
-          "replaceBytesInRange:withBytes:length:")
-      .method<&NSMutableData::setData>("setData:");
-}
-
-NSMutableData::~NSMutableData() { std::free(buffer()); }
-
-Ref<NSMutableData> NSMutableData::data() { return make<NSMutableData>(); }
-
-Ref<NSMutableData> NSMutableData::dataWithBytes(std::span<const std::byte> bytes) {
-  auto data = make<NSMutableData>();
-  data->appendBytes(bytes);
-  return data;
-}
-
-Ref<NSMutableData> NSMutableData::dataWithBytes(std::string_view bytes) {
-  return dataWithBytes(std::as_bytes(std::span(bytes)));
-}
-
-Ref<NSMutableData> NSMutableData::dataWithBytes_length(const void* bytes, std::uint32_t length) {
-  return dataWithBytes(std::span(static_cast<const std::byte*>(bytes), length));
-}
-
-Ref<NSMutableData> NSMutableData::dataWithData(NSData* other) {
-  return dataWithBytes(requireData(other, "dataWithData:").span());
-}
-
-Ref<NSMutableData> NSMutableData::dataWithCapacity(std::uint32_t capacity) {
-  auto data = make<NSMutableData>();
-  data->reserve(capacity);
-  return data;
-}
-
-Ref<NSMutableData> NSMutableData::dataWithLength(std::uint32_t length) {
-  auto data = make<NSMutableData>();
-  data->setLength(length);
-  return data;
-}
-
-void NSMutableData::appendBytes(std::span<const std::byte> bytes) { replace({length_, 0}, bytes); }
-
-void NSMutableData::appendBytes_length(const void* bytes, std::uint32_t length) {
-  appendBytes(std::span(static_cast<const std::byte*>(bytes), length));
-}
-
-void NSMutableData::appendData(NSData* other) {
-  appendBytes(requireData(other, "appendData:").span());
-}
-
-void NSMutableData::setLength(std::uint32_t length) {
-  if (length > length_) {
-    reserve(length);
-    std::fill(buffer() + length_, buffer() + length, std::byte{0});
-  }
-  length_ = length;
-}
-
-void NSMutableData::increaseLengthBy(std::uint32_t more) {
-  setLength(detail::checkedDataLength(std::uint64_t{length_} + more));
-}
-
-void NSMutableData::resetBytesInRange(NSRange range) {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("resetBytesInRange:", range.location, range.length, length_);
-  std::fill_n(buffer() + range.location, range.length, std::byte{0});
-}
-
-void NSMutableData::replaceBytesInRange_withBytes(NSRange range, const void* bytes) {
-  replaceBytesInRange_withBytes_length(range, bytes, range.length);
-}
-
-void NSMutableData::replaceBytesInRange_withBytes_length(NSRange range, const void* bytes,
-                                                         std::uint32_t length) {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("replaceBytesInRange:withBytes:length:", range.location, range.length,
-                       length_);
-  replace(range, std::span(static_cast<const std::byte*>(bytes), length));
-}
-
-void NSMutableData::setData(NSData* other) {
-  replace({0, length_}, requireData(other, "setData:").span());
-}
-
-void NSMutableData::reserve(std::uint64_t length) {
-  const std::uint32_t wanted = detail::checkedDataLength(length);
-  if (wanted <= capacity_) return;
-  constexpr std::uint32_t least = 32;
-  const std::uint32_t doubled = capacity_ > maxLength / 2 ? maxLength : 2 * capacity_;
-  const std::uint32_t capacity = std::max({wanted, doubled, least});
-  void* memory = std::realloc(buffer(), capacity);
-  if (memory == nullptr)
-    detail::raise(NSMallocException, "no memory for " + std::to_string(capacity) + " bytes");
-  bytes_ = static_cast<const std::byte*>(memory);
-  capacity_ = capacity;
-}
-
-void NSMutableData::replace(NSRange range, std::span<const std::byte> bytes) {
-  if (range.length == 0 && bytes.empty()) return;
-  const std::less<const std::byte*> before;
-  const bool isOwn =
-      !bytes.empty() && !before(bytes.data(), bytes_) && before(bytes.data(), bytes_ + length_);
-  std::vector<std::byte> kept;
-  if (isOwn) {
-    kept.assign(bytes.begin(), bytes.end());
-    bytes = kept;
-  }
-  const std::uint32_t rest = length_ - range.length;
-  reserve(std::uint64_t{rest} + bytes.size());
-  std::byte* const gap = buffer() + range.location;
-  const std::byte* const tail = gap + range.length;
-  const std::size_t tailLength = rest - range.location;
-  if (tailLength != 0) std::memmove(gap + bytes.size(), tail, tailLength);
-  std::copy(bytes.begin(), bytes.end(), gap);
-  length_ = static_cast<std::uint32_t>(rest + bytes.size());
-}
-
-Ref<NSObject> NSMutableData::copy() const { return NSData::dataWithBytes(span()); }
 
 }  // namespace qz

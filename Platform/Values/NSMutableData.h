@@ -26,21 +26,49 @@ class NSMutableData final : public Derives<NSMutableData, NSData> {
   static Ref<NSMutableData> dataWithBytes_length(const void* bytes, std::uint32_t length);
   static Ref<NSMutableData> dataWithBytes(std::span<const std::byte> bytes);
   static Ref<NSMutableData> dataWithBytes(std::string_view bytes);
+  static Ref<NSMutableData> dataWithBytesNoCopy_length(void* bytes, std::uint32_t length);
   static Ref<NSMutableData> dataWithData(NSData* other);
+  static Ref<NSMutableData> initWithBytes_length(const void* bytes, std::uint32_t length);
+  static Ref<NSMutableData> initWithBytesNoCopy_length(void* bytes, std::uint32_t length);
+  static Ref<NSMutableData> initWithData(NSData* other);
+  static Ref<NSMutableData> initWithBase64EncodedString_options(NSString* text,
+                                                                std::uint32_t options);
+  static Ref<NSMutableData> initWithBase64EncodedData_options(NSData* text, std::uint32_t options);
+  static Ref<NSMutableData> dataWithContentsOfFile(NSString* path);
+  static Ref<NSMutableData> dataWithContentsOfFile_options_error(NSString* path,
+                                                                 std::uint32_t options,
+                                                                 Ref<NSError>* error);
+  static Ref<NSMutableData> initWithContentsOfFile(NSString* path);
+  static Ref<NSMutableData> initWithContentsOfFile_options_error(NSString* path,
+                                                                 std::uint32_t options,
+                                                                 Ref<NSError>* error);
+  static Ref<NSMutableData> dataWithContentsOfURL(NSURL* url);
+  static Ref<NSMutableData> dataWithContentsOfURL_options_error(NSURL* url, std::uint32_t options,
+                                                                Ref<NSError>* error);
 
   /// Empty, with room for `capacity` bytes before it has to grow.
   static Ref<NSMutableData> dataWithCapacity(std::uint32_t capacity);
+  static Ref<NSMutableData> initWithCapacity(std::uint32_t capacity);
 
   /// Of `length` zeros.
   static Ref<NSMutableData> dataWithLength(std::uint32_t length);
+  static Ref<NSMutableData> initWithLength(std::uint32_t length);
 
   /// The bytes, to be written to.
   void* mutableBytes() noexcept QZ_LIFETIME_BOUND { return buffer(); }
+  std::span<std::byte> mutableSpan() noexcept QZ_LIFETIME_BOUND { return {buffer(), length_}; }
 
   /// Adds at the end; the bytes may be this Data's own.
   void appendBytes_length(const void* bytes, std::uint32_t length);
   void appendBytes(std::span<const std::byte> bytes);
   void appendData(NSData* other);
+
+  /// Adds the bytes of an integer.
+  template <std::integral T>
+  void appendInteger(T value, NSByteOrder order) {
+    const T ordered = NSSwapHost(value, order);
+    appendBytes(std::as_bytes(std::span(&ordered, 1)));
+  }
 
   /// Cuts the end off, or fills up with zeros.
   void setLength(std::uint32_t length);

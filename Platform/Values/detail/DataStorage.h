@@ -50,6 +50,9 @@ class BufferData final : public NSData {
 /// `length`, if Data may be that long; raises NSMallocException otherwise.
 std::uint32_t checkedDataLength(std::uint64_t length);
 
+/// `*data`; raises NSInvalidArgumentException for nil.
+NSData& requireData(NSData* data, const char* operation);
+
 /// New Data of `length` bytes that `fill` writes.
 template <class Fill>
 Ref<NSData> fillData(std::uint64_t length, Fill fill) {

@@ -57,6 +57,97 @@ TEST(NSData, ReadsPartsAndDescribesItself) {
   EXPECT_TRUE(raises(NSInvalidArgumentException, [] { NSData::dataWithData(nullptr); }));
 }
 
+TEST(NSData, FindsBytes) {
+  const auto data = NSData::dataWithBytes("abcabcab"sv);
+  const struct {
+    std::string_view sought;
+    std::uint32_t options;
+    NSRange range, found;
+  } cases[] = {
+      {"abc", 0, {0, 8}, {0, 3}},
+      {"abc", 0, {1, 7}, {3, 3}},
+      {"abc", NSDataSearchBackwards, {0, 8}, {3, 3}},
+      {"abc", NSDataSearchAnchored, {3, 5}, {3, 3}},
+      {"bc", NSDataSearchAnchored, {0, 8}, notFoundRange},
+      {"ab", NSDataSearchAnchored | NSDataSearchBackwards, {0, 8}, {6, 2}},
+      {"bc", NSDataSearchAnchored | NSDataSearchBackwards, {0, 8}, notFoundRange},
+      {"ca", 0, {0, 3}, notFoundRange},
+      {"", 0, {0, 8}, notFoundRange},
+      {"abcabcabc", NSDataSearchBackwards, {0, 8}, notFoundRange},
+  };
+  for (const auto& each : cases)
+    EXPECT_EQ(data->rangeOfData_options_range(NSData::dataWithBytes(each.sought), each.options,
+                                              each.range),
+              each.found)
+        << each.sought << each.options;
+  EXPECT_TRUE(raises(NSRangeException, [&] { data->rangeOfData_options_range(data, 0, {5, 4}); }));
+}
+
+TEST(NSData, KnowsBothOrdersOfBytes) {
+  const auto data = NSMutableData::data();
+  data->appendInteger<std::uint32_t>(0x01020304, NS_BigEndian);
+  data->appendInteger<std::int16_t>(-2, NS_LittleEndian);
+  EXPECT_EQ(data->view(), "\1\2\3\4\xFE\xFF"sv);
+  EXPECT_EQ(data->integerAtLocation<std::uint16_t>(1, NS_BigEndian), 0x0203);
+  EXPECT_EQ(data->integerAtLocation<std::uint16_t>(1, NS_UnknownByteOrder), 0x0302);
+  EXPECT_EQ(data->integerAtLocation<std::int16_t>(4, NS_LittleEndian), -2);
+  EXPECT_TRUE(
+      raises(NSRangeException, [&] { data->integerAtLocation<std::uint64_t>(0, NS_BigEndian); }));
+}
+
+TEST(NSData, IsTextInBase64) {
+  const std::pair<std::string_view, const char*> cases[] = {
+      {"", ""},
+      {"f", "Zg=="},
+      {"fo", "Zm8="},
+      {"foo", "Zm9v"},
+      {"foob", "Zm9vYg=="},
+      {"fooba", "Zm9vYmE="},
+      {"\xFB\xFF\0"sv, "+/8A"},
+  };
+  for (const auto& [bytes, text] : cases) {
+    const auto data = NSData::dataWithBytes(bytes);
+    const auto written = NSString::stringWithUTF8String(text);
+    EXPECT_EQ(data->base64EncodedStringWithOptions(0)->UTF8String(), text);
+    EXPECT_EQ(data->base64EncodedDataWithOptions(0)->view(), text);
+    EXPECT_EQ(NSData::initWithBase64EncodedString_options(written, 0)->view(), bytes);
+    EXPECT_EQ(
+        NSMutableData::initWithBase64EncodedData_options(NSData::dataWithBytes(text), 0)->view(),
+        bytes);
+  }
+  for (NSString* wrong : {"Zg"_ns, "Zg="_ns, "Zg==="_ns, "="_ns, "===="_ns, "Z==="_ns, "Zh=="_ns,
+                          "Zm9="_ns, "Zg==Zg=="_ns, "Zg=v"_ns, "Zm 9v"_ns, "Zm9v\n"_ns, "Zm9ö"_ns,
+                          static_cast<NSString*>(nullptr)})
+    EXPECT_FALSE(NSData::initWithBase64EncodedString_options(wrong, 0)) << wrong;
+}
+
+TEST(NSData, HasBase64InLines) {
+  const struct {
+    std::uint32_t options;
+    std::size_t bytes, length;
+    std::string_view end;
+  } cases[] = {
+      {NSDataBase64Encoding64CharacterLineLength, 48, 64, ""},
+      {NSDataBase64Encoding64CharacterLineLength, 49, 64, "\r\n"},
+      {NSDataBase64Encoding76CharacterLineLength | NSDataBase64EncodingEndLineWithLineFeed, 200, 76,
+       "\n"},
+      {NSDataBase64Encoding76CharacterLineLength | NSDataBase64EncodingEndLineWithCarriageReturn,
+       114, 76, "\r"},
+  };
+  for (const auto& each : cases) {
+    const auto data = NSData::dataWithBytes(std::string(each.bytes, 'b'));
+    const auto text = data->base64EncodedStringWithOptions(each.options);
+    const std::string all = data->base64EncodedStringWithOptions(0)->UTF8String();
+    std::string lines;
+    for (std::size_t at = 0; at < all.size(); at += each.length)
+      lines.append(at == 0 ? "" : each.end).append(all, at, each.length);
+    EXPECT_EQ(text->UTF8String(), lines);
+    EXPECT_TRUE(NSData::initWithBase64EncodedString_options(
+                    text, NSDataBase64DecodingIgnoreUnknownCharacters)
+                    ->isEqual(data));
+  }
+}
+
 TEST(NSMutableData, ChangesAsAStringOfBytesDoes) {
   std::mt19937 random(3);
   const auto data = NSMutableData::data();

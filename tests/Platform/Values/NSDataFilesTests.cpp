@@ -1,0 +1,205 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSError.h"
+#include "Platform/Values/NSMutableData.h"
+#include "Platform/Values/NSPathUtilities.h"
+#include "Platform/Values/NSURL.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz {
+namespace {
+
+namespace fs = std::filesystem;
+using test::TemporaryDirectory;
+
+std::string contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Ref<NSString> text(const std::string& path) { return stringWithFileSystemPath(path); }
+
+std::ptrdiff_t filesIn(const std::string& path) {
+  return std::distance(fs::directory_iterator(path), fs::directory_iterator());
+}
+
+// The code of the Error that writing reports; 0 for none.
+int writing(const std::string& bytes, const std::string& path, std::uint32_t options) {
+  Ref<NSError> error;
+  const bool isDone =
+      NSData::dataWithBytes(bytes)->writeToFile_options_error(text(path), options, &error);
+  EXPECT_EQ(isDone, error == nullptr);
+  if (!error) return 0;
+  EXPECT_TRUE(equal(error->domain(), NSPOSIXErrorDomain));
+  return error->code();
+}
+
+// While it lives, files cannot grow beyond a few bytes.
+class FullDisk {
+ public:
+  FullDisk() {
+    ::signal(SIGXFSZ, SIG_IGN);
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    rlimit little = before_;
+    little.rlim_cur = 100;
+    ::setrlimit(RLIMIT_FSIZE, &little);
+  }
+  ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+
+ private:
+  rlimit before_;
+};
+
+TEST(NSDataFiles, ReadBackWhatWasWritten) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.path() + "/bytes";
+  for (std::size_t length : {0u, 1u, 4096u, 200000u}) {
+    for (std::uint32_t options : {0u, unsigned{NSDataWritingAtomic}}) {
+      std::string bytes(length, '\x01');
+      for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<char>(i * i / 7);
+      ASSERT_EQ(writing(bytes, path, options), 0);
+      ASSERT_EQ(contents(path), bytes);
+      const Ref<NSData> all[] = {
+          NSData::dataWithContentsOfFile(text(path)),
+          NSMutableData::dataWithContentsOfFile(text(path)),
+          NSData::dataWithContentsOfURL(NSURL::fileURLWithPath(text(path))),
+          NSData::initWithContentsOfFile_options_error(text(path), NSDataReadingMapped, nullptr),
+          NSData::dataWithContentsOfFile_options_error(text(path), NSDataReadingUncached, nullptr),
+          send<Ref<NSData>>(classOf<NSMutableData>(), "dataWithContentsOfFile:"_sel,
+                            text(path).get())};
+      for (const auto& each : all) ASSERT_EQ(each->view(), bytes);
+      EXPECT_TRUE(all[5]->isKindOfClass(classOf<NSMutableData>()));
+    }
+  }
+  EXPECT_TRUE(NSData::data()->writeToURL_atomically(NSURL::fileURLWithPath(text(path)), true));
+  EXPECT_EQ(contents(path), "");
+  // Files that the system makes up tell no length.
+  EXPECT_EQ(NSData::dataWithContentsOfFile("/proc/self/cmdline"_ns)->view(),
+            contents("/proc/self/cmdline"));
+}
+
+TEST(NSDataFiles, ReadAPipeToItsEnd) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.path() + "/pipe";
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  const std::string bytes(150000, 'p');
+  std::thread writer([&] { EXPECT_EQ(writing(bytes, path, NSDataWritingAtomic), 0); });
+  const auto data = NSData::dataWithContentsOfFile(text(path));
+  writer.join();
+  EXPECT_EQ(data->view(), bytes);
+  EXPECT_EQ(fs::status(path).type(), fs::file_type::fifo);
+}
+
+TEST(NSDataFiles, SayWhatIsWrong) {
+  const TemporaryDirectory directory;
+  const std::string there = directory.write("there", "old");
+  const std::string here = directory.path();
+  fs::create_symlink("loop", here + "/loop");
+  const struct {
+    Ref<NSString> path;
+    int reading, writing;
+  } cases[] = {
+      {text(here + "/none/file"), ENOENT, ENOENT},
+      {text(here), EISDIR, EISDIR},
+      {text(there + "/below"), ENOTDIR, ENOTDIR},
+      {text(here + "/loop"), ELOOP, ELOOP},
+      {text(std::string(300, 'n')), ENAMETOOLONG, ENAMETOOLONG},
+      {nullptr, EINVAL, EINVAL},
+      {""_ns, EINVAL, EINVAL},
+      {"a\0b"_ns, EINVAL, EINVAL},
+      {NSString::stringWithCharacters(u"\xD800"), EINVAL, EINVAL},
+  };
+  for (const auto& each : cases) {
+    for (std::uint32_t options : {0u, unsigned{NSDataReadingMapped}}) {
+      Ref<NSError> error;
+      EXPECT_FALSE(NSData::dataWithContentsOfFile_options_error(each.path, options, &error));
+      ASSERT_TRUE(error) << each.path;
+      EXPECT_EQ(error->code(), each.reading) << each.path;
+      EXPECT_TRUE(equal(error->userInfo()->valueForKey(NSFilePathErrorKey), each.path));
+    }
+    for (std::uint32_t options : {0u, unsigned{NSDataWritingAtomic}}) {
+      Ref<NSError> error;
+      EXPECT_FALSE(NSData::data()->writeToFile_options_error(each.path, options, &error));
+      ASSERT_TRUE(error) << each.path;
+      EXPECT_EQ(error->code(), each.writing) << each.path << options;
+    }
+    EXPECT_FALSE(NSData::dataWithContentsOfFile(each.path));
+    EXPECT_FALSE(NSData::data()->writeToFile_atomically(each.path, true));
+  }
+  Ref<NSError> error;
+  EXPECT_FALSE(NSMutableData::dataWithContentsOfURL_options_error(
+      NSURL::URLWithString("https://example.com/there"_ns), 0, &error));
+  EXPECT_EQ(error->code(), EINVAL);
+  for (std::uint32_t atomic : {0u, unsigned{NSDataWritingAtomic}}) {
+    EXPECT_EQ(writing("new", there, atomic | NSDataWritingWithoutOverwriting), EEXIST);
+    EXPECT_EQ(writing("new", here + "/" + std::to_string(atomic),
+                      atomic | NSDataWritingWithoutOverwriting),
+              0);
+  }
+  EXPECT_EQ(contents(there), "old");
+  EXPECT_EQ(filesIn(here), 4);  // there, loop, 0 and 1: nothing else is left behind
+}
+
+TEST(NSDataFiles, AreWholeOrAsTheyWere) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("file", "old");
+  {
+    const FullDisk full;
+    EXPECT_EQ(writing(std::string(1000, 'x'), path, NSDataWritingAtomic), EFBIG);
+  }
+  EXPECT_EQ(contents(path), "old");
+  EXPECT_EQ(filesIn(directory.path()), 1);
+  {
+    const FullDisk full;
+    EXPECT_EQ(writing(std::string(1000, 'x'), path, 0), EFBIG);
+  }
+  EXPECT_EQ(contents(path), std::string(100, 'x'));
+}
+
+TEST(NSDataFiles, KeepPermissionsAndLinks) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("deep/file", "old");
+  const std::string link = directory.path() + "/link";
+  const std::string dangling = directory.path() + "/dangling";
+  fs::create_symlink("deep/../link2", link);
+  fs::create_symlink(path, directory.path() + "/link2");
+  fs::create_symlink("deep/new", dangling);
+  ::chmod(path.c_str(), 0641);
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+
+  ASSERT_EQ(writing("new", link, NSDataWritingAtomic), 0);
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_EQ(contents(path), "new");
+  struct stat about;
+  ::stat(path.c_str(), &about);
+  EXPECT_EQ(about.st_mode & 07777u, 0641u);
+  // Who had the old file open still reads the old bytes.
+  char bytes[4] = "";
+  EXPECT_EQ(::read(descriptor, bytes, 3), 3);
+  EXPECT_STREQ(bytes, "old");
+  ::close(descriptor);
+
+  ASSERT_EQ(writing("made", dangling, NSDataWritingAtomic), 0);
+  EXPECT_EQ(contents(directory.path() + "/deep/new"), "made");
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  ::stat(dangling.c_str(), &about);
+  EXPECT_EQ(about.st_mode & 0777u, 0666u & ~mask);
+}
+
+}  // namespace
+}  // namespace qz
