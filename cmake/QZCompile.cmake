@@ -65,10 +65,9 @@ function(qz_compile_options target)
     target_compile_options(${target} PRIVATE
       -Wdangling -Werror=dangling -Wno-sign-conversion)
   else()
-    # g++ 12 warns of overlaps and overruns inside std::basic_string's own members once it
-    # optimises.
+    # g++ 12 warns of overlaps inside std::string's own operator+ once it optimises.
     if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-      target_compile_options(${target} PRIVATE -Wno-restrict -Wno-array-bounds)
+      target_compile_options(${target} PRIVATE -Wno-restrict)
     endif()
     # The sanitizers' own branches confuse the flow analysis behind this one.
     if(QZ_SANITIZE)
