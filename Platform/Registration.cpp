@@ -16,6 +16,10 @@
 #include "Platform/Runtime/NSMethodSignature.h"
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/System/NSBundle.h"
+#include "Platform/System/NSFileHandle.h"
+#include "Platform/System/NSPipe.h"
+#include "Platform/System/NSProcessInfo.h"
+#include "Platform/System/NSTask.h"
 #include "Platform/Values/NSAttributedString.h"
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSData.h"
@@ -75,6 +79,10 @@ void registerPlatform() {
   mention<NSPredicate>();
   mention<NSError>();
   mention<NSBundle>();
+  mention<NSFileHandle>();
+  mention<NSPipe>();
+  mention<NSTask>();
+  mention<NSProcessInfo>();
 }
 
 }  // namespace qz

@@ -2,30 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 
+#include "Platform/System/detail/Descriptor.h"
+
 namespace qz::detail {
-namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    const int kept = errno;
-    if (number_ >= 0) ::close(number_);
-    errno = kept;
-  }
-  int number() const { return number_; }
-
- private:
-  int number_;
-};
-
-}  // namespace
 
 std::optional<std::string> bytesOfFile(const std::string& path, std::uint64_t limit) {
   // A pipe in the file's place must not make anybody wait.
@@ -45,8 +27,8 @@ std::optional<std::string> bytesOfFile(const std::string& path, std::uint64_t li
     // One byte more than the size that was told finds the end without another turn.
     if (filled == bytes.size())
       bytes.resize(filled == 0 ? static_cast<std::size_t>(about.st_size) + 1 : filled * 2);
-    const ssize_t count = ::read(file.number(), bytes.data() + filled, bytes.size() - filled);
-    if (count < 0 && errno == EINTR) continue;
+    const std::ptrdiff_t count =
+        readSome(file.number(), bytes.data() + filled, bytes.size() - filled);
     if (count < 0) return std::nullopt;
     filled += static_cast<std::size_t>(count);
     if (filled > limit) {

@@ -1,0 +1,140 @@
+#include "Platform/System/NSFileHandle.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "Platform/Runtime/Send.h"
+#include "Platform/System/NSPipe.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSError.h"
+#include "tests/support/Raises.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+Ref<NSData> bytes(std::string_view text) { return NSData::dataWithBytes(text); }
+std::string text(NSData* data) { return data != nullptr ? std::string(data->view()) : "nil"; }
+Ref<NSString> path(const std::string& path) { return NSString::stringWithUTF8String(path); }
+
+std::string contents(const std::string& path) {
+  std::ostringstream all;
+  all << std::ifstream(path, std::ios::binary).rdbuf();
+  return all.str();
+}
+
+TEST(NSFileHandle, ReadsWritesMovesAndCutsAFile) {
+  const TemporaryDirectory directory;
+  const std::string file = directory.write("f", "0123456789");
+  auto handle = NSFileHandle::fileHandleForUpdatingAtPath(path(file));
+  EXPECT_EQ(text(handle->readDataOfLength(3)), "012");
+  EXPECT_EQ(text(handle->availableData()), "3456789");
+  EXPECT_EQ(text(handle->availableData()), "");
+  handle->seekToFileOffset(2);
+  handle->writeData(bytes("xy"));
+  EXPECT_EQ(handle->offsetInFile(), 4u);
+  EXPECT_EQ(handle->seekToEndOfFile(), 10u);
+  handle->writeData(bytes("!"));
+  handle->writeData(nullptr);
+  handle->synchronizeFile();
+  EXPECT_EQ(contents(file), "01xy456789!");
+  handle->truncateFileAtOffset(3);
+  handle->writeData(bytes("z"));
+  EXPECT_EQ(contents(file), "01xz");
+  handle->closeFile();
+  handle->closeFile();
+  EXPECT_EQ(handle->fileDescriptor(), -1);
+  EXPECT_EQ(text(NSFileHandle::fileHandleForReadingAtPath(path(file))->readDataToEndOfFile()),
+            "01xz");
+}
+
+TEST(NSFileHandle, FailuresAreErrorsOrExceptions) {
+  const TemporaryDirectory directory;
+  const std::string missing = directory.path() + "/none/f";
+  Ref<NSError> error;
+  EXPECT_EQ(NSFileHandle::fileHandleForWritingAtPath_error(path(missing), &error), nullptr);
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_NE(to_string(error->localizedDescription()).find(missing), std::string::npos);
+  EXPECT_EQ(NSFileHandle::fileHandleForReadingAtPath(nullptr), nullptr);
+
+  auto reading = NSFileHandle::fileHandleForReadingAtPath(path(directory.write("f", "abc")));
+  error = nullptr;
+  EXPECT_FALSE(reading->writeData_error(bytes("x"), &error));
+  EXPECT_EQ(error->code(), EBADF);
+  auto full = NSFileHandle::fileHandleForWritingAtPath("/dev/full"_ns);
+  EXPECT_TRUE(raises(NSFileHandleOperationException, [&] { full->writeData(bytes("x")); },
+                     {"writeData:", "No space left"}));
+  auto folder = NSFileHandle::fileHandleForReadingAtPath(path(directory.path()));
+  EXPECT_EQ(folder->readDataToEndOfFileAndReturnError(&error), nullptr);
+  EXPECT_EQ(error->code(), EISDIR);
+
+  reading->closeFile();
+  const std::function<void()> closed[] = {
+      [&] { reading->availableData(); },     [&] { reading->readDataToEndOfFile(); },
+      [&] { reading->readDataOfLength(1); }, [&] { reading->writeData(bytes("x")); },
+      [&] { reading->offsetInFile(); },      [&] { reading->seekToEndOfFile(); },
+      [&] { reading->seekToFileOffset(0); }, [&] { reading->truncateFileAtOffset(0); },
+      [&] { reading->synchronizeFile(); },
+  };
+  for (const auto& use : closed) EXPECT_TRUE(raises(NSFileHandleOperationException, use));
+}
+
+TEST(NSFileHandle, OwnsTheDescriptorOnlyWhenItShould) {
+  const int descriptor = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  NSFileHandle::initWithFileDescriptor(descriptor);
+  EXPECT_NE(::fcntl(descriptor, F_GETFD), -1);
+  NSFileHandle::initWithFileDescriptor_closeOnDealloc(descriptor, true);
+  EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
+  EXPECT_EQ(NSFileHandle::fileHandleWithStandardError()->fileDescriptor(), 2);
+  EXPECT_EQ(NSFileHandle::fileHandleWithStandardError(),
+            send<Ref<NSFileHandle>>(classOf<NSFileHandle>(), "fileHandleWithStandardError"_sel));
+  EXPECT_EQ(text(NSFileHandle::fileHandleWithNullDevice()->availableData()), "");
+}
+
+TEST(NSPipe, CarriesBytesAndTellsTheEnd) {
+  auto pipe = NSPipe::pipe();
+  for (NSFileHandle* each :
+       {pipe->fileHandleForReading().get(), pipe->fileHandleForWriting().get()})
+    EXPECT_EQ(::fcntl(each->fileDescriptor(), F_GETFD), FD_CLOEXEC);
+  pipe->fileHandleForWriting()->writeData(bytes("abc"));
+  EXPECT_EQ(text(pipe->fileHandleForReading()->availableData()), "abc");
+  // A reader that is set not to wait is waited for all the same.
+  ::fcntl(pipe->fileHandleForReading()->fileDescriptor(), F_SETFL, O_NONBLOCK);
+  const std::string large(1 << 20, 'x');
+  std::thread writer([&] {
+    pipe->fileHandleForWriting()->writeData(bytes(large));
+    pipe->fileHandleForWriting()->closeFile();
+  });
+  EXPECT_EQ(text(pipe->fileHandleForReading()->readDataOfLength(5)), "xxxxx");
+  EXPECT_EQ(pipe->fileHandleForReading()->readDataToEndOfFile()->length(), large.size() - 5);
+  writer.join();
+}
+
+TEST(NSPipe, AReaderThatWentAwayIsAFailureAndNoSignal) {
+  static volatile sig_atomic_t signals;
+  signals = 0;
+  auto* before = ::signal(SIGPIPE, [](int) { signals = signals + 1; });
+  auto pipe = NSPipe::pipe();
+  pipe->fileHandleForReading()->closeFile();
+  Ref<NSError> error;
+  EXPECT_FALSE(pipe->fileHandleForWriting()->writeData_error(bytes("x"), &error));
+  EXPECT_EQ(error->code(), EPIPE);
+  EXPECT_EQ(signals, 0);
+  // The program's own signals come through as before.
+  ::raise(SIGPIPE);
+  EXPECT_EQ(signals, 1);
+  ::signal(SIGPIPE, before);
+}
+
+}  // namespace
+}  // namespace qz::test

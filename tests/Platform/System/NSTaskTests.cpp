@@ -1,0 +1,243 @@
+#include "Platform/System/NSTask.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/System/NSPipe.h"
+#include "Platform/System/NSProcessInfo.h"
+#include "Platform/System/detail/OsRelease.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSError.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Raises.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+Ref<NSTask> shell(NSString* script) {
+  auto task = make<NSTask>();
+  task->setLaunchPath("/bin/sh"_ns);
+  task->setArguments(NSArray::arrayWithObjects({"-c"_ns, script}));
+  return task;
+}
+
+/// What a task prints, to its end.
+std::string output(NSTask* task) {
+  auto pipe = NSPipe::pipe();
+  task->setStandardOutput(pipe);
+  task->launch();
+  Ref<NSData> data = pipe->fileHandleForReading()->readDataToEndOfFile();
+  task->waitUntilExit();
+  return std::string(data->view());
+}
+
+TEST(NSTask, RunsWithWhatItIsGiven) {
+  const TemporaryDirectory directory;
+  auto task = shell("pwd; printf '[%s]' \"$0\" \"$1\" \"$NAME\" \"$HOME\"; exit 3"_ns);
+  task->setArguments(task->arguments()->arrayByAddingObjectsFromArray(
+      NSArray::arrayWithObjects({"a b"_ns, "*\"'$x"_ns})));
+  task->setEnvironment(NSDictionary::of({{"NAME"_ns, "vé=1"_ns}}));
+  task->setCurrentDirectoryPath(NSString::stringWithUTF8String(directory.path()));
+  EXPECT_EQ(output(task), directory.path() + "\n[a b][*\"'$x][vé=1][]");
+  EXPECT_EQ(task->terminationStatus(), 3);
+  EXPECT_EQ(task->terminationReason(), NSTaskTerminationReasonExit);
+  EXPECT_FALSE(task->isRunning());
+
+  ::setenv("QZ_TASK_TEST", "inherited", 1);
+  EXPECT_EQ(output(shell("echo $QZ_TASK_TEST"_ns)), "inherited\n");
+}
+
+TEST(NSTask, StreamsGoWhereTheyAreTold) {
+  auto in = NSPipe::pipe();
+  auto both = NSPipe::pipe();
+  auto task = shell("cat; echo problem >&2"_ns);
+  task->setStandardInput(in);
+  task->setStandardOutput(both);
+  task->setStandardError(both);
+  task->launch();
+  in->fileHandleForWriting()->writeData(NSData::dataWithBytes(std::string_view("hello\n")));
+  in->fileHandleForWriting()->closeFile();
+  EXPECT_EQ(both->fileHandleForReading()->readDataToEndOfFile()->view(), "hello\nproblem\n");
+  // The far ends belong to the program alone.
+  EXPECT_EQ(both->fileHandleForWriting()->fileDescriptor(), -1);
+  EXPECT_EQ(in->fileHandleForReading()->fileDescriptor(), -1);
+
+  const TemporaryDirectory directory;
+  const std::string file = directory.write("out", "");
+  auto toFile = shell("echo to a file"_ns);
+  toFile->setStandardOutput(
+      NSFileHandle::fileHandleForWritingAtPath(NSString::stringWithUTF8String(file)));
+  toFile->launch();
+  toFile->waitUntilExit();
+  std::string line;
+  std::getline(std::ifstream(file), line);
+  EXPECT_EQ(line, "to a file");
+}
+
+TEST(NSTask, StandardStreamsCanBeExchanged) {
+  auto pipe = NSPipe::pipe();
+  // The program's output is this process's error stream and the other way round.
+  const int kept = ::dup(STDERR_FILENO);
+  ::dup2(pipe->fileHandleForWriting()->fileDescriptor(), STDERR_FILENO);
+  auto task = shell("echo out; echo error >&2"_ns);
+  task->setStandardOutput(NSFileHandle::fileHandleWithStandardError());
+  task->setStandardError(NSFileHandle::fileHandleWithStandardOutput());
+  task->launch();
+  task->waitUntilExit();
+  ::dup2(kept, STDERR_FILENO);
+  ::close(kept);
+  pipe->fileHandleForWriting()->closeFile();
+  EXPECT_EQ(pipe->fileHandleForReading()->readDataToEndOfFile()->view(), "out\n");
+}
+
+TEST(NSTask, NoDescriptorLeaksAndSignalsAreAtTheirDefault) {
+  // Also one that was opened without any thought of children.
+  const int careless = ::open("/dev/null", O_RDONLY);
+  auto other = NSPipe::pipe();
+  ::signal(SIGPIPE, SIG_IGN);
+  sigset_t blocked, before;
+  ::sigemptyset(&blocked);
+  ::sigaddset(&blocked, SIGTERM);
+  ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
+  auto task = make<NSTask>();
+  task->setLaunchPath("/bin/ls"_ns);
+  task->setArguments(NSArray::arrayWithObject("/proc/self/fd"_ns));
+  EXPECT_EQ(output(task), "0\n1\n2\n3\n");  // 3 is the listing's own
+  const std::string masks = output(shell("sed -n 's/^Sig[BI].*\t//p' /proc/self/status"_ns));
+  EXPECT_EQ(masks.substr(0, 17), "0000000000000000\n");
+  EXPECT_EQ(std::stoull(masks.substr(17), nullptr, 16) & (1u << (SIGPIPE - 1)), 0u) << masks;
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  ::signal(SIGPIPE, SIG_DFL);
+  ::close(careless);
+}
+
+TEST(NSTask, SignalsEndItAndLeaveItsState) {
+  auto task = shell("kill -STOP $$; exec sleep 100"_ns);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->terminate(); }, {"not launched"}));
+  task->launch();
+  EXPECT_TRUE(task->isRunning());
+  EXPECT_GT(task->processIdentifier(), 0);
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [&] { task->terminationStatus(); }, {"still running"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->launch(); }, {"launched already"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->setArguments(nullptr); }));
+  task->terminate();
+  task->resume();
+  task->waitUntilExit();
+  EXPECT_EQ(task->terminationReason(), NSTaskTerminationReasonUncaughtSignal);
+  EXPECT_EQ(task->terminationStatus(), SIGTERM);
+  task->interrupt();  // too late, and hits nobody else
+}
+
+TEST(NSTask, NoZombieIsLeftByATaskThatNobodyWaitsFor) {
+  std::promise<int> ended;
+  pid_t identifier = 0;
+  {
+    auto task = shell("exit 7"_ns);
+    task->setTerminationHandler(
+        [&](NSTask* finished) { ended.set_value(finished->terminationStatus()); });
+    task->launch();
+    identifier = task->processIdentifier();
+  }
+  EXPECT_EQ(ended.get_future().get(), 7);
+  EXPECT_EQ(::waitpid(identifier, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(NSTask, WhatCannotBeLaunchedRaisesWithPathAndReasonAndMayTryAgain) {
+  const TemporaryDirectory directory;
+  const std::string plain = directory.write("plain", "text");
+  auto task = make<NSTask>();
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->launch(); }, {"nil"}));
+  auto pipe = NSPipe::pipe();
+  task->setStandardOutput(pipe);
+  task->setLaunchPath("/no/such/program"_ns);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->launch(); },
+                     {"/no/such/program", "No such file"}));
+  task->setLaunchPath(NSString::stringWithUTF8String(plain));
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [&] { task->launch(); }, {plain, "Permission denied"}));
+  task->setLaunchPath("/bin/echo"_ns);
+  task->setCurrentDirectoryPath("/no/such/folder"_ns);
+  Ref<NSError> error;
+  EXPECT_FALSE(task->launchAndReturnError(&error));
+  EXPECT_NE(to_string(error->localizedDescription()).find("/no/such/folder"), std::string::npos);
+  EXPECT_FALSE(task->isRunning());
+  task->setCurrentDirectoryPath(nullptr);
+  task->launch();
+  EXPECT_EQ(pipe->fileHandleForReading()->readDataToEndOfFile()->view(), "\n");
+
+  auto odd = make<NSTask>();
+  const auto number = NSNumber::numberWithInt(1);
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { odd->setArguments(NSArray::arrayWithObject(number)); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { odd->setStandardOutput("path"_ns); },
+                     {"neither an NSPipe"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] {
+                       odd->setEnvironment(NSDictionary::of({{"a=b"_ns, "c"_ns}}));
+                     },
+                     {"a=b"}));
+}
+
+TEST(NSTask, ManyAtOnceInSeveralThreads) {
+  std::vector<std::future<int>> wrong;
+  for (int i = 0; i < 4; ++i)
+    wrong.push_back(std::async(std::launch::async, [i] {
+      int bad = 0;
+      for (int j = 0; j < 10; ++j) {
+        auto task = shell(NSString::stringWithFormat("echo %d.%d; exit %d"_ns, i, j, j));
+        bad += output(task) != std::to_string(i) + "." + std::to_string(j) + "\n";
+        bad += task->terminationStatus() != j;
+      }
+      return bad;
+    }));
+  for (auto& each : wrong) EXPECT_EQ(each.get(), 0);
+}
+
+TEST(NSProcessInfo, TellsOfThisProcess) {
+  auto info = NSProcessInfo::processInfo();
+  EXPECT_EQ(info, send<Ref<NSProcessInfo>>(classOf<NSProcessInfo>(), "processInfo"_sel));
+  EXPECT_EQ(info->processIdentifier(), ::getpid());
+  EXPECT_TRUE(equal(info->processName(), "platform-tests"_ns));
+  EXPECT_TRUE(
+      equal(info->arguments()->objectAtIndex(0)->performSelector("lastPathComponent"_sel).object(),
+            "platform-tests"_ns));
+  ::setenv("QZ_INFO_TEST", "a=b", 1);
+  EXPECT_TRUE(equal(info->environment()->objectForKey("QZ_INFO_TEST"_ns), "a=b"_ns));
+  info->setProcessName("other"_ns);
+  EXPECT_TRUE(equal(info->processName(), "other"_ns));
+  info->setProcessName(nullptr);
+  EXPECT_FALSE(equal(info->globallyUniqueString(), info->globallyUniqueString()));
+  EXPECT_GE(info->processorCount(), 1u);
+  EXPECT_GT(info->physicalMemory(), 1u << 20);
+}
+
+TEST(NSProcessInfo, ReleaseFiles) {
+  const std::string_view file =
+      "# NAME=no\nVERSION_ID_X=0\nVERSION_ID=\"12.4\"\nNAME='a \\b'\nTEXT=\"say \\\"\\$x\\\"\" # "
+      "\nBARE=arch\\ x";
+  EXPECT_EQ(detail::osReleaseValue(file, "VERSION_ID"), "12.4");
+  EXPECT_EQ(detail::osReleaseValue(file, "NAME"), "a \\b");
+  EXPECT_EQ(detail::osReleaseValue(file, "TEXT"), "say \"$x\"");
+  EXPECT_EQ(detail::osReleaseValue(file, "BARE"), "arch x");
+  EXPECT_EQ(detail::osReleaseValue(file, "MISSING"), "");
+  EXPECT_EQ(detail::osReleaseValue("NAME=\"open", "NAME"), "open");
+}
+
+}  // namespace
+}  // namespace qz::test
