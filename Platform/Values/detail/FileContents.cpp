@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <random>
 #include <string_view>
+#include <utility>
 
 namespace qz::detail {
 namespace {
