@@ -1,6 +1,7 @@
 #include "QZFoundation/detail/Registration.h"
 
 #include "QZFoundation/QZIndexMap.h"
+#include "QZFoundation/QZVersionNumber.h"
 
 namespace qz {
 
@@ -15,6 +16,9 @@ void registerQZFoundation() {
   detail::registerNSMutableStringQZFoundation();
   detail::registerNSAttributedStringQZFoundation();
   detail::registerNSURLQZFoundation();
+  classOf<QZVersionNumber>();
+  detail::registerNSBundleQZFoundation();
+  detail::registerNSTaskQZFoundation();
 }
 
 }  // namespace qz

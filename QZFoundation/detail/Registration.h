@@ -18,11 +18,13 @@ namespace detail {
 void registerNSArrayQZIndexMap();
 void registerNSAttributedStringQZFoundation();
 void registerNSMutableStringQZFoundation();
+void registerNSBundleQZFoundation();
 void registerNSErrorQZFoundation();
 void registerNSObjectQZFoundation();
 void registerNSSortDescriptorQZFoundation();
 void registerNSStringQZSearch();
 void registerNSStringQZFoundation();
+void registerNSTaskQZFoundation();
 void registerNSURLQZFoundation();
 }  // namespace detail
 
