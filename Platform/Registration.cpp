@@ -20,6 +20,10 @@
 #include "Platform/System/NSPipe.h"
 #include "Platform/System/NSProcessInfo.h"
 #include "Platform/System/NSTask.h"
+#include "Platform/Text/NSDateFormatter.h"
+#include "Platform/Text/NSFormatter.h"
+#include "Platform/Text/NSLocale.h"
+#include "Platform/Text/NSTimeZone.h"
 #include "Platform/Values/NSAttributedString.h"
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSData.h"
@@ -83,6 +87,10 @@ void registerPlatform() {
   mention<NSPipe>();
   mention<NSTask>();
   mention<NSProcessInfo>();
+  mention<NSLocale>();
+  mention<NSTimeZone>();
+  mention<NSFormatter>();
+  mention<NSDateFormatter>();
 }
 
 }  // namespace qz
