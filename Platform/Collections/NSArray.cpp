@@ -8,6 +8,7 @@
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSPredicate.h"
 #include "Platform/Collections/detail/ArraySort.h"
+#include "Platform/Collections/detail/CollectionOperators.h"
 #include "Platform/Collections/detail/DescriptionPrinter.h"
 #include "Platform/Collections/detail/EqualityGuard.h"
 #include "Platform/Collections/detail/Membership.h"
@@ -367,12 +368,21 @@ Ref<NSArray> valuesOf(const NSArray* array, const Value& value) {
 }  // namespace
 
 Ref<NSObject> NSArray::valueForKey(NSString* key) {
+  if (key != nullptr && key->view().starts_with(u'@'))
+    return detail::valueForOperatorPath(this, key);
   return valuesOf(this, [=](NSObject* each) { return each->valueForKey(key); });
 }
 
 // The whole path goes to each element, so that a step on the way that answers nil gives Null, as
 // the last one does.
 Ref<NSObject> NSArray::valueForKeyPath(NSString* keyPath) {
+  const std::size_t at = keyPath == nullptr ? 0 : detail::operatorStart(keyPath->view());
+  if (keyPath != nullptr && at != std::u16string_view::npos) {
+    if (at == 0) return detail::valueForOperatorPath(this, keyPath);
+    const auto before = NSString::stringWithCharacters(keyPath->view().substr(0, at - 1));
+    const auto after = NSString::stringWithCharacters(keyPath->view().substr(at));
+    return valueForKeyPath(before)->valueForKeyPath(after);
+  }
   return valuesOf(this, [=](NSObject* each) { return each->valueForKeyPath(keyPath); });
 }
 

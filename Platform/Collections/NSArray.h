@@ -176,7 +176,10 @@ class NSArray : public Derives<NSArray, NSObject> {
   /// An NSMutableArray with the same elements.
   Ref<NSObject> mutableCopy() const override;
 
-  /// The Array of each element's value, with Null for nil.
+  /// The Array of each element's value, with Null for nil. A key that begins with "@" is an
+  /// operator or names a property of the Array itself: "@sum.price", "@lastObject.name"; what
+  /// stands before it is read first: "lines.@unionOfArrays.price". detail/CollectionOperators.h
+  /// lists them.
   Ref<NSObject> valueForKey(NSString* key) override;
   Ref<NSObject> valueForKeyPath(NSString* keyPath) override;
 

@@ -53,6 +53,17 @@ Ref<NSCountedSet> NSCountedSet::setWithSet(NSSet* other) {
 
 Ref<NSCountedSet> NSCountedSet::initWithSet(NSSet* other) { return setWithSet(other); }
 
+Ref<NSCountedSet> NSCountedSet::initWithSet_copyItems(NSSet* other, bool copiesItems) {
+  if (!copiesItems) return setWithSet(other);
+  auto made = make<NSCountedSet>();
+  const auto* counted = as<NSCountedSet>(other);
+  for (NSObject* each : other) {
+    SetEntry* entry = put(made->table_, each->copy());
+    if (entry != nullptr && counted != nullptr) entry->count = counted->countForObject(each);
+  }
+  return made;
+}
+
 Ref<NSCountedSet> NSCountedSet::setWithCapacity(std::uint32_t capacity) {
   Table table;
   table.reserve(capacity);
@@ -106,6 +117,7 @@ void NSCountedSet::describe(ClassDescription<NSCountedSet>& is) {
       .initializer<&NSCountedSet::initWithArray>("initWithArray:")
       .classMethod<&NSCountedSet::setWithSet>("setWithSet:")
       .initializer<&NSCountedSet::initWithSet>("initWithSet:")
+      .initializer<&NSCountedSet::initWithSet_copyItems>("initWithSet:copyItems:")
       .classMethod<&NSCountedSet::setWithCapacity>("setWithCapacity:")
       .initializer<&NSCountedSet::initWithCapacity>("initWithCapacity:")
       .method<&NSCountedSet::countForObject>("countForObject:");

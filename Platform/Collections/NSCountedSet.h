@@ -36,6 +36,7 @@ class NSCountedSet final : public Derives<NSCountedSet, NSMutableSet> {
   static Ref<NSCountedSet> initWithArray(NSArray* array);
   static Ref<NSCountedSet> setWithSet(NSSet* other);
   static Ref<NSCountedSet> initWithSet(NSSet* other);
+  static Ref<NSCountedSet> initWithSet_copyItems(NSSet* other, bool copiesItems);
   static Ref<NSCountedSet> setWithCapacity(std::uint32_t capacity);
   static Ref<NSCountedSet> initWithCapacity(std::uint32_t capacity);
 

@@ -1,16 +1,21 @@
 #include "Platform/Collections/NSDictionary.h"
 
+#include <span>
 #include <string>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Collections/detail/DescriptionPrinter.h"
 #include "Platform/Collections/detail/EqualityGuard.h"
+#include "Platform/Collections/detail/MergeSort.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSDate.h"
 
 namespace qz {
 
@@ -140,6 +145,12 @@ NSDictionary::Table NSDictionary::tableOf(const NSDictionary* other) {
   return table;
 }
 
+NSDictionary::Table NSDictionary::tableOfCopies(const NSDictionary* other) {
+  Table table;
+  for (const auto& [key, value] : other) put(table, value->copy(), key);
+  return table;
+}
+
 NSDictionary::Table NSDictionary::tableOf(std::initializer_list<Entry> entries) {
   Table table;
   table.reserve(static_cast<std::uint32_t>(entries.size()));
@@ -194,6 +205,15 @@ Ref<NSDictionary> NSDictionary::dictionaryWithDictionary(NSDictionary* other) {
   return with(tableOf(other));
 }
 
+Ref<NSDictionary> NSDictionary::initWithDictionary(NSDictionary* other) {
+  return with(tableOf(other));
+}
+
+Ref<NSDictionary> NSDictionary::initWithDictionary_copyItems(NSDictionary* other,
+                                                             bool copiesItems) {
+  return with(copiesItems ? tableOfCopies(other) : tableOf(other));
+}
+
 Ref<NSDictionary> NSDictionary::of(std::initializer_list<Entry> entries) {
   return with(tableOf(entries));
 }
@@ -245,6 +265,23 @@ Ref<NSArray> NSDictionary::allValues() const {
   return values.finish();
 }
 
+void NSDictionary::getObjects_andKeys(NSObject** objects, NSObject** keys) const {
+  const auto give = [](NSObject** buffer, NSObject* each, std::uint32_t lent) {
+    if (buffer == nullptr) return;
+    if (each->retainCount() <= lent)
+      detail::raise(NSInvalidArgumentException,
+                    "getObjects:andKeys: of a Dictionary that makes its entries when asked");
+    *buffer = each;
+  };
+  std::uint32_t i = 0;
+  const std::uint32_t lent = usesTable() ? 0 : 1;
+  forEach([&](NSObject* key, NSObject* value) {
+    give(objects == nullptr ? nullptr : objects + i, value, lent);
+    give(keys == nullptr ? nullptr : keys + i, key, lent);
+    ++i;
+  });
+}
+
 Ref<NSArray> NSDictionary::allKeysForObject(NSObject* object) const {
   detail::ArrayBuilder keys;
   if (object != nullptr)
@@ -263,22 +300,42 @@ Ref<NSArray> NSDictionary::objectsForKeys_notFoundMarker(NSArray* keys, NSObject
   return objects.finish();
 }
 
-namespace {
-struct ByValue {
-  const NSDictionary* dictionary;
-  Selector comparator;
-
-  static NSComparisonResult compare(NSObject* a, NSObject* b, void* context) {
-    const auto* self = static_cast<const ByValue*>(context);
-    return send<NSComparisonResult>(self->dictionary->objectForKey(a), self->comparator,
-                                    self->dictionary->objectForKey(b));
-  }
-};
-}  // namespace
-
 Ref<NSArray> NSDictionary::keysSortedByValueUsingSelector(Selector comparator) const {
-  ByValue order{this, comparator};
-  return allKeys()->sortedArrayUsingFunction_context(&ByValue::compare, &order);
+  return keysSortedByValueUsingComparator(
+      [=](NSObject* a, NSObject* b) { return send<NSComparisonResult>(a, comparator, b); });
+}
+
+// The entries are sorted as they were found, so that each value is looked up once.
+Ref<NSArray> NSDictionary::keysSortedByValueUsingComparator(
+    const std::function<NSComparisonResult(NSObject*, NSObject*)>& comparator) const {
+  if (!comparator)
+    detail::raise(NSInvalidArgumentException,
+                  "keysSortedByValueUsingComparator: without a comparator");
+  std::vector<Pair> pairs;
+  pairs.reserve(count());
+  for (const Pair& each : *this) pairs.push_back(each);
+  std::vector<const Pair*> order;
+  order.reserve(pairs.size());
+  for (const Pair& each : pairs) order.push_back(&each);
+  detail::mergeSort(std::span(order), [&](const Pair* a, const Pair* b) {
+    return comparator(a->value, b->value) == NSOrderedDescending;
+  });
+  detail::ArrayBuilder keys(order.size());
+  for (const Pair* each : order) keys.add(each->key);
+  return keys.finish();
+}
+
+Ref<NSSet> NSDictionary::keysOfEntriesPassingTest(
+    const std::function<bool(NSObject* key, NSObject* object)>& test) const {
+  if (!test) detail::raise(NSInvalidArgumentException, "keysOfEntriesPassingTest: without a test");
+  auto keys = make<NSMutableSet>();
+  for (const auto& [key, value] : *this)
+    if (test(key, value)) keys->addObject(key);
+  return as<NSSet>(keys->copy());
+}
+
+Ref<NSDate> NSDictionary::fileModificationDate() const {
+  return as<NSDate>(objectForKey("NSFileModificationDate"_ns));
 }
 
 bool NSDictionary::isEqualToDictionary(NSDictionary* other) const {
@@ -334,6 +391,10 @@ Ref<NSDictionary> dictionaryOfList(Class* aClass, NSArray* objectsAndKeys) {
   return as<NSDictionary>(table->copy());
 }
 
+Ref<NSDictionary> immutableOfList(NSArray* objectsAndKeys) {
+  return dictionaryOfList(classOf<NSDictionary>(), objectsAndKeys);
+}
+
 }  // namespace
 
 void NSDictionary::describe(ClassDescription<NSDictionary>& is) {
@@ -346,7 +407,10 @@ void NSDictionary::describe(ClassDescription<NSDictionary>& is) {
           "dictionaryWithObjects:forKeys:count:")
       .initializer<&NSDictionary::initWithObjects_forKeys_count>("initWithObjects:forKeys:count:")
       .classMethod<&NSDictionary::dictionaryWithDictionary>("dictionaryWithDictionary:")
+      .initializer<&NSDictionary::initWithDictionary>("initWithDictionary:")
+      .initializer<&NSDictionary::initWithDictionary_copyItems>("initWithDictionary:copyItems:")
       .classMethod<&dictionaryOfList>("dictionaryWithObjectsAndKeys:")
+      .initializer<&immutableOfList>("initWithObjectsAndKeys:")
       .method<&NSDictionary::count>("count")
       .method<&NSDictionary::objectForKey>("objectForKey:")
       .method<&NSDictionary::keyEnumerator>("keyEnumerator")
@@ -354,6 +418,8 @@ void NSDictionary::describe(ClassDescription<NSDictionary>& is) {
       .method<&NSDictionary::allKeys>("allKeys")
       .method<&NSDictionary::allValues>("allValues")
       .method<&NSDictionary::allKeysForObject>("allKeysForObject:")
+      .method<&NSDictionary::getObjects_andKeys>("getObjects:andKeys:")
+      .method<&NSDictionary::fileModificationDate>("fileModificationDate")
       .method<&NSDictionary::objectsForKeys_notFoundMarker>("objectsForKeys:notFoundMarker:")
       .method<&NSDictionary::keysSortedByValueUsingSelector>("keysSortedByValueUsingSelector:")
       .method<&NSDictionary::isEqualToDictionary>("isEqualToDictionary:");

@@ -5,8 +5,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
+#include <ranges>
+#include <type_traits>
 
 #include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Collections/detail/HashTable.h"
@@ -15,6 +18,8 @@
 namespace qz {
 
 class NSArray;
+class NSDate;
+class NSSet;
 class NSString;
 
 /// A map from keys to Objects that keeps the order in which its keys were added.
@@ -71,6 +76,10 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
 
   /// The entries of `other` as they are now; empty for nil.
   static Ref<NSDictionary> dictionaryWithDictionary(NSDictionary* other);
+  static Ref<NSDictionary> initWithDictionary(NSDictionary* other);
+
+  /// The same, with a `copy` of each Object if asked for.
+  static Ref<NSDictionary> initWithDictionary_copyItems(NSDictionary* other, bool copiesItems);
 
   /// Object, key, object, key, …: ends early at the first nil. Raises NSInvalidArgumentException
   /// for an Object without a key.
@@ -79,7 +88,20 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
     return alternating(std::array<NSObject*, sizeof...(Objects)>{objectsAndKeys...});
   }
 
+  template <class... Objects>
+  static Ref<NSDictionary> initWithObjectsAndKeys(const Objects&... objectsAndKeys) {
+    return dictionaryWithObjectsAndKeys(objectsAndKeys...);
+  }
+
   static Ref<NSDictionary> of(std::initializer_list<Entry> entries);
+
+  /// Of any range of pairs (key, Object), such as a `std::map` of Refs or another Dictionary.
+  template <std::ranges::input_range R>
+  static Ref<NSDictionary> fromRange(R&& pairs) {
+    Table table;
+    for (const auto& [key, object] : pairs) put(table, object, key);
+    return with(std::move(table));
+  }
 
   /// How many entries. Constant time.
   virtual std::uint32_t count() const;
@@ -99,6 +121,11 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   Ref<NSArray> allKeys() const;
   Ref<NSArray> allValues() const;
 
+  /// Copies the Objects and the keys to buffers with room for all, borrowed from this Dictionary;
+  /// either may be null. Raises NSInvalidArgumentException for what a Dictionary of the application
+  /// made just for the call, which nobody would keep alive.
+  void getObjects_andKeys(NSObject** objects, NSObject** keys) const;
+
   /// The keys under which Objects equal to `object` are kept. Linear.
   Ref<NSArray> allKeysForObject(NSObject* object) const;
 
@@ -109,6 +136,16 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   /// The keys, ordered by what `comparator` (such as `compare:`) answers for their Objects. Equal
   /// ones keep their order.
   Ref<NSArray> keysSortedByValueUsingSelector(Selector comparator) const;
+  Ref<NSArray> keysSortedByValueUsingComparator(
+      const std::function<NSComparisonResult(NSObject*, NSObject*)>& comparator) const;
+
+  /// The keys for which `test(key, object)` is true, asked in order.
+  Ref<NSSet> keysOfEntriesPassingTest(
+      const std::function<bool(NSObject* key, NSObject* object)>& test) const;
+
+  /// Of a Dictionary of file attributes: the Date under "NSFileModificationDate"; nil when there is
+  /// none.
+  Ref<NSDate> fileModificationDate() const;
 
   /// The same keys with equal Objects. False for nil. Those that contain
   /// themselves are compared as the endless structures they describe; nesting deeper than 1000
@@ -149,6 +186,7 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   static Table tableOf(NSObject* const* objects, NSObject* const* keys, std::uint32_t count);
   static Table tableOf(NSArray* objects, NSArray* keys);
   static Table tableOf(const NSDictionary* other);
+  static Table tableOfCopies(const NSDictionary* other);
   static Table tableOf(std::initializer_list<Entry> entries);
   static Table tableOfAlternating(NSObject* const* objectsAndKeys, std::size_t count);
 

@@ -5,6 +5,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/Send.h"
 
 namespace qz {
 
@@ -41,6 +42,15 @@ Ref<NSMutableDictionary> NSMutableDictionary::initWithObjects_forKeys_count(
 
 Ref<NSMutableDictionary> NSMutableDictionary::dictionaryWithDictionary(NSDictionary* other) {
   return with(tableOf(other));
+}
+
+Ref<NSMutableDictionary> NSMutableDictionary::initWithDictionary(NSDictionary* other) {
+  return with(tableOf(other));
+}
+
+Ref<NSMutableDictionary> NSMutableDictionary::initWithDictionary_copyItems(NSDictionary* other,
+                                                                           bool copiesItems) {
+  return with(copiesItems ? tableOfCopies(other) : tableOf(other));
 }
 
 Ref<NSMutableDictionary> NSMutableDictionary::of(std::initializer_list<Entry> entries) {
@@ -104,6 +114,13 @@ void NSMutableDictionary::setValue_forKey(NSObject* value, NSString* key) {
     removeObjectForKey(key);
 }
 
+namespace {
+Ref<NSMutableDictionary> mutableOfList(NSArray* objectsAndKeys) {
+  return send<Ref<NSMutableDictionary>>(classOf<NSMutableDictionary>(),
+                                        "dictionaryWithObjectsAndKeys:"_sel, objectsAndKeys);
+}
+}  // namespace
+
 void NSMutableDictionary::describe(ClassDescription<NSMutableDictionary>& is) {
   using Mutable = NSMutableDictionary;
   is.named("NSMutableDictionary")
@@ -115,6 +132,9 @@ void NSMutableDictionary::describe(ClassDescription<NSMutableDictionary>& is) {
           "dictionaryWithObjects:forKeys:count:")
       .initializer<&Mutable::initWithObjects_forKeys_count>("initWithObjects:forKeys:count:")
       .classMethod<&Mutable::dictionaryWithDictionary>("dictionaryWithDictionary:")
+      .initializer<&Mutable::initWithDictionary>("initWithDictionary:")
+      .initializer<&Mutable::initWithDictionary_copyItems>("initWithDictionary:copyItems:")
+      .initializer<&mutableOfList>("initWithObjectsAndKeys:")
       .classMethod<&Mutable::dictionaryWithCapacity>("dictionaryWithCapacity:")
       .initializer<&Mutable::initWithCapacity>("initWithCapacity:")
       .method<&Mutable::setObject_forKey>("setObject:forKey:")

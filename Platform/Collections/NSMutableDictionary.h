@@ -37,6 +37,9 @@ class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
                                                                 NSObject* const* keys,
                                                                 std::uint32_t count);
   static Ref<NSMutableDictionary> dictionaryWithDictionary(NSDictionary* other);
+  static Ref<NSMutableDictionary> initWithDictionary(NSDictionary* other);
+  static Ref<NSMutableDictionary> initWithDictionary_copyItems(NSDictionary* other,
+                                                               bool copiesItems);
   static Ref<NSMutableDictionary> of(std::initializer_list<Entry> entries);
   template <class... Objects>
   static Ref<NSMutableDictionary> dictionaryWithObjectsAndKeys(const Objects&... objectsAndKeys) {

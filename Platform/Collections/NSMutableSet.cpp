@@ -4,6 +4,7 @@
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSCountedSet.h"
+#include "Platform/Collections/NSPredicate.h"
 #include "Platform/Runtime/Describe.h"
 
 namespace qz {
@@ -36,6 +37,10 @@ Ref<NSMutableSet> NSMutableSet::setWithArray(NSArray* array) { return with(table
 Ref<NSMutableSet> NSMutableSet::initWithArray(NSArray* array) { return with(tableOf(array)); }
 Ref<NSMutableSet> NSMutableSet::setWithSet(NSSet* other) { return with(tableOf(other)); }
 Ref<NSMutableSet> NSMutableSet::initWithSet(NSSet* other) { return with(tableOf(other)); }
+
+Ref<NSMutableSet> NSMutableSet::initWithSet_copyItems(NSSet* other, bool copiesItems) {
+  return with(copiesItems ? tableOfCopies(other) : tableOf(other));
+}
 
 Ref<NSMutableSet> NSMutableSet::setWithCapacity(std::uint32_t capacity) {
   Table table;
@@ -89,6 +94,10 @@ void NSMutableSet::intersectSet(NSSet* other) {
     if (!other->containsObject(each)) usesTable() ? removeFromTable(each) : removeObject(each);
 }
 
+void NSMutableSet::filterUsingPredicate(NSPredicate* predicate) {
+  intersectSet(filteredSetUsingPredicate(predicate));
+}
+
 void NSMutableSet::setSet(NSSet* other) {
   if (other == this) return;
   if (usesTable()) {
@@ -112,6 +121,7 @@ void NSMutableSet::describe(ClassDescription<NSMutableSet>& is) {
       .initializer<&NSMutableSet::initWithSet>("initWithSet:")
       .classMethod<&NSMutableSet::setWithCapacity>("setWithCapacity:")
       .initializer<&NSMutableSet::initWithCapacity>("initWithCapacity:")
+      .initializer<&NSMutableSet::initWithSet_copyItems>("initWithSet:copyItems:")
       .method<&NSMutableSet::addObject>("addObject:")
       .method<&NSMutableSet::removeObject>("removeObject:")
       .method<&NSMutableSet::removeAllObjects>("removeAllObjects")
@@ -119,6 +129,7 @@ void NSMutableSet::describe(ClassDescription<NSMutableSet>& is) {
       .method<&NSMutableSet::unionSet>("unionSet:")
       .method<&NSMutableSet::minusSet>("minusSet:")
       .method<&NSMutableSet::intersectSet>("intersectSet:")
+      .method<&NSMutableSet::filterUsingPredicate>("filterUsingPredicate:")
       .method<&NSMutableSet::setSet>("setSet:");
 }
 

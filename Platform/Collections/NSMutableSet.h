@@ -34,6 +34,7 @@ class NSMutableSet : public Derives<NSMutableSet, NSSet> {
   static Ref<NSMutableSet> initWithArray(NSArray* array);
   static Ref<NSMutableSet> setWithSet(NSSet* other);
   static Ref<NSMutableSet> initWithSet(NSSet* other);
+  static Ref<NSMutableSet> initWithSet_copyItems(NSSet* other, bool copiesItems);
 
   /// An empty Set with room for `capacity` members.
   static Ref<NSMutableSet> setWithCapacity(std::uint32_t capacity);
@@ -57,6 +58,10 @@ class NSMutableSet : public Derives<NSMutableSet, NSSet> {
 
   /// Removes the members that are not in `other`.
   void intersectSet(NSSet* other);
+
+  /// Removes the members that do not meet the condition, asked in order. Raises
+  /// NSInvalidArgumentException for nil.
+  void filterUsingPredicate(NSPredicate* predicate);
 
   /// Has the members of `other` in place of its own.
   void setSet(NSSet* other);

@@ -7,10 +7,12 @@
 #include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Collections/NSPredicate.h"
+#include "Platform/Collections/detail/CollectionOperators.h"
 #include "Platform/Collections/detail/DescriptionPrinter.h"
 #include "Platform/Collections/detail/EqualityGuard.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/Send.h"
 
 namespace qz {
 
@@ -116,6 +118,16 @@ Ref<NSSet> NSSet::initWithArray(NSArray* array) { return with(tableOf(array)); }
 Ref<NSSet> NSSet::setWithSet(NSSet* other) { return with(tableOf(other)); }
 Ref<NSSet> NSSet::initWithSet(NSSet* other) { return with(tableOf(other)); }
 
+NSSet::Table NSSet::tableOfCopies(const NSSet* other) {
+  Table table;
+  for (NSObject* each : other) put(table, each->copy());
+  return table;
+}
+
+Ref<NSSet> NSSet::initWithSet_copyItems(NSSet* other, bool copiesItems) {
+  return with(copiesItems ? tableOfCopies(other) : tableOf(other));
+}
+
 // Reading -----------------------------------------------------------------------------------------
 
 bool NSSet::usesTable() const noexcept {
@@ -141,6 +153,18 @@ Ref<NSArray> NSSet::allObjects() const {
   detail::ArrayBuilder members(count());
   for (NSObject* each : *this) members.add(each);
   return members.finish();
+}
+
+Ref<NSArray> NSSet::sortedArrayUsingDescriptors(NSArray* descriptors) const {
+  return allObjects()->sortedArrayUsingDescriptors(descriptors);
+}
+
+void NSSet::makeObjectsPerformSelector(Selector selector) const {
+  for (NSObject* each : *this) each->performSelector(selector);
+}
+
+void NSSet::makeObjectsPerformSelector_withObject(Selector selector, NSObject* object) const {
+  for (NSObject* each : *this) each->performSelector_withObject(selector, object);
 }
 
 bool NSSet::isSubsetOfSet(NSSet* other) const {
@@ -181,9 +205,14 @@ Ref<NSSet> NSSet::setByAddingObjectsFromArray(NSArray* other) const {
 Ref<NSSet> NSSet::filteredSetUsingPredicate(NSPredicate* predicate) const {
   if (predicate == nullptr)
     detail::raise(NSInvalidArgumentException, "filteredSetUsingPredicate: with nil");
+  return objectsPassingTest([=](NSObject* each) { return predicate->evaluateWithObject(each); });
+}
+
+Ref<NSSet> NSSet::objectsPassingTest(const std::function<bool(NSObject*)>& test) const {
+  if (!test) detail::raise(NSInvalidArgumentException, "objectsPassingTest: without a test");
   Table table;
   for (NSObject* each : *this)
-    if (predicate->evaluateWithObject(each)) put(table, each);
+    if (test(each)) put(table, each);
   return with(std::move(table));
 }
 
@@ -214,11 +243,17 @@ Ref<NSObject> NSSet::mutableCopy() const { return NSMutableSet::with(tableOf(thi
 
 Ref<NSObject> NSSet::valueForKey(NSString* key) {
   if (key != nullptr && key->view().starts_with(u'@'))
-    return Super::valueForKey(NSString::stringWithCharacters(key->view().substr(1)));
+    return detail::valueForOperatorPath(this, key);
   Table table;
   for (NSObject* each : *this)
     if (const Ref<NSObject> value = each->valueForKey(key)) put(table, value);
   return with(std::move(table));
+}
+
+Ref<NSObject> NSSet::valueForKeyPath(NSString* keyPath) {
+  if (keyPath != nullptr && keyPath->view().starts_with(u'@'))
+    return detail::valueForOperatorPath(this, keyPath);
+  return Super::valueForKeyPath(keyPath);
 }
 
 void NSSet::setValue_forKey(NSObject* value, NSString* key) {
@@ -235,12 +270,17 @@ void NSSet::describe(ClassDescription<NSSet>& is) {
       .initializer<&NSSet::initWithArray>("initWithArray:")
       .classMethod<&NSSet::setWithSet>("setWithSet:")
       .initializer<&NSSet::initWithSet>("initWithSet:")
+      .initializer<&NSSet::initWithSet_copyItems>("initWithSet:copyItems:")
       .method<&NSSet::count>("count")
       .method<&NSSet::member>("member:")
       .method<&NSSet::objectEnumerator>("objectEnumerator")
       .method<&NSSet::containsObject>("containsObject:")
       .method<&NSSet::anyObject>("anyObject")
       .method<&NSSet::allObjects>("allObjects")
+      .method<&NSSet::sortedArrayUsingDescriptors>("sortedArrayUsingDescriptors:")
+      .method<&NSSet::makeObjectsPerformSelector>("makeObjectsPerformSelector:")
+      .method<&NSSet::makeObjectsPerformSelector_withObject>(
+          "makeObjectsPerformSelector:withObject:")
       .method<&NSSet::isSubsetOfSet>("isSubsetOfSet:")
       .method<&NSSet::intersectsSet>("intersectsSet:")
       .method<&NSSet::isEqualToSet>("isEqualToSet:")

@@ -4,8 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
+#include <ranges>
+#include <type_traits>
 
 #include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Collections/detail/HashTable.h"
@@ -51,6 +54,18 @@ class NSSet : public Derives<NSSet, NSObject> {
   static Ref<NSSet> setWithSet(NSSet* other);
   static Ref<NSSet> initWithSet(NSSet* other);
 
+  /// The members of `other`, or a `copy` of each.
+  static Ref<NSSet> initWithSet_copyItems(NSSet* other, bool copiesItems);
+
+  /// Of any range of Objects or Refs.
+  template <std::ranges::input_range R>
+  requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*> static Ref<NSSet>
+  fromRange(R&& objects) {
+    Table table;
+    for (auto&& object : objects) put(table, object);
+    return with(std::move(table));
+  }
+
   /// How many members. Constant time.
   virtual std::uint32_t count() const;
 
@@ -70,6 +85,13 @@ class NSSet : public Derives<NSSet, NSObject> {
   /// The members, in order.
   Ref<NSArray> allObjects() const;
 
+  /// The members, sorted by descriptors; see NSArray's `sortedArrayUsingDescriptors`.
+  Ref<NSArray> sortedArrayUsingDescriptors(NSArray* descriptors) const;
+
+  /// Sends `selector` to each member, in order.
+  void makeObjectsPerformSelector(Selector selector) const;
+  void makeObjectsPerformSelector_withObject(Selector selector, NSObject* object) const;
+
   /// Whether every member is one of `other` too.
   bool isSubsetOfSet(NSSet* other) const;
 
@@ -84,6 +106,7 @@ class NSSet : public Derives<NSSet, NSObject> {
   /// The members that meet the condition, asked in order. Raises NSInvalidArgumentException for
   /// nil.
   Ref<NSSet> filteredSetUsingPredicate(NSPredicate* predicate) const;
+  Ref<NSSet> objectsPassingTest(const std::function<bool(NSObject*)>& test) const;
 
   /// The same members, whatever their order, and counts in a counted Set. False for nil. Nesting
   /// deeper than 1000 levels raises NSInternalInconsistencyException.
@@ -104,8 +127,9 @@ class NSSet : public Derives<NSSet, NSObject> {
   Ref<NSObject> mutableCopy() const override;
 
   /// The Set of each member's value, nil left out. A key that begins with "@" names a property of
-  /// the Set itself: "@count".
+  /// the Set itself, or is an operator, as for an Array: "@count", "@max.age".
   Ref<NSObject> valueForKey(NSString* key) override;
+  Ref<NSObject> valueForKeyPath(NSString* keyPath) override;
 
   /// Sets the value on each member.
   void setValue_forKey(NSObject* value, NSString* key) override;
@@ -127,6 +151,7 @@ class NSSet : public Derives<NSSet, NSObject> {
   static detail::SetEntry* put(Table& table, NSObject* object);
   static Table tableOf(NSObject* const* objects, std::size_t count);
   static Table tableOf(const NSArray* array);
+  static Table tableOfCopies(const NSSet* other);
 
   /// The members of `other`, their counts kept or all 1.
   enum class Counts : bool { Ones, Kept };

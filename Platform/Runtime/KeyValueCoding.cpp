@@ -197,13 +197,19 @@ namespace {
 struct CutPath {
   Ref<NSString> path;
   std::vector<Ref<NSString>> keys;
-  int readers = 0;  // reading a value may cut other paths, which must not push this one out
+  Ref<NSString> rest;  // from the first operator behind the first key on
+  int readers = 0;     // reading a value may cut other paths, which must not push this one out
 
   void cut(NSString* text) {
     path = nullptr;
     keys.clear();
+    rest = nullptr;
     const std::u16string_view units = text->view();
     for (std::size_t from = 0;;) {
+      if (from != 0 && units.substr(from).starts_with(u'@')) {
+        rest = NSString::stringWithCharacters(units.substr(from));
+        break;
+      }
       const std::size_t dot = units.find(u'.', from);
       keys.push_back(NSString::stringWithCharacters(units.substr(from, dot - from)));
       if (dot == std::u16string_view::npos) break;
@@ -229,6 +235,7 @@ class PathWalk {
   PathWalk& operator=(const PathWalk&) = delete;
 
   const std::vector<Ref<NSString>>& keys() const { return cut_->keys; }
+  NSString* rest() const { return cut_->rest; }
 
  private:
   CutPath* cut_;
@@ -291,7 +298,8 @@ Ref<NSObject> NSObject::valueForKeyPath(NSString* keyPath) {
   const auto& keys = walk.keys();
   Ref<NSObject> value = valueForKey(keys[0]);
   for (std::size_t i = 1; i < keys.size() && value; ++i) value = value->valueForKey(keys[i]);
-  return value;
+  // A collection makes of an operator and the path behind it what no single key could.
+  return value && walk.rest() != nullptr ? value->valueForKeyPath(walk.rest()) : value;
 }
 
 void NSObject::setValue_forKeyPath(NSObject* value, NSString* keyPath) {

@@ -152,6 +152,10 @@ std::size_t NSNumber::hash() const {
 
 Ref<NSObject> NSNumber::copy() const { return Ref<NSObject>(const_cast<NSNumber*>(this)); }
 
+namespace {
+Ref<NSNumber> initWithBool(bool value) { return NSNumber::numberWithBool(value); }
+}  // namespace
+
 void NSNumber::describe(ClassDescription<NSNumber>& is) {
   is.named("NSNumber")
       .classMethod<&NSNumber::numberWithBool>("numberWithBool:")
@@ -165,8 +169,25 @@ void NSNumber::describe(ClassDescription<NSNumber>& is) {
       .classMethod<&NSNumber::numberWithUnsignedLong>("numberWithUnsignedLong:")
       .classMethod<&NSNumber::numberWithLongLong>("numberWithLongLong:")
       .classMethod<&NSNumber::numberWithUnsignedLongLong>("numberWithUnsignedLongLong:")
+      .classMethod<&NSNumber::numberWithInteger>("numberWithInteger:")
+      .classMethod<&NSNumber::numberWithUnsignedInteger>("numberWithUnsignedInteger:")
       .classMethod<&NSNumber::numberWithFloat>("numberWithFloat:")
       .classMethod<&NSNumber::numberWithDouble>("numberWithDouble:")
+      .initializer<&initWithBool>("initWithBool:")
+      .initializer<&NSNumber::numberWithChar>("initWithChar:")
+      .initializer<&NSNumber::numberWithUnsignedChar>("initWithUnsignedChar:")
+      .initializer<&NSNumber::numberWithShort>("initWithShort:")
+      .initializer<&NSNumber::numberWithUnsignedShort>("initWithUnsignedShort:")
+      .initializer<&NSNumber::numberWithInt>("initWithInt:")
+      .initializer<&NSNumber::numberWithUnsignedInt>("initWithUnsignedInt:")
+      .initializer<&NSNumber::numberWithLong>("initWithLong:")
+      .initializer<&NSNumber::numberWithUnsignedLong>("initWithUnsignedLong:")
+      .initializer<&NSNumber::numberWithLongLong>("initWithLongLong:")
+      .initializer<&NSNumber::numberWithUnsignedLongLong>("initWithUnsignedLongLong:")
+      .initializer<&NSNumber::numberWithInteger>("initWithInteger:")
+      .initializer<&NSNumber::numberWithUnsignedInteger>("initWithUnsignedInteger:")
+      .initializer<&NSNumber::numberWithFloat>("initWithFloat:")
+      .initializer<&NSNumber::numberWithDouble>("initWithDouble:")
       .method<&NSNumber::boolValue>("boolValue")
       .method<&NSNumber::charValue>("charValue")
       .method<&NSNumber::unsignedCharValue>("unsignedCharValue")
@@ -179,6 +200,7 @@ void NSNumber::describe(ClassDescription<NSNumber>& is) {
       .method<&NSNumber::longLongValue>("longLongValue")
       .method<&NSNumber::unsignedLongLongValue>("unsignedLongLongValue")
       .method<&NSNumber::integerValue>("integerValue")
+      .method<&NSNumber::unsignedIntegerValue>("unsignedIntegerValue")
       .method<&NSNumber::floatValue>("floatValue")
       .method<&NSNumber::doubleValue>("doubleValue")
       .method<&NSNumber::stringValue>("stringValue")

@@ -85,6 +85,10 @@ class NSNumber final : public Derives<NSNumber, NSObject> {
   static Ref<NSNumber> numberWithUnsignedLong(std::uint32_t value);
   static Ref<NSNumber> numberWithLongLong(std::int64_t value);
   static Ref<NSNumber> numberWithUnsignedLongLong(std::uint64_t value);
+  static Ref<NSNumber> numberWithInteger(std::int64_t value) { return numberWithLongLong(value); }
+  static Ref<NSNumber> numberWithUnsignedInteger(std::uint64_t value) {
+    return numberWithUnsignedLongLong(value);
+  }
   static Ref<NSNumber> numberWithFloat(float value);
   static Ref<NSNumber> numberWithDouble(double value);
 
@@ -111,6 +115,7 @@ class NSNumber final : public Derives<NSNumber, NSObject> {
   std::int64_t longLongValue() const noexcept { return integer<std::int64_t>(); }
   std::uint64_t unsignedLongLongValue() const noexcept { return integer<std::uint64_t>(); }
   std::int64_t integerValue() const noexcept { return integer<std::int64_t>(); }
+  std::uint64_t unsignedIntegerValue() const noexcept { return integer<std::uint64_t>(); }
 
   /// The nearest `float`; infinite beyond its range.
   float floatValue() const noexcept;

@@ -10,7 +10,9 @@
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Collections/NSSet.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSMutableString.h"
 #include "tests/Platform/Collections/HashedKeys.h"
 #include "tests/support/Raises.h"
@@ -128,6 +130,36 @@ TYPED_TEST(AnyDictionary, SortsItsKeysByTheirValues) {
       {{"c"_ns, number(3)}, {"a"_ns, number(1)}, {"x"_ns, number(3)}, {"b"_ns, number(2)}});
   EXPECT_TRUE(d->keysSortedByValueUsingSelector("compare:"_sel)
                   ->isEqual(NSArray::arrayWithObjects({"a"_ns, "b"_ns, "c"_ns, "x"_ns})));
+  const auto backwards = [](NSObject* a, NSObject* b) {
+    return as<NSNumber>(b)->compare(as<NSNumber>(a));
+  };
+  EXPECT_TRUE(d->keysSortedByValueUsingComparator(backwards)->isEqual(
+      NSArray::arrayWithObjects({"c"_ns, "x"_ns, "b"_ns, "a"_ns})));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { d->keysSortedByValueUsingComparator({}); }));
+  EXPECT_TRUE(d->keysOfEntriesPassingTest([](NSObject*, NSObject* value) {
+                 return as<NSNumber>(value)->intValue() == 3;
+               })->isEqual(NSSet::setWithObjects({"x"_ns, "c"_ns})));
+}
+
+TYPED_TEST(AnyDictionary, HandsItsEntriesOut) {
+  auto text = NSMutableString::stringWithString("text"_ns);
+  auto d = TypeParam::of({{"a"_ns, text}, {"b"_ns, number(2)}});
+  NSObject *keys[2], *objects[2];
+  d->getObjects_andKeys(objects, keys);
+  EXPECT_EQ(objects[0], text);
+  EXPECT_EQ(to_string(objects[1]) + to_string(keys[0]) + to_string(keys[1]), "2ab");
+  d->getObjects_andKeys(nullptr, nullptr);
+  EXPECT_EQ(NSMutableDictionary::initWithDictionary(d)->objectForKey("a"_ns), text);
+  for (const Ref<NSDictionary>& copies :
+       {NSDictionary::initWithDictionary_copyItems(d, true),
+        Ref<NSDictionary>(NSMutableDictionary::initWithDictionary_copyItems(d, true))}) {
+    EXPECT_TRUE(copies->isEqual(d));
+    EXPECT_NE(copies->objectForKey("a"_ns), text);
+  }
+  EXPECT_TRUE(NSDictionary::fromRange(*d)->isEqual(d));
+  EXPECT_FALSE(d->fileModificationDate());
+  auto attributes = TypeParam::of({{"NSFileModificationDate"_ns, NSDate::distantPast()}});
+  EXPECT_EQ(attributes->fileModificationDate(), NSDate::distantPast());
 }
 
 TEST(NSDictionary, ConstructorsAgreeAndTheLastOfEqualKeysWins) {
@@ -155,6 +187,17 @@ TEST(NSDictionary, ConstructorsAgreeAndTheLastOfEqualKeysWins) {
   auto made = send<Ref<NSMutableDictionary>>(classOf<NSMutableDictionary>(),
                                              "dictionaryWithObject:forKey:"_sel, number(1), "k"_ns);
   EXPECT_EQ(made->count(), 1u);
+  const std::map<std::string, Ref<NSNumber>> byName{{"b", number(2)}, {"a", number(3)}};
+  std::vector<std::pair<Ref<NSString>, Ref<NSNumber>>> pairs;
+  for (const auto& [name, value] : byName)
+    pairs.emplace_back(NSString::stringWithUTF8String(name), value);
+  EXPECT_EQ(to_string(NSDictionary::fromRange(pairs)), to_string(expected));
+  const auto list = NSArray::arrayWithObjects({number(3), "a"_ns, number(2), "b"_ns});
+  for (Class* aClass : {classOf<NSDictionary>(), classOf<NSMutableDictionary>()}) {
+    const auto listed = send<Ref<NSDictionary>>(aClass, "initWithObjectsAndKeys:"_sel, list.get());
+    EXPECT_EQ(to_string(listed), to_string(expected));
+    EXPECT_TRUE(listed->isKindOfClass(aClass));
+  }
 }
 
 TEST(NSMutableDictionary, CopiesItsKeys) {

@@ -10,7 +10,9 @@
 #include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Collections/NSPredicate.h"
+#include "Platform/Collections/NSSortDescriptor.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSMutableString.h"
 #include "tests/Platform/Collections/HashedKeys.h"
 #include "tests/support/Person.h"
 #include "tests/support/Raises.h"
@@ -106,12 +108,33 @@ TYPED_TEST(AnySet, MakesOtherSets) {
   auto isTwo = NSPredicate::predicateWithBlock(
       [](NSObject* each) { return static_cast<NSNumber*>(each)->intValue() == 2; });
   EXPECT_TRUE(set->filteredSetUsingPredicate(isTwo)->isEqual(Immutable::of({number(2)})));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { set->objectsPassingTest({}); }));
+  EXPECT_TRUE(NSSet::fromRange(*set)->isEqual(set));
+  auto backwards = NSSortDescriptor::initWithKey_ascending("intValue"_ns, false);
+  EXPECT_TRUE(set->sortedArrayUsingDescriptors(NSArray::arrayWithObject(backwards))
+                  ->isEqual(NSArray::arrayWithObjects({number(2), number(1)})));
   auto changed = as<NSMutableSet>(set->mutableCopy());
   ASSERT_TRUE(changed);
   changed->addObject("new"_ns);
   EXPECT_EQ(set->count(), 2u);
   EXPECT_TRUE(set->copy()->isEqual(set));
   EXPECT_EQ(set->copy() == set, (std::is_same_v<TypeParam, Immutable>));
+}
+
+TYPED_TEST(AnySet, SendsToItsMembersAndCopiesThem) {
+  auto ann = make<Person>("Ann"_ns, 30), bob = make<Person>("Bob"_ns, 40);
+  auto set = TypeParam::of({ann, bob});
+  set->makeObjectsPerformSelector_withObject("setName:"_sel, "Cid"_ns);
+  EXPECT_TRUE(set->valueForKey("name"_ns)->isEqual(Immutable::of({"Cid"_ns})));
+  auto text = NSMutableString::stringWithString("text"_ns);
+  auto texts = TypeParam::of({text});
+  for (const Ref<NSSet>& copies : {NSSet::initWithSet_copyItems(texts, true),
+                                   Ref<NSSet>(NSMutableSet::initWithSet_copyItems(texts, true)),
+                                   Ref<NSSet>(NSCountedSet::initWithSet_copyItems(texts, true))}) {
+    EXPECT_TRUE(copies->isEqual(texts));
+    EXPECT_NE(copies->anyObject(), text);
+  }
+  EXPECT_EQ(NSMutableSet::initWithSet_copyItems(texts, false)->anyObject(), text);
 }
 
 TYPED_TEST(AnySet, CollectsTheValuesOfItsMembers) {

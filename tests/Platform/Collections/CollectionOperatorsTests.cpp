@@ -1,0 +1,151 @@
+// The operators of key paths over Arrays and Sets.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Collections/NSSet.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Values/NSDate.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Person.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+using List = std::initializer_list<NSObject*>;
+
+Ref<NSArray> array(List objects) { return NSArray::arrayWithObjects(objects); }
+Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
+
+Ref<Person> person(NSString* name, int age, Person* partner = nullptr) {
+  auto made = make<Person>(name, age);
+  made->partner = partner;
+  return made;
+}
+
+Ref<NSArray> people() {
+  auto bob = person("Bob"_ns, 40);
+  return array({person("Ann"_ns, 30, bob), bob, person(nullptr, 20), person("Ann"_ns, 50, bob)});
+}
+
+// An Array's description in one line.
+std::string text(NSObject* value) {
+  if (auto* list = as<NSArray>(value))
+    return "(" + list->componentsJoinedByString(","_ns)->UTF8String() + ")";
+  if (auto* set = as<NSSet>(value))
+    return "{" + set->allObjects()->componentsJoinedByString(","_ns)->UTF8String() + "}";
+  return to_string(value);
+}
+
+TEST(CollectionOperators, MakeOneValueOfMany) {
+  const struct {
+    NSString* path;
+    const char* ofArray;
+    const char* ofSet;  // when it differs
+  } cases[] = {
+      {"@count"_ns, "4", nullptr},
+      {"@count.stringValue.length"_ns, "1", nullptr},
+      {"@sum.age"_ns, "140", nullptr},
+      {"@avg.age"_ns, "35", nullptr},
+      {"@min.age"_ns, "20", nullptr},
+      {"@max.age"_ns, "50", nullptr},
+      {"@max.name"_ns, "Bob", nullptr},
+      {"@min.partner.name"_ns, "Bob", nullptr},
+      {"@unionOfObjects.name"_ns, "(Ann,Bob,Ann)", nullptr},
+      {"@distinctUnionOfObjects.name"_ns, "(Ann,Bob)", "{Ann,Bob}"},
+      {"partner.@count"_ns, "4", "1"},  // Null stands for nil in an Array, and nothing in a Set
+      {"partner.@distinctUnionOfObjects.age"_ns, "(40)", "{40}"},
+      {"@lastObject.age"_ns, "50", "NSUndefinedKeyException"},
+      {"@anyObject.age"_ns, "NSUndefinedKeyException", "30"},
+      {"@median.age"_ns, "NSUndefinedKeyException", nullptr},
+      {"@sum.none"_ns, "NSUndefinedKeyException", nullptr},
+      {"@sum.name"_ns, "0", nullptr},  // Strings answer doubleValue
+      {"@sum.partner"_ns, "NSInvalidArgumentException", nullptr},
+      {"@unionOfArrays.name"_ns, "NSInvalidArgumentException", nullptr},
+  };
+  const auto answer = [](NSObject* collection, NSString* path) {
+    try {
+      return text(collection->valueForKeyPath(path));
+    } catch (const Raised& raised) {
+      return raised->name()->UTF8String();
+    }
+  };
+  const auto list = people();
+  const auto set = NSSet::setWithArray(list);
+  const auto holder = NSDictionary::of({{"list"_ns, list}, {"set"_ns, set}});
+  for (const auto& each : cases) {
+    const std::string ofSet = each.ofSet != nullptr ? each.ofSet : each.ofArray;
+    EXPECT_EQ(answer(list, each.path), each.ofArray) << each.path;
+    EXPECT_EQ(answer(set, each.path), ofSet) << each.path;
+    // The same at the end of a longer path, which was cut up before.
+    for (int times = 0; times < 2; ++times) {
+      EXPECT_EQ(answer(holder, NSString::stringWithFormat("list.%@"_ns, each.path)), each.ofArray);
+      EXPECT_EQ(answer(holder, NSString::stringWithFormat("set.%@"_ns, each.path)), ofSet);
+    }
+  }
+  EXPECT_EQ(answer(holder, "@count"_ns), "2");
+  EXPECT_EQ(answer(holder, "list.@sum.age.stringValue.@length"_ns), "NSUndefinedKeyException");
+  EXPECT_EQ(answer(holder, "none.@count"_ns), "(null)");
+}
+
+TEST(CollectionOperators, OfNothing) {
+  for (const Ref<NSObject>& empty :
+       {Ref<NSObject>(NSArray::array()), Ref<NSObject>(array({NSNull::null()})),
+        Ref<NSObject>(NSSet::set())}) {
+    EXPECT_EQ(text(empty->valueForKeyPath("@sum.age"_ns)), "0");
+    for (NSString* path : {"@avg.age"_ns, "@min.age"_ns, "@max.age"_ns})
+      EXPECT_FALSE(empty->valueForKeyPath(path)) << path;
+    EXPECT_EQ(text(empty->valueForKeyPath("@unionOfArrays.age"_ns)), "()");
+  }
+}
+
+TEST(CollectionOperators, UnitesCollections) {
+  auto groups = array({array({number(1), number(2)}), NSNull::null(), array({}),
+                       NSSet::setWithObjects({number(2), number(3)})});
+  EXPECT_EQ(text(groups->valueForKeyPath("@unionOfArrays"_ns)), "(1,2,2,3)");
+  EXPECT_EQ(text(groups->valueForKeyPath("@unionOfSets"_ns)), "(1,2,2,3)");
+  EXPECT_EQ(text(groups->valueForKeyPath("@distinctUnionOfArrays.self"_ns)), "(1,2,3)");
+  auto sets = NSSet::setWithArray(groups);
+  EXPECT_EQ(text(sets->valueForKeyPath("@distinctUnionOfSets"_ns)), "{1,2,3}");
+  auto teams = array({NSDictionary::of({{"members"_ns, people()}}),
+                      NSDictionary::of({{"members"_ns, array({person("Cid"_ns, 1)})}})});
+  EXPECT_EQ(text(teams->valueForKeyPath("members.@unionOfArrays.name"_ns)), "(Ann,Bob,Ann,Cid)");
+  EXPECT_EQ(text(teams->valueForKeyPath("@distinctUnionOfArrays.members.name"_ns)),
+            "(Ann,Bob,Cid)");
+}
+
+TEST(CollectionOperators, AddUpExactly) {
+  constexpr auto greatest = std::numeric_limits<std::int64_t>::max();
+  const auto big = NSNumber::of(greatest);
+  const struct {
+    Ref<NSArray> numbers;
+    const char* sum;
+    NumberKind kind;
+  } cases[] = {
+      {array({NSNumber::of((std::int64_t{1} << 53)), number(1)}), "9007199254740993",
+       NumberKind::LongLong},
+      {array({big, big, NSNumber::of(-greatest)}), "9223372036854775807", NumberKind::LongLong},
+      {array({big, number(1)}), "9223372036854775808", NumberKind::UnsignedLongLong},
+      {array({NSNumber::of(-greatest), number(-2)}), "-9.223372036854776e+18", NumberKind::Double},
+      {array({number(1), NSNumber::of(0.5)}), "1.5", NumberKind::Double},
+      {array({NSNumber::of(true), NSNumber::of(true)}), "2", NumberKind::LongLong},
+      {array({"2.5"_ns, number(1)}), "3.5", NumberKind::Double},
+  };
+  for (const auto& each : cases) {
+    const auto sum = as<NSNumber>(each.numbers->valueForKeyPath("@sum"_ns));
+    ASSERT_TRUE(sum);
+    EXPECT_EQ(to_string(sum), each.sum);
+    EXPECT_EQ(sum->kind(), each.kind) << each.sum;
+  }
+  EXPECT_EQ(to_string(array({big, big})->valueForKeyPath("@avg.self"_ns)), "9.223372036854776e+18");
+  auto dates = array({NSDate::dateWithTimeIntervalSince1970(5), NSDate::distantPast()});
+  EXPECT_EQ(dates->valueForKeyPath("@min"_ns), NSDate::distantPast());
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { dates->valueForKeyPath("@sum"_ns); }));
+}
+
+}  // namespace
+}  // namespace qz::test
