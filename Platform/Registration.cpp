@@ -19,6 +19,8 @@
 #include "Platform/System/NSFileHandle.h"
 #include "Platform/System/NSPipe.h"
 #include "Platform/System/NSProcessInfo.h"
+#include "Platform/System/NSPropertyListSerialization.h"
+#include "Platform/System/NSPropertyListUID.h"
 #include "Platform/System/NSTask.h"
 #include "Platform/Text/NSDateFormatter.h"
 #include "Platform/Text/NSFormatter.h"
@@ -83,6 +85,8 @@ void registerPlatform() {
   mention<NSPredicate>();
   mention<NSError>();
   mention<NSBundle>();
+  mention<NSPropertyListSerialization>();
+  mention<NSPropertyListUID>();
   mention<NSFileHandle>();
   mention<NSPipe>();
   mention<NSTask>();

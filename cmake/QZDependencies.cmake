@@ -5,6 +5,8 @@ set(QZ_DEPENDENCIES
   icu-uc
   icu-i18n
   uuid
+  pugixml
+  zlib
 )
 
 find_package(Threads REQUIRED)

@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   detail::readOldStyleDictionary(bytes, /*onlyStrings=*/true, &fault);
   Ref<NSString> text = detail::textOfFileBytes(bytes, &fault);
   if (!text) return 0;
-  Ref<NSObject> value = detail::readOldStylePropertyList(*text, &fault);
+  Ref<NSObject> value = detail::readOldStylePropertyList(*text, {}, &fault);
   if (!value) {
     if (fault.line == 0 || fault.column == 0 || fault.line > text->length() + 1 ||
         fault.column > text->length() + 1 || fault.reason.empty())
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   std::u16string written;
   write(value, written);
-  Ref<NSObject> again = detail::readOldStylePropertyList(written, &fault);
+  Ref<NSObject> again = detail::readOldStylePropertyList(written, {}, &fault);
   if (!again || !again->isEqual(value)) std::abort();
   return 0;
 }

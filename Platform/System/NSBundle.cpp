@@ -19,7 +19,7 @@
 #include "Platform/System/detail/BundlePlaces.h"
 #include "Platform/System/detail/FileBytes.h"
 #include "Platform/System/detail/Languages.h"
-#include "Platform/System/detail/OldStylePropertyList.h"
+#include "Platform/System/detail/PropertyListReader.h"
 #include "Platform/System/detail/StringTables.h"
 #include "Platform/Values/detail/PosixError.h"
 
@@ -124,8 +124,10 @@ class NSBundle::Contents {
       detail::PropertyListFault fault;
       const auto bytes = detail::bytesOfFile(file, largestInfo);
       if (bytes) {
-        if (auto info = detail::readOldStyleDictionary(*bytes, /*onlyStrings=*/false, &fault))
-          return info;
+        NSPropertyListFormat format;
+        const auto list = detail::readPropertyList(*bytes, {}, &format, &fault);
+        if (auto info = as<NSDictionary>(list)) return info;
+        if (list) fault = {"this is no dictionary", 1, 1};
         detail::diagnose("The bundle information " + file + " cannot be used: " + fault.text());
       } else if (errno != ENOENT) {
         detail::diagnose("The bundle information " + file +

@@ -2,9 +2,11 @@
 
 #include <cstdio>
 #include <utility>
+#include <vector>
 
-#include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/System/detail/PropertyListBuilder.h"
+#include "Platform/Values/NSData.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/UnitBuffer.h"
 #include "Platform/Values/detail/Utf.h"
@@ -12,15 +14,7 @@
 namespace qz::detail {
 namespace {
 
-// Each level takes a few hundred bytes of stack here and again when the Objects are destroyed.
-constexpr int deepest = 256;
-
 constexpr char16_t ideographicSpace = 0x3000;
-
-struct Failure {
-  std::string reason;
-  std::size_t position;
-};
 
 bool isBlank(char16_t unit) {
   return unit == ' ' || (unit >= '\t' && unit <= '\r') || unit == 0xA0 || unit == 0x2028 ||
@@ -51,17 +45,19 @@ std::string shown(char16_t unit) {
 
 class Reader {
  public:
-  explicit Reader(std::u16string_view text) : text_(text) {}
+  Reader(std::u16string_view text, const OldStyleOptions& options)
+      : text_(text), builder_(options.mutability), isTable_(options.isTable) {}
 
   Ref<NSObject> document() {
     skipBlanks();
-    if (atEnd()) return make<NSMutableDictionary>()->copy();
+    if (atEnd() && !isTable_) fail("the text is empty");
+    if (atEnd()) return NSDictionary::dictionary();
     Ref<NSObject> root;
     const std::size_t start = at_;
-    if (text_[at_] != '{' && text_[at_] != '(') {
+    if (!ahead('{') && !ahead('(') && !ahead('<')) {
       Ref<NSString> word = string();
       skipBlanks();
-      if (atEnd()) return word;
+      if (atEnd()) return builder_.string(word);
       at_ = start;
       root = entries(/*braces=*/false);
     } else {
@@ -73,9 +69,11 @@ class Reader {
   }
 
  private:
-  [[noreturn]] void fail(std::string reason) const { throw Failure{std::move(reason), at_}; }
+  [[noreturn]] void fail(std::string reason) const {
+    throw PropertyListFailure{std::move(reason), at_};
+  }
   [[noreturn]] static void failAt(std::size_t position, std::string reason) {
-    throw Failure{std::move(reason), position};
+    throw PropertyListFailure{std::move(reason), position};
   }
 
   bool atEnd() const { return at_ == text_.size(); }
@@ -106,44 +104,45 @@ class Reader {
 
   Ref<NSObject> value() {
     if (atEnd()) fail("a value is missing at the end");
-    if (depth_ == deepest) fail("nested too deep");
-    ++depth_;
-    Ref<NSObject> result;
     switch (text_[at_]) {
       case '{':
-        result = entries(/*braces=*/true);
-        break;
+        return entries(/*braces=*/true);
       case '(':
-        result = elements();
-        break;
+        return elements();
+      case '<':
+        return data();
       default:
-        result = string();
-        break;
+        return builder_.string(string());
     }
-    --depth_;
-    return result;
+  }
+
+  void enter() {
+    if (depth_ == deepestPropertyList) fail("nested too deep");
+    ++depth_;
   }
 
   Ref<NSObject> elements() {
-    const std::size_t open = at_++;
-    auto array = NSMutableArray::array();
+    enter();
+    const std::size_t open = at_++, base = values_.size();
     for (;;) {
       skipBlanks();
       if (take(')')) break;
       if (atEnd()) failAt(open, "the array has no end");
-      array->addObject(value());
+      values_.push(value());
       skipBlanks();
       if (take(')')) break;
       if (atEnd()) failAt(open, "the array has no end");
       if (!take(',')) fail("a comma is missing before " + shown(text_[at_]));
     }
-    return array->copy();
+    --depth_;
+    return builder_.array(values_, base);
   }
 
   Ref<NSObject> entries(bool braces) {
-    const std::size_t open = at_;
+    enter();
+    const std::size_t open = at_, keyBase = keys_.size(), valueBase = values_.size();
+    std::vector<std::size_t> places;  // of the keys, where they may not come again
     if (braces) ++at_;
-    auto dictionary = NSMutableDictionary::dictionary();
     for (;;) {
       skipBlanks();
       if (braces && take('}')) break;
@@ -151,21 +150,55 @@ class Reader {
         if (braces) failAt(open, "the dictionary has no end");
         break;
       }
+      if (!isTable_) places.push_back(at_);
       Ref<NSString> key = string();
-      Ref<NSObject> object = key;
+      keys_.push(key);
       skipBlanks();
       if (take('=')) {
         skipBlanks();
-        object = value();
+        values_.push(value());
         skipBlanks();
+      } else {
+        values_.push(builder_.string(key));
       }
       if (!take(';')) {
         // The line with the entry tells more than the place where something else begins.
         fail("a semicolon is missing behind the entry \"" + key->UTF8String() + "\"");
       }
-      dictionary->setObject_forKey(object, key);
     }
-    return dictionary->copy();
+    --depth_;
+    if (Ref<NSObject> dictionary = builder_.dictionary(keys_, keyBase, values_, valueBase))
+      return dictionary;
+    const std::size_t again = PropertyListBuilder::indexOfRepeatedKey(keys_.from(keyBase));
+    if (!isTable_)
+      failAt(places[again],
+             "the key \"" + to_string(keys_.at(keyBase + again)) + "\" stands twice");
+    return lastOfEachKey(keyBase, valueBase);
+  }
+
+  Ref<NSObject> lastOfEachKey(std::size_t keyBase, std::size_t valueBase) {
+    const auto keys = keys_.from(keyBase);
+    auto table = NSDictionary::dictionaryWithObjects_forKeys_count(
+        values_.from(valueBase).data(), keys.data(), static_cast<std::uint32_t>(keys.size()));
+    keys_.dropTo(keyBase);
+    values_.dropTo(valueBase);
+    return table;
+  }
+
+  Ref<NSObject> data() {
+    const std::size_t open = at_++;
+    std::string bytes;
+    for (;;) {
+      skipBlanks();
+      if (take('>')) return builder_.data(NSData::dataWithBytes(bytes));
+      if (atEnd()) failAt(open, "the data has no end");
+      const int high = hexDigit(text_[at_]);
+      if (high < 0) fail("unexpected " + shown(text_[at_]) + " in data");
+      const int low = at_ + 1 < text_.size() ? hexDigit(text_[at_ + 1]) : -1;
+      if (low < 0) fail("half a byte in data");
+      bytes += static_cast<char>(high << 4 | low);
+      at_ += 2;
+    }
   }
 
   Ref<NSString> string() {
@@ -236,22 +269,13 @@ class Reader {
     return static_cast<char16_t>(code);
   }
 
-  std::u16string_view text_;
+  const std::u16string_view text_;
+  const PropertyListBuilder builder_;
+  const bool isTable_;
   std::size_t at_ = 0;
-  int depth_ = 0;
+  std::uint32_t depth_ = 0;
+  ObjectStack keys_, values_;
 };
-
-// CR LF is one end of a line.
-PropertyListFault faultAt(std::u16string_view text, std::size_t position, std::string reason) {
-  PropertyListFault fault{std::move(reason), 1, 1};
-  for (std::size_t i = 0; i < position; ++i) {
-    const bool endsLine =
-        text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'));
-    fault.line += endsLine;
-    fault.column = endsLine ? 1 : fault.column + 1;
-  }
-  return fault;
-}
 
 Ref<NSString> textOfUtf16(std::string_view bytes, bool bigEndian, PropertyListFault* fault) {
   std::u16string units(bytes.size() / 2, u'\0');
@@ -261,7 +285,7 @@ Ref<NSString> textOfUtf16(std::string_view bytes, bool bigEndian, PropertyListFa
     units[i] = static_cast<char16_t>(bigEndian ? first << 8 | second : second << 8 | first);
   }
   if (bytes.size() % 2 != 0) {
-    *fault = faultAt(units, units.size(), "the last UTF-16 unit is half there");
+    *fault = faultInText(units, {"the last UTF-16 unit is half there", units.size()});
     return nullptr;
   }
   return NSString::stringWithCharacters(units);
@@ -282,15 +306,11 @@ Ref<NSString> textOfUtf8(std::string_view bytes, PropertyListFault* fault) {
     used += expected.size();
     valid += pair;
   }
-  *fault = faultAt(units, valid, "the text is not UTF-8");
+  *fault = faultInText(units, {"the text is not UTF-8", valid});
   return nullptr;
 }
 
 }  // namespace
-
-std::string PropertyListFault::text() const {
-  return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + reason;
-}
 
 Ref<NSString> textOfFileBytes(std::string_view bytes, PropertyListFault* fault) {
   if (bytes.starts_with("\xFE\xFF")) return textOfUtf16(bytes.substr(2), true, fault);
@@ -299,11 +319,12 @@ Ref<NSString> textOfFileBytes(std::string_view bytes, PropertyListFault* fault) 
   return textOfUtf8(bytes, fault);
 }
 
-Ref<NSObject> readOldStylePropertyList(std::u16string_view text, PropertyListFault* fault) {
+Ref<NSObject> readOldStylePropertyList(std::u16string_view text, const OldStyleOptions& options,
+                                       PropertyListFault* fault) {
   try {
-    return Reader(text).document();
-  } catch (const Failure& failure) {
-    *fault = faultAt(text, failure.position, failure.reason);
+    return Reader(text, options).document();
+  } catch (PropertyListFailure& failure) {
+    *fault = faultInText(text, std::move(failure));
     return nullptr;
   }
 }
@@ -312,7 +333,7 @@ Ref<NSDictionary> readOldStyleDictionary(std::string_view bytes, bool onlyString
                                          PropertyListFault* fault) {
   Ref<NSString> text = textOfFileBytes(bytes, fault);
   if (!text) return nullptr;
-  Ref<NSObject> root = readOldStylePropertyList(*text, fault);
+  Ref<NSObject> root = readOldStylePropertyList(*text, {}, fault);
   if (!root) return nullptr;
   auto dictionary = as<NSDictionary>(root);
   if (!dictionary) {

@@ -9,17 +9,18 @@
 /// - In quotes stand \a \b \f \n \r \t \v, up to three octal digits and up to four hexadecimal ones
 ///   behind \U or \u (both a code unit), and a backslash before anything else stands for that.
 /// - Arrays are in parentheses, with commas between the elements and perhaps behind the last.
-/// - Dictionaries are in braces; each entry ends in a semicolon. `key;` means `key = key;`. A key
-///   that comes again replaces the entry.
+/// - Data are hexadecimal digits between < and >, with blanks anywhere between two bytes.
+/// - Dictionaries are in braces; each entry ends in a semicolon. `key;` means `key = key;`. In a
+///   table a key that comes again replaces the entry.
 /// - Around a table, which is a Dictionary, the braces may be left out.
 /// - Comments are as in C++.
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 #include "Platform/Runtime/NSObject.h"
+#include "Platform/System/detail/PropertyListFault.h"
 
 namespace qz {
 class NSDictionary;
@@ -28,24 +29,21 @@ class NSString;
 
 namespace qz::detail {
 
-/// Why a text could not be read, and where: lines and columns count from 1, columns in code units.
-struct PropertyListFault {
-  std::string reason;
-  std::uint32_t line = 0;
-  std::uint32_t column = 0;
-
-  /// "line 3, column 7: a semicolon is missing"
-  std::string text() const;
+/// What is read besides the text itself.
+struct OldStyleOptions {
+  std::uint32_t mutability = 0;  ///< of NSPropertyListMutabilityOptions
+  bool isTable = true;           ///< may be empty, and a key may come again
 };
 
 /// The text of a file's bytes: UTF-16 with a byte-order mark, otherwise UTF-8, marked or not. Nil
 /// for bytes that are neither, and then `fault` says where.
 Ref<NSString> textOfFileBytes(std::string_view bytes, PropertyListFault* fault);
 
-/// Strings, Arrays and Dictionaries as the text writes them. Nil for any other text, and then
-/// `fault` says where it goes wrong; nesting deeper than 256 is refused. An empty text (blanks and
-/// comments count for nothing) is an empty table.
-Ref<NSObject> readOldStylePropertyList(std::u16string_view text, PropertyListFault* fault);
+/// Strings, Data, Arrays and Dictionaries as the text writes them. Nil for any other text, and then
+/// `fault` says where it goes wrong. An empty text (blanks and comments count for nothing) is an
+/// empty table.
+Ref<NSObject> readOldStylePropertyList(std::u16string_view text, const OldStyleOptions& options,
+                                       PropertyListFault* fault);
 
 /// The same of a text that must be a Dictionary, and if `onlyStrings`, one of Strings.
 Ref<NSDictionary> readOldStyleDictionary(std::string_view bytes, bool onlyStrings,

@@ -92,9 +92,9 @@ TEST(OldStylePropertyList, NestingIsLimited) {
   const auto nested = [](std::size_t levels) {
     return "a = " + std::string(levels, '(') + std::string(levels, ')') + ";";
   };
-  EXPECT_EQ(fault(nested(250)), "none");
-  EXPECT_EQ(fault(nested(300)), "line 1, column 261: nested too deep");
-  EXPECT_EQ(fault("a = " + std::string(5'000'000, '(')), "line 1, column 261: nested too deep");
+  EXPECT_EQ(fault(nested(511)), "none");
+  EXPECT_EQ(fault(nested(512)), "line 1, column 516: nested too deep");
+  EXPECT_EQ(fault("a = " + std::string(5'000'000, '(')), "line 1, column 516: nested too deep");
 }
 
 }  // namespace
