@@ -19,6 +19,8 @@ void registerQZFoundation() {
   classOf<QZVersionNumber>();
   detail::registerNSBundleQZFoundation();
   detail::registerNSTaskQZFoundation();
+  detail::registerNSDataQZFoundation();
+  detail::registerNSPropertyListSerializationQZFoundation();
 }
 
 }  // namespace qz

@@ -163,8 +163,8 @@ TEST(PropertyList, EveryValueComesBackInItsKind) {
 
 TEST(PropertyList, RandomListsAndTheirFormatsAreRecognised) {
   std::mt19937_64 random(7);
-  for (int i = 0; i < 300; ++i) {
-    const auto list = randomPropertyList(random);
+  for (int i = 0; i < 50; ++i) {
+    const auto list = randomPropertyList(random, 3);
     const std::string bytes = written(list, NSPropertyListBinaryFormat);
     const std::string text = written(list, NSPropertyListXMLFormat);
     for (std::uint32_t mutability : {0, 1, 2}) {
@@ -349,14 +349,14 @@ TEST(PropertyList, BinaryFaultsSayWhatAndWhere) {
        })
     EXPECT_EQ(problemOf(bytes), problem) << problem;
   // Many objects over the same bytes: a few kilobytes would become gigabytes.
-  std::string overlapping = binary({"\x51x", "\x51x", "\x51x"});
-  overlapping[overlapping.size() - 32 - 2] = overlapping[overlapping.size() - 32 - 1] = '\x08';
-  EXPECT_EQ(problemOf(overlapping), "none");  // the root alone is read
+  EXPECT_EQ(problemOf(binary({"\xA3\x01\x02\x03", "", "", "\x58long text"})),
+            "byte 12: objects overlap");
 }
 
 TEST(PropertyList, CutOffAnywhereItIsRefused) {
   std::mt19937_64 random(11);
-  auto list = NSArray::arrayWithObjects({randomPropertyList(random), "end"_ns, NSNumber::of(1.5)});
+  auto list =
+      NSArray::arrayWithObjects({randomPropertyList(random, 2), "end"_ns, NSNumber::of(1.5)});
   const std::string xml = written(list, NSPropertyListXMLFormat);
   for (std::size_t i = 0; i + 1 < xml.size(); ++i)
     ASSERT_NE(problemOf(xml.substr(0, i)), "none") << i;

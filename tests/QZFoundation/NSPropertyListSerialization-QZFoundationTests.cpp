@@ -1,0 +1,88 @@
+#include "QZFoundation/NSPropertyListSerialization-QZFoundation.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSError.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+class PropertyListFiles : public testing::Test {
+ protected:
+  Ref<NSString> path(const std::string& name) const {
+    return NSString::stringWithUTF8String(directory_.path() + "/" + name);
+  }
+  const TemporaryDirectory directory_;
+};
+
+TEST_F(PropertyListFiles, AreWrittenAndReadInEveryFormat) {
+  auto list = NSDictionary::of({{"k"_ns, "v"_ns}});
+  for (auto format :
+       {NSPropertyListXMLFormat, NSPropertyListBinaryFormat, NSPropertyListOldStyleFormat}) {
+    EXPECT_EQ(writePropertyList_toFile_format(list, path("list"), format), nullptr);
+    NSPropertyListFormat found;
+    Ref<NSError> error = NSError::errorWithDomain_code_userInfo("left"_ns, 1, nullptr);
+    auto again = propertyListFromFile_mutabilityOptions_format_error(
+        path("list"), NSPropertyListMutableContainers, &found, &error);
+    EXPECT_TRUE(equal(again, list));
+    EXPECT_TRUE(isKind<NSMutableDictionary>(again));
+    EXPECT_EQ(found, format);
+    EXPECT_EQ(error, nullptr);
+  }
+  Ref<NSError> error;
+  EXPECT_TRUE(writeToFile_atomically_error(list, path("other"), false, &error));
+  EXPECT_EQ(error, nullptr);
+  EXPECT_TRUE(
+      equal(propertyListFromFile_mutabilityOptions_format_error(path("other"), 0, nullptr, nullptr),
+            list));
+}
+
+TEST_F(PropertyListFiles, ErrorsOfTheFileAreThePlatforms) {
+  Ref<NSError> error;
+  EXPECT_FALSE(
+      propertyListFromFile_mutabilityOptions_format_error(path("none"), 0, nullptr, &error));
+  EXPECT_TRUE(equal(error->domain(), NSPOSIXErrorDomain));
+  EXPECT_EQ(error->code(), ENOENT);
+  auto list = NSDictionary::dictionary();
+  error = writePropertyList_toFile_format(list, path("no/folder"), NSPropertyListXMLFormat);
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_FALSE(writeToFile_atomically_error(list, path("no/folder"), true, &error));
+  EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_FALSE(writeToFile_atomically_error(list, nullptr, true, nullptr));
+}
+
+TEST_F(PropertyListFiles, ErrorsOfTheListAreTheApplications) {
+  directory_.write("text", "this is no list");
+  Ref<NSError> error;
+  EXPECT_FALSE(
+      propertyListFromFile_mutabilityOptions_format_error(path("text"), 0, nullptr, &error));
+  EXPECT_EQ(error->code(), -1);
+  EXPECT_EQ(error->localizedDescription()->UTF8String(),
+            "A property list could not be read from the file " + directory_.path() +
+                "/text (line 1, column 6: a semicolon is missing behind the entry \"this\")");
+
+  // The file that was there stays as it was.
+  directory_.write("kept", "{ old = file; }");
+  auto bad = NSDictionary::of({{"k"_ns, NSNull::null()}});
+  const std::string why = "root.k: a value of the class NSNull cannot stand in a property list";
+  error = writePropertyList_toFile_format(bad, path("kept"), NSPropertyListBinaryFormat);
+  EXPECT_EQ(error->localizedDescription()->UTF8String(),
+            "Could not create property list data. (" + why + ")");
+  EXPECT_FALSE(writeToFile_atomically_error(bad, path("kept"), false, &error));
+  EXPECT_EQ(error->localizedDescription()->UTF8String(),
+            "Could not create XML for dictionary: " + why);
+  EXPECT_EQ(NSData::dataWithContentsOfFile(path("kept"))->view(), "{ old = file; }");
+}
+
+}  // namespace
+}  // namespace qz::test
