@@ -19,7 +19,7 @@ class Snapshot {
  public:
   explicit Snapshot(NSArray* array) {
     // An Array that never changes keeps its elements for us.
-    if (array->mutationCounter() == nullptr) {
+    if (array->mutationCounter() == &detail::neverChanged) {
       if (const auto inPlace = array->contiguous()) {
         array_ = Ref<NSArray>(array);
         objects_.assign(inPlace->begin(), inPlace->end());

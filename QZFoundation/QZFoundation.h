@@ -2,11 +2,15 @@
 /// Everything the library offers.
 #pragma once
 
+#include "QZFoundation/NSArray-QZDelimitedText.h"
+#include "QZFoundation/NSArray-QZFoundation.h"
 #include "QZFoundation/NSArray-QZIndexMap.h"
 #include "QZFoundation/NSAttributedString-QZFoundation.h"
 #include "QZFoundation/NSBundle-QZFoundation.h"
 #include "QZFoundation/NSData-QZFoundation.h"
+#include "QZFoundation/NSEnumerator-QZFoundation.h"
 #include "QZFoundation/NSError-QZFoundation.h"
+#include "QZFoundation/NSMutableArray-QZFoundation.h"
 #include "QZFoundation/NSMutableString-QZFoundation.h"
 #include "QZFoundation/NSObject-QZFoundation.h"
 #include "QZFoundation/NSPropertyListSerialization-QZFoundation.h"
@@ -18,3 +22,4 @@
 #include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/QZIndexMap.h"
 #include "QZFoundation/QZVersionNumber.h"
+#include "QZFoundation/QZKeyPathArray.h"

@@ -11,6 +11,7 @@
 #include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSNumber.h"
+#include "QZFoundation/detail/IntValue.h"
 
 namespace qz {
 namespace {
@@ -22,11 +23,6 @@ void requireBelow(const char* operation, std::int64_t index, std::int64_t count)
   if (index < 0 || index >= count)
     detail::raise(NSRangeException, std::string(operation) + ": index " + std::to_string(index) +
                                         " is not below count " + std::to_string(count));
-}
-
-std::int32_t intValueOf(NSObject* object) {
-  if (auto* number = as<NSNumber>(object)) return number->intValue();
-  return send<std::int32_t>(object, "intValue"_sel);
 }
 
 }  // namespace
@@ -63,7 +59,7 @@ Ref<QZIndexMap> QZIndexMap::mapToMoveIndices_toIndex_count(NSArray* indices,
   std::vector<std::int32_t> listed;
   if (indices != nullptr) {
     for (NSObject* element : *indices) {
-      const std::int32_t index = intValueOf(element);
+      const std::int32_t index = detail::intValueOf(element);
       requireBelow(operation, index, count);
       const auto at = static_cast<std::size_t>(index);
       if (moved[at])
@@ -107,7 +103,7 @@ Ref<QZIndexMap> QZIndexMap::initWithIndices(NSArray* indices) {
   Vector vector = newVector(count);
   for (std::int32_t i = 0; i < count; ++i)
     vector[static_cast<std::size_t>(i)] =
-        intValueOf(indices->objectAtIndex(static_cast<std::uint32_t>(i)));
+        detail::intValueOf(indices->objectAtIndex(static_cast<std::uint32_t>(i)));
   return adoptVector(std::move(vector), count);
 }
 

@@ -73,30 +73,35 @@ void detail::refuseElement(const Class* wanted, const NSObject* given) {
             std::string(wanted->name()) + " is wanted");
 }
 
+Ref<NSObject> detail::elementAt(const NSArray* array, std::uint32_t index) {
+  Ref<NSObject> element = array->objectAtIndex(index);
+  return element ? std::move(element) : Ref<NSObject>(NSNull::null());
+}
+
 detail::ArrayIterator detail::ArrayIterator::first(const NSArray* array) {
+  return array == nullptr ? ArrayIterator() : within(array, 0, array->count());
+}
+
+detail::ArrayIterator detail::ArrayIterator::within(const NSArray* array, std::uint32_t from,
+                                                    std::uint32_t to) {
   ArrayIterator place;
-  if (array == nullptr) return place;
   place.changes_ = array->mutationCounter();
   place.expected_ = *place.changes_;
+  place.index_ = from;
+  place.end_ = to;
   if (const auto elements = array->contiguous()) {
     place.elements_ = elements->data();
-    place.count_ = static_cast<std::uint32_t>(elements->size());
     return place;
   }
   place.array_ = array;
-  place.count_ = array->count();
-  if (place.count_ > 0) place.element_ = elementOf(array, 0);
+  if (from < to) place.element_ = elementAt(array, from);
   return place;
 }
 
 detail::ArrayIterator detail::ArrayIterator::last(const NSArray* array) {
   ArrayIterator place;
-  if (array != nullptr) place.index_ = place.count_ = array->count();
+  if (array != nullptr) place.index_ = place.end_ = array->count();
   return place;
-}
-
-Ref<NSObject> detail::ArrayIterator::elementOf(const NSArray* array, std::uint32_t index) {
-  return array->objectAtIndex(index);
 }
 
 namespace {
@@ -120,7 +125,7 @@ class ArrayEnumerator final : public NSEnumerator {
       return nullptr;
     }
     --left_;
-    return array_->objectAtIndex(forwards_ ? index_++ : --index_);
+    return detail::elementAt(array_, forwards_ ? index_++ : --index_);
   }
 
  private:
@@ -161,23 +166,47 @@ std::vector<Ref<NSObject>> NSArray::toVector() const { return {begin(), end()}; 
 
 bool NSArray::containsObject(NSObject* object) const { return indexOfObject(object) != NSNotFound; }
 
-std::uint32_t NSArray::indexOfObject(NSObject* object) const {
-  if (object == nullptr) return NSNotFound;
-  std::uint32_t index = 0;
-  for (NSObject* each : *this) {
-    if (each == object || object->isEqual(each)) return index;
-    ++index;
-  }
+namespace {
+
+template <class Test>
+std::uint32_t firstIndex(detail::ArrayIterator place, const Test& test) {
+  for (; !place.isAtEnd(); ++place)
+    if (test(*place)) return place.index();
   return NSNotFound;
 }
 
+auto isEqualTo(NSObject* object) {
+  return [=](NSObject* each) { return each == object || object->isEqual(each); };
+}
+
+auto isIdenticalTo(NSObject* object) {
+  return [=](NSObject* each) { return each == object; };
+}
+
+detail::ArrayIterator walkWithin(const char* operation, const NSArray* array, NSRange range) {
+  detail::requireRange(operation, range, array->count());
+  return detail::ArrayIterator::within(array, range.location, range.location + range.length);
+}
+
+}  // namespace
+
+std::uint32_t NSArray::indexOfObject(NSObject* object) const {
+  if (object == nullptr) return NSNotFound;
+  return firstIndex(begin(), isEqualTo(object));
+}
+
 std::uint32_t NSArray::indexOfObjectIdenticalTo(NSObject* object) const {
-  std::uint32_t index = 0;
-  for (NSObject* each : *this) {
-    if (each == object) return index;
-    ++index;
-  }
-  return NSNotFound;
+  return firstIndex(begin(), isIdenticalTo(object));
+}
+
+std::uint32_t NSArray::indexOfObject_inRange(NSObject* object, NSRange range) const {
+  const auto walk = walkWithin("-[NSArray indexOfObject:inRange:]", this, range);
+  return object == nullptr ? NSNotFound : firstIndex(walk, isEqualTo(object));
+}
+
+std::uint32_t NSArray::indexOfObjectIdenticalTo_inRange(NSObject* object, NSRange range) const {
+  const auto walk = walkWithin("-[NSArray indexOfObjectIdenticalTo:inRange:]", this, range);
+  return firstIndex(walk, isIdenticalTo(object));
 }
 
 std::uint32_t NSArray::indexOfObjectPassingTest(
@@ -185,11 +214,7 @@ std::uint32_t NSArray::indexOfObjectPassingTest(
   detail::requireArgument("-[NSArray indexOfObjectPassingTest]", "the test",
                           test ? &test : nullptr);
   std::uint32_t index = 0;
-  for (NSObject* each : *this) {
-    if (test(each, index)) return index;
-    ++index;
-  }
-  return NSNotFound;
+  return firstIndex(begin(), [&](NSObject* each) { return test(each, index++); });
 }
 
 std::vector<std::uint32_t> NSArray::indexesOfObjectsPassingTest(
@@ -241,7 +266,8 @@ Ref<NSArray> NSArray::subarrayWithRange(NSRange range) const {
   if (const auto elements = contiguous())
     return fromSpan(elements->subspan(range.location, range.length));
   detail::ArrayBuilder builder(range.length);
-  for (std::uint32_t i = 0; i < range.length; ++i) builder.take(objectAtIndex(range.location + i));
+  for (std::uint32_t i = 0; i < range.length; ++i)
+    builder.take(detail::elementAt(this, range.location + i));
   return builder.finish();
 }
 
@@ -261,9 +287,17 @@ Ref<NSArray> NSArray::arrayByAddingObjectsFromArray(NSArray* other) const {
 
 Ref<NSArray> NSArray::filteredArrayUsingPredicate(NSPredicate* predicate) const {
   detail::requireArgument("-[NSArray filteredArrayUsingPredicate:]", "the predicate", predicate);
+  return filteredArrayUsingPredicate(
+      [=](NSObject* each) { return predicate->evaluateWithObject(each); });
+}
+
+Ref<NSArray> NSArray::filteredArrayUsingPredicate(
+    const std::function<bool(NSObject*)>& test) const {
+  detail::requireArgument("-[NSArray filteredArrayUsingPredicate:]", "the function",
+                          test ? &test : nullptr);
   detail::ArrayBuilder builder;
   for (Ref<NSObject> each : *this)
-    if (predicate->evaluateWithObject(each)) builder.take(std::move(each));
+    if (test(each)) builder.take(std::move(each));
   return builder.finish();
 }
 
@@ -327,7 +361,7 @@ std::size_t NSArray::hash() const {
   const std::uint32_t size = count();
   std::size_t hash = size;
   const auto mix = [&](std::uint32_t index) {
-    const Ref<NSObject> element = objectAtIndex(index);
+    const Ref<NSObject> element = detail::elementAt(this, index);
     const auto* nested = as<NSArray>(element.get());
     hash = hash * 0x9E3779B97F4A7C15U + (nested != nullptr ? nested->count() : element->hash());
   };
@@ -407,6 +441,10 @@ Ref<NSArray> initWithObjects(NSArray*, NSObject* const* objects, std::uint32_t c
   return NSArray::initWithObjects_count(objects, count);
 }
 
+Ref<NSArray> filteredUsingPredicate(NSArray* array, NSPredicate* predicate) {
+  return array->filteredArrayUsingPredicate(predicate);
+}
+
 }  // namespace
 
 void NSArray::describe(ClassDescription<NSArray>& is) {
@@ -416,6 +454,7 @@ void NSArray::describe(ClassDescription<NSArray>& is) {
       .classMethod<&NSArray::arrayWithObjects_count>("arrayWithObjects:count:")
       .classMethod<&NSArray::initWithObjects_count>("initWithObjects:count:")
       .classMethod<&NSArray::arrayWithArray>("arrayWithArray:")
+      .initializer<&NSArray::initWithArray>("initWithArray:")
       .method<&initWithObjects>("initWithObjects:count:")
       .method<&NSArray::count>("count")
       .method<&NSArray::objectAtIndex>("objectAtIndex:")
@@ -426,6 +465,8 @@ void NSArray::describe(ClassDescription<NSArray>& is) {
       .method<&NSArray::containsObject>("containsObject:")
       .method<&NSArray::indexOfObject>("indexOfObject:")
       .method<&NSArray::indexOfObjectIdenticalTo>("indexOfObjectIdenticalTo:")
+      .method<&NSArray::indexOfObject_inRange>("indexOfObject:inRange:")
+      .method<&NSArray::indexOfObjectIdenticalTo_inRange>("indexOfObjectIdenticalTo:inRange:")
       .method<&NSArray::firstObjectCommonWithArray>("firstObjectCommonWithArray:")
       .method<&NSArray::componentsJoinedByString>("componentsJoinedByString:")
       .method<&NSArray::makeObjectsPerformSelector>("makeObjectsPerformSelector:")
@@ -434,7 +475,7 @@ void NSArray::describe(ClassDescription<NSArray>& is) {
       .method<&NSArray::subarrayWithRange>("subarrayWithRange:")
       .method<&NSArray::arrayByAddingObject>("arrayByAddingObject:")
       .method<&NSArray::arrayByAddingObjectsFromArray>("arrayByAddingObjectsFromArray:")
-      .method<&NSArray::filteredArrayUsingPredicate>("filteredArrayUsingPredicate:")
+      .method<&filteredUsingPredicate>("filteredArrayUsingPredicate:")
       .method<&NSArray::sortedArrayUsingFunction_context>("sortedArrayUsingFunction:context:")
       .method<&NSArray::sortedArrayUsingSelector>("sortedArrayUsingSelector:")
       .method<&NSArray::sortedArrayUsingDescriptors>("sortedArrayUsingDescriptors:")

@@ -32,7 +32,8 @@ using NSSortFunction = NSComparisonResult (*)(NSObject* a, NSObject* b, void* co
 ///     Ref<NSArray> sorted = names->sortedArrayUsingSelector("compare:"_sel);
 ///
 /// A class derived from NSArray overrides `count` and `objectAtIndex`, and is an Array everywhere;
-/// everything else works through these two. Arrays made here are immutable, take 24 bytes and 8 for
+/// everything else works through these two. Where its `objectAtIndex` answers nil, whatever walks
+/// or copies the Array meets Null. Arrays made here are immutable, take 24 bytes and 8 for
 /// each element in one block, and may be used from any number of threads; NSMutableArray says what
 /// changes. What makes new Arrays answers immutable ones.
 ///
@@ -64,6 +65,7 @@ class NSArray : public Derives<NSArray, NSObject> {
 
   /// The elements of `other` as they are now; `other` itself when it is immutable.
   static Ref<NSArray> arrayWithArray(NSArray* other);
+  static Ref<NSArray> initWithArray(NSArray* other) { return arrayWithArray(other); }
 
   // The primitives.
 
@@ -112,6 +114,11 @@ class NSArray : public Derives<NSArray, NSObject> {
   std::uint32_t indexOfObject(NSObject* object) const;
   std::uint32_t indexOfObjectIdenticalTo(NSObject* object) const;
 
+  /// The same among the elements of `range`; the index counts from the start of the Array. Raise
+  /// NSRangeException.
+  std::uint32_t indexOfObject_inRange(NSObject* object, NSRange range) const;
+  std::uint32_t indexOfObjectIdenticalTo_inRange(NSObject* object, NSRange range) const;
+
   /// The first index, and all indices in order, for which `test(element, index)` is true.
   std::uint32_t indexOfObjectPassingTest(
       const std::function<bool(NSObject*, std::uint32_t)>& test) const;
@@ -137,8 +144,9 @@ class NSArray : public Derives<NSArray, NSObject> {
   Ref<NSArray> arrayByAddingObject(NSObject* object) const;
   Ref<NSArray> arrayByAddingObjectsFromArray(NSArray* other) const;
 
-  /// The elements for which the predicate is true, in order.
+  /// The elements for which the predicate, or the function, is true, in order.
   Ref<NSArray> filteredArrayUsingPredicate(NSPredicate* predicate) const;
+  Ref<NSArray> filteredArrayUsingPredicate(const std::function<bool(NSObject*)>& test) const;
 
   /// The elements sorted: by a function, by a Selector that the first element is sent with the
   /// second, by descriptors (NSSortDescriptor.h; earlier ones weigh more), or by a lambda. Stable;

@@ -65,10 +65,14 @@ Ref<NSMutableArray> NSMutableArray::initWithObjects_count(NSObject* const* objec
 }
 
 Ref<NSMutableArray> NSMutableArray::fromSpan(std::span<NSObject* const> objects) {
+  detail::ArrayBuilder builder;
+  builder.addAll(objects);
+  return detail::finishMutable(builder);
+}
+
+Ref<NSMutableArray> detail::finishMutable(ArrayBuilder& builder) {
   auto array = make<NSMutableArray>();
-  detail::ArrayBuilder added;
-  added.addAll(objects);
-  array->replaceRange({}, added);
+  array->replaceRange({}, builder);
   return array;
 }
 
@@ -191,6 +195,14 @@ void NSMutableArray::addObjectsFromArray(NSArray* other) {
   replaceRange({count(), 0}, added);
 }
 
+void NSMutableArray::insertObjectsFromArray_atIndex(NSArray* other, std::uint32_t index) {
+  detail::ArrayBuilder added;
+  added.addAll(other);
+  if (index > count())
+    detail::raiseIndex("-[NSMutableArray insertObjectsFromArray:atIndex:]", index, count());
+  replaceRange({index, 0}, added);
+}
+
 // Removing.
 
 void NSMutableArray::removeLastObject() {
@@ -199,16 +211,14 @@ void NSMutableArray::removeLastObject() {
   removeObjectAtIndex(size - 1);
 }
 
-/// Removes the elements for which `test` is true. Asks about all of them first, since what is asked
-/// may raise or look at this Array.
+/// Removes the elements in `range` for which `test` is true. Asks about all of them first, since
+/// what is asked may raise or look at this Array.
 template <class Test>
-void NSMutableArray::removeWhere(const Test& test) {
+void NSMutableArray::removeWhere(NSRange range, const Test& test) {
   std::vector<std::uint32_t> indexes;
-  std::uint32_t index = 0;
-  for (NSObject* each : *this) {
-    if (test(each)) indexes.push_back(index);
-    ++index;
-  }
+  auto place = detail::ArrayIterator::within(this, range.location, range.location + range.length);
+  for (; !place.isAtEnd(); ++place)
+    if (test(*place)) indexes.push_back(place.index());
   if (indexes.empty()) return;
   if (!usesOwnStorage()) {
     for (auto each = indexes.rbegin(); each != indexes.rend(); ++each) removeObjectAtIndex(*each);
@@ -227,23 +237,37 @@ void NSMutableArray::removeWhere(const Test& test) {
   detail::releaseElements(removed.data(), removed.size());
 }
 
-void NSMutableArray::removeObject(NSObject* object) {
-  if (object == nullptr) return;
-  removeWhere([=](NSObject* each) { return equal(object, each); });
-}
+void NSMutableArray::removeObject(NSObject* object) { removeObject_inRange(object, {0, count()}); }
 
 void NSMutableArray::removeObjectIdenticalTo(NSObject* object) {
-  removeWhere([=](NSObject* each) { return each == object; });
+  removeObjectIdenticalTo_inRange(object, {0, count()});
+}
+
+void NSMutableArray::removeObject_inRange(NSObject* object, NSRange range) {
+  detail::requireRange("-[NSMutableArray removeObject:inRange:]", range, count());
+  if (object == nullptr) return;
+  removeWhere(range, [=](NSObject* each) { return equal(object, each); });
+}
+
+void NSMutableArray::removeObjectIdenticalTo_inRange(NSObject* object, NSRange range) {
+  detail::requireRange("-[NSMutableArray removeObjectIdenticalTo:inRange:]", range, count());
+  removeWhere(range, [=](NSObject* each) { return each == object; });
 }
 
 void NSMutableArray::removeObjectsInArray(NSArray* others) {
   detail::Membership doomed(others);
-  removeWhere([&](NSObject* each) { return doomed.contains(each); });
+  removeWhere({0, count()}, [&](NSObject* each) { return doomed.contains(each); });
 }
 
 void NSMutableArray::filterUsingPredicate(NSPredicate* predicate) {
   detail::requireArgument("-[NSMutableArray filterUsingPredicate:]", "the predicate", predicate);
-  removeWhere([=](NSObject* each) { return !predicate->evaluateWithObject(each); });
+  removeWhere({0, count()}, [=](NSObject* each) { return !predicate->evaluateWithObject(each); });
+}
+
+void NSMutableArray::filterUsingPredicate(const std::function<bool(NSObject*)>& test) {
+  detail::requireArgument("-[NSMutableArray filterUsingPredicate:]", "the function",
+                          test ? &test : nullptr);
+  removeWhere({0, count()}, [&](NSObject* each) { return !test(each); });
 }
 
 void NSMutableArray::removeObjectsInRange(NSRange range) {
@@ -285,6 +309,12 @@ void NSMutableArray::replaceObjectsInRange_withObjectsFromArray(NSRange range, N
   detail::requireRange("-[NSMutableArray replaceObjectsInRange:withObjectsFromArray:]", range,
                        count());
   replaceRange(range, replacement);
+}
+
+void NSMutableArray::replaceObjectsInRange_withObjectsFromArray_range(NSRange range, NSArray* other,
+                                                                      NSRange otherRange) {
+  const Ref<NSArray> from = other == nullptr ? NSArray::array() : Ref<NSArray>(other);
+  replaceObjectsInRange_withObjectsFromArray(range, from->subarrayWithRange(otherRange));
 }
 
 // Sorting.
@@ -351,12 +381,21 @@ Ref<NSMutableArray> arrayOfObjects(Class* aClass, NSObject* const* objects, std:
   return arrayOfArray(aClass, NSArray::arrayWithObjects_count(objects, count));
 }
 
-Ref<NSMutableArray> initWithCapacity(NSMutableArray* array, std::uint32_t) { return array; }
+Ref<NSMutableArray> initOfCapacity(NSMutableArray* array, std::uint32_t) { return array; }
+
+Ref<NSMutableArray> initOfArray(NSMutableArray* array, NSArray* other) {
+  array->setArray(other);
+  return array;
+}
 
 Ref<NSMutableArray> initWithObjects(NSMutableArray* array, NSObject* const* objects,
                                     std::uint32_t count) {
   array->setArray(NSArray::arrayWithObjects_count(objects, count));
   return array;
+}
+
+void filterUsing(NSMutableArray* array, NSPredicate* predicate) {
+  array->filterUsingPredicate(predicate);
 }
 
 }  // namespace
@@ -365,29 +404,37 @@ void NSMutableArray::describe(ClassDescription<NSMutableArray>& is) {
   is.named("NSMutableArray")
       .classMethod<&arrayOf>("array")
       .classMethod<&arrayOfCapacity>("arrayWithCapacity:")
+      .classMethod<&arrayOfCapacity>("initWithCapacity:")
       .classMethod<&arrayOfArray>("arrayWithArray:")
+      .classMethod<&arrayOfArray>("initWithArray:")
+      .method<&initOfArray>("initWithArray:")
       .classMethod<&arrayOfObject>("arrayWithObject:")
       .classMethod<&arrayOfObjects>("arrayWithObjects:count:")
       .classMethod<&arrayOfObjects>("initWithObjects:count:")
-      .method<&initWithCapacity>("initWithCapacity:")
+      .method<&initOfCapacity>("initWithCapacity:")
       .method<&initWithObjects>("initWithObjects:count:")
       .method<&NSMutableArray::insertObject_atIndex>("insertObject:atIndex:")
       .method<&NSMutableArray::removeObjectAtIndex>("removeObjectAtIndex:")
       .method<&NSMutableArray::replaceObjectAtIndex_withObject>("replaceObjectAtIndex:withObject:")
       .method<&NSMutableArray::addObject>("addObject:")
       .method<&NSMutableArray::addObjectsFromArray>("addObjectsFromArray:")
+      .method<&NSMutableArray::insertObjectsFromArray_atIndex>("insertObjectsFromArray:atIndex:")
       .method<&NSMutableArray::removeLastObject>("removeLastObject")
       .method<&NSMutableArray::removeObject>("removeObject:")
       .method<&NSMutableArray::removeObjectIdenticalTo>("removeObjectIdenticalTo:")
+      .method<&NSMutableArray::removeObject_inRange>("removeObject:inRange:")
+      .method<&NSMutableArray::removeObjectIdenticalTo_inRange>("removeObjectIdenticalTo:inRange:")
       .method<&NSMutableArray::removeObjectsInArray>("removeObjectsInArray:")
       .method<&NSMutableArray::removeObjectsInRange>("removeObjectsInRange:")
       .method<&NSMutableArray::removeAllObjects>("removeAllObjects")
-      .method<&NSMutableArray::filterUsingPredicate>("filterUsingPredicate:")
+      .method<&filterUsing>("filterUsingPredicate:")
       .method<&NSMutableArray::exchangeObjectAtIndex_withObjectAtIndex>(
           "exchangeObjectAtIndex:withObjectAtIndex:")
       .method<&NSMutableArray::setArray>("setArray:")
       .method<&NSMutableArray::replaceObjectsInRange_withObjectsFromArray>(
           "replaceObjectsInRange:withObjectsFromArray:")
+      .method<&NSMutableArray::replaceObjectsInRange_withObjectsFromArray_range>(
+          "replaceObjectsInRange:withObjectsFromArray:range:")
       .method<&NSMutableArray::sortUsingFunction_context>("sortUsingFunction:context:")
       .method<&NSMutableArray::sortUsingSelector>("sortUsingSelector:")
       .method<&NSMutableArray::sortUsingDescriptors>("sortUsingDescriptors:");

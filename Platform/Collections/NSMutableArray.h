@@ -3,11 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <ranges>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 #include "Platform/Collections/NSArray.h"
 
@@ -52,13 +54,16 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   requires std::is_convertible_v<std::ranges::range_reference_t<R>,
                                  NSObject*> static Ref<NSMutableArray>
   fromRange(R&& objects) {
-    auto array = make<NSMutableArray>();
-    for (auto&& object : objects) array->addObject(object);
-    return array;
+    auto builder = detail::builderOf(std::forward<R>(objects));
+    return detail::finishMutable(builder);
   }
 
   /// A new Array with the elements of `other`.
   static Ref<NSMutableArray> arrayWithArray(NSArray* other);
+  static Ref<NSMutableArray> initWithArray(NSArray* other) { return arrayWithArray(other); }
+  static Ref<NSMutableArray> initWithCapacity(std::uint32_t capacity) {
+    return arrayWithCapacity(capacity);
+  }
 
   // The primitives.
 
@@ -80,6 +85,9 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   virtual void addObject(NSObject* object);
   void addObjectsFromArray(NSArray* other);
 
+  /// Puts the elements of `other` before the element at `index`.
+  void insertObjectsFromArray_atIndex(NSArray* other, std::uint32_t index);
+
   // Removing.
 
   /// Raises NSRangeException when there is none.
@@ -89,14 +97,18 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   /// nil. Linear.
   void removeObject(NSObject* object);
   void removeObjectIdenticalTo(NSObject* object);
+  void removeObject_inRange(NSObject* object, NSRange range);
+  void removeObjectIdenticalTo_inRange(NSObject* object, NSRange range);
 
   /// Removes every element that is equal to one of `others`. Linear in both.
   void removeObjectsInArray(NSArray* others);
   void removeObjectsInRange(NSRange range);
   void removeAllObjects();
 
-  /// Keeps only the elements for which the predicate is true.
+  /// Keeps only the elements for which the predicate, or the function, is true; asks about all of
+  /// them first. A test that changes this Array makes it raise NSGenericException.
   void filterUsingPredicate(NSPredicate* predicate);
+  void filterUsingPredicate(const std::function<bool(NSObject*)>& test);
 
   // Replacing.
 
@@ -107,6 +119,10 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
 
   /// Puts the elements of `other` where those of `range` are; the counts may differ.
   void replaceObjectsInRange_withObjectsFromArray(NSRange range, NSArray* other);
+
+  /// Puts the elements of `other` in `otherRange` there.
+  void replaceObjectsInRange_withObjectsFromArray_range(NSRange range, NSArray* other,
+                                                        NSRange otherRange);
 
   // Sorting in place, as NSArray's sorted Arrays. A comparison that changes this Array makes the
   // sort raise NSGenericException.
@@ -126,11 +142,13 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   void didChange() noexcept { ++changes_; }
 
  private:
+  friend Ref<NSMutableArray> detail::finishMutable(detail::ArrayBuilder& builder);
+
   bool usesOwnStorage() const noexcept;
   void reserve(std::size_t capacity);
   void replaceRange(NSRange range, detail::ArrayBuilder& owned);
   template <class Test>
-  void removeWhere(const Test& test);
+  void removeWhere(NSRange range, const Test& test);
   template <class Sort>
   void sortWith(const Sort& sort);
 

@@ -12,6 +12,11 @@ void registerQZFoundation() {
   detail::registerNSStringQZSearch();
   classOf<QZIndexMap>();
   detail::registerNSArrayQZIndexMap();
+  detail::registerNSArrayQZFoundation();
+  detail::registerNSMutableArrayQZFoundation();
+  detail::registerNSEnumeratorQZFoundation();
+  detail::registerNSArrayQZDelimitedText();
+  detail::registerQZKeyPathArray();
   detail::registerNSStringQZFoundation();
   detail::registerNSMutableStringQZFoundation();
   detail::registerNSAttributedStringQZFoundation();

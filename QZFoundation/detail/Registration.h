@@ -15,8 +15,12 @@ namespace detail {
 [[gnu::used]] inline LibraryHook foundationHook(&registerQZFoundation);
 
 // One for each file that adds something; the list in Registration.cpp gives the order.
+void registerNSArrayQZDelimitedText();
+void registerNSArrayQZFoundation();
 void registerNSArrayQZIndexMap();
 void registerNSAttributedStringQZFoundation();
+void registerNSEnumeratorQZFoundation();
+void registerNSMutableArrayQZFoundation();
 void registerNSMutableStringQZFoundation();
 void registerNSBundleQZFoundation();
 void registerNSDataQZFoundation();
@@ -28,6 +32,7 @@ void registerNSStringQZSearch();
 void registerNSStringQZFoundation();
 void registerNSTaskQZFoundation();
 void registerNSURLQZFoundation();
+void registerQZKeyPathArray();
 }  // namespace detail
 
 }  // namespace qz

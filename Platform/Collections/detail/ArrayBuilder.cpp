@@ -88,7 +88,7 @@ void ArrayBuilder::addAll(const NSArray* array) {
   if (const auto elements = array->contiguous()) return addAll(*elements);
   const std::uint32_t count = array->count();
   reserve(std::size_t{count_} + count);
-  for (std::uint32_t i = 0; i < count; ++i) take(array->objectAtIndex(i));
+  for (std::uint32_t i = 0; i < count; ++i) take(elementAt(array, i));
 }
 
 Ref<NSArray> ArrayBuilder::finish() {

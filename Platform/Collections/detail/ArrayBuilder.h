@@ -49,7 +49,7 @@ class InlineArray final : public NSArray {
 ///
 ///     ArrayBuilder builder(source->count());
 ///     for (NSObject* each : source) builder.take(transformed(each));
-///     return builder.finish();
+///     return builder.finish();  // or finishMutable(builder)
 class ArrayBuilder {
  public:
   ArrayBuilder() noexcept = default;
@@ -57,8 +57,11 @@ class ArrayBuilder {
   /// With room for `capacity` elements; it grows when there are more.
   explicit ArrayBuilder(std::size_t capacity) { reserve(capacity); }
   ~ArrayBuilder();
-  ArrayBuilder(const ArrayBuilder&) = delete;
-  ArrayBuilder& operator=(const ArrayBuilder&) = delete;
+  ArrayBuilder(ArrayBuilder&& other) noexcept
+      : block_(std::exchange(other.block_, nullptr)),
+        count_(std::exchange(other.count_, 0)),
+        capacity_(std::exchange(other.capacity_, 0)) {}
+  ArrayBuilder& operator=(ArrayBuilder&&) = delete;
 
   /// Makes room for `capacity` elements in all. Raises NSMallocException for too many.
   void reserve(std::size_t capacity);
@@ -105,6 +108,9 @@ class ArrayBuilder {
   std::uint32_t capacity_ = 0;
 };
 
+/// A MutableArray of what `builder` has gathered, which is empty afterwards.
+Ref<NSMutableArray> finishMutable(ArrayBuilder& builder);
+
 /// The one empty Array.
 NSArray* emptyArray() noexcept;
 
@@ -118,21 +124,31 @@ void requireArgument(const char* operation, const char* what, const void* argume
 
 namespace qz {
 
+namespace detail {
+
+/// The elements of any range, gathered.
 template <std::ranges::input_range R>
-requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*> Ref<NSArray>
-NSArray::fromRange(R&& objects) {
-  detail::ArrayBuilder builder;
+ArrayBuilder builderOf(R&& objects) {
+  ArrayBuilder builder;
   if constexpr (std::ranges::sized_range<R>) builder.reserve(std::ranges::size(objects));
   for (auto&& object : objects) {
     // A Ref that the range makes for the asking gives its count away.
     using Each = decltype(object);
-    if constexpr (detail::isRef<Each> && std::is_rvalue_reference_v<Each> &&
+    if constexpr (isRef<Each> && std::is_rvalue_reference_v<Each> &&
                   !std::is_const_v<std::remove_reference_t<Each>>)
       builder.take(std::move(object));
     else
       builder.add(object);
   }
-  return builder.finish();
+  return builder;
+}
+
+}  // namespace detail
+
+template <std::ranges::input_range R>
+requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*> Ref<NSArray>
+NSArray::fromRange(R&& objects) {
+  return detail::builderOf(std::forward<R>(objects)).finish();
 }
 
 }  // namespace qz

@@ -20,6 +20,10 @@ inline constinit const std::uint32_t neverChanged = 0;
 /// Raises NSInvalidArgumentException: an element is no `wanted`.
 [[noreturn]] void refuseElement(const Class* wanted, const NSObject* given);
 
+/// The element at `index` for all who walk or copy: Null where a derived class answers nil, so that
+/// nobody meets an element that is none.
+Ref<NSObject> elementAt(const NSArray* array, std::uint32_t index);
+
 /// Walks an Array, which must outlive it. Reads contiguous storage directly and asks any other
 /// Array for each element once, keeping that element alive while it stands there.
 class ArrayIterator {
@@ -35,6 +39,9 @@ class ArrayIterator {
   /// The first place of `array`; nil has none.
   static ArrayIterator first(const NSArray* array);
 
+  /// The place `from` in a walk that ends before `to`, which is not above the count.
+  static ArrayIterator within(const NSArray* array, std::uint32_t from, std::uint32_t to);
+
   /// The place behind the last.
   static ArrayIterator last(const NSArray* array);
 
@@ -48,7 +55,7 @@ class ArrayIterator {
     if (*changes_ != expected_) [[unlikely]]
       raiseChanged();
     ++index_;
-    if (elements_ == nullptr && index_ < count_) element_ = elementOf(array_, index_);
+    if (elements_ == nullptr && index_ < end_) element_ = elementAt(array_, index_);
     return *this;
   }
   ArrayIterator operator++(int) {
@@ -61,14 +68,16 @@ class ArrayIterator {
     return a.index_ == b.index_;
   }
 
- private:
-  static Ref<NSObject> elementOf(const NSArray* array, std::uint32_t index);
+  /// Where it stands, and whether that is behind the walk's end.
+  std::uint32_t index() const noexcept { return index_; }
+  bool isAtEnd() const noexcept { return index_ >= end_; }
 
+ private:
   NSObject* const* elements_ = nullptr;
   const std::uint32_t* changes_ = &neverChanged;
   std::uint32_t expected_ = 0;
   std::uint32_t index_ = 0;
-  std::uint32_t count_ = 0;
+  std::uint32_t end_ = 0;
   const NSArray* array_ = nullptr;
   Ref<NSObject> element_;
 };
