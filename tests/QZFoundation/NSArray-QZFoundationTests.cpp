@@ -1,0 +1,340 @@
+#include "QZFoundation/NSArray-QZFoundation.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+#include "Platform/Collections/NSEnumerator.h"
+#include "Platform/Values/NSMutableString.h"
+#include "Platform/Values/NSNull.h"
+#include "QZFoundation/NSArray-QZIndexMap.h"
+#include "QZFoundation/NSEnumerator-QZFoundation.h"
+#include "QZFoundation/NSMutableArray-QZFoundation.h"
+#include "QZFoundation/NSObject-QZFoundation.h"
+#include "QZFoundation/QZKeyPathArray.h"
+#include "tests/support/Holding.h"
+#include "tests/support/Letters.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+using Holders = std::vector<Ref<Holder>>;
+
+Holders holdersOf(std::initializer_list<int> values) {
+  Holders all;
+  for (int value : values) all.push_back(make<Holder>("x"_ns, value));
+  return all;
+}
+
+/// Answers whatever comparison it was told to, once a list of answers has run out its last one.
+class Moody : public Derives<Moody, NSObject> {
+ public:
+  static void describe(ClassDescription<Moody>& is) {
+    is.named("Moody").method<&Moody::judge>("judge:");
+  }
+  explicit Moody(std::vector<int> answers) : answers_(std::move(answers)) {}
+  int judge(NSObject*) {
+    const int answer = answers_[std::min<std::size_t>(asked, answers_.size() - 1)];
+    ++asked;
+    return answer;
+  }
+  std::size_t asked = 0;
+
+ private:
+  std::vector<int> answers_;
+};
+
+TEST(ValueSearch, ReadsEachValueTwiceUpToTheFirstMatch) {
+  struct Case {
+    NSString* keyPath;
+    Ref<NSObject> value;
+    std::uint32_t found;
+  };
+  auto deep = make<Holder>("deep"_ns, 7);
+  const Holders holders{make<Holder>("a"_ns, 1), make<Holder>(nullptr, 2), make<Holder>(deep, 3),
+                        make<Holder>("c"_ns, 3)};
+  auto array = NSArray::fromRange(holders);
+  const Case cases[] = {
+      {"number"_ns, NSNumber::numberWithInt(3), 2},
+      {"number"_ns, NSNumber::numberWithDouble(3), 2},
+      {"number"_ns, NSNumber::numberWithDouble(3.5), NSNotFound},
+      {"number"_ns, NSNumber::numberWithLongLong((1LL << 32) + 3), NSNotFound},
+      {"number"_ns, "3"_ns, NSNotFound},
+      {"number"_ns, nullptr, NSNotFound},
+      {"value"_ns, "c"_ns, 3},
+      {"value"_ns, nullptr, NSNotFound},  // nil is sent nothing
+      {"huge"_ns, NSNumber::numberWithInt(-1), NSNotFound},
+      {"huge"_ns, NSNumber::numberWithUnsignedLongLong(~0ULL), 0},
+  };
+  for (const Case& each : cases) {
+    for (const auto& holder : holders) holder->reads = 0;
+    EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, each.value, each.keyPath), each.found)
+        << each.keyPath << " " << each.value;
+    const bool counts = !each.keyPath->isEqualToString("huge"_ns);
+    for (std::uint32_t i = 0; i < holders.size() && counts; ++i)
+      EXPECT_EQ(holders[i]->reads, i <= each.found ? 2 : 0) << each.keyPath << " " << each.value;
+  }
+}
+
+TEST(ValueSearch, SkipsElementsWithoutTheKeyAndNothingElse) {
+  auto ann = make<Holder>("v"_ns, 5);
+  auto array = NSArray::arrayWithObjects({"text"_ns, make<Holder>(nullptr, 1), ann});
+  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(5), "number"_ns),
+            2u);
+  EXPECT_EQ(objectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(1), "value.length"_ns),
+            ann);
+  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, "v"_ns, "nowhere"_ns), NSNotFound);
+  EXPECT_TRUE(raises(NSGenericException,
+                     [&] { indexOfObjectMatchingValue_forKeyPath(array, "v"_ns, "trouble"_ns); }));
+  EXPECT_TRUE(raises(NSUndefinedKeyException,
+                     [&] { arrayByMatchingValue_forKeyPath(array, "v"_ns, "value"_ns); }));
+  // Only the reading is forgiven: what the comparison raises is not.
+  const auto search = [&](NSObject* value, Selector selector) {
+    return objectMatchingValue_forKeyPath_usingSelector(NSArray::arrayWithObject(ann), value,
+                                                        "self"_ns, selector);
+  };
+  EXPECT_EQ(search(NSNumber::numberWithInt(4), "isAbove:"_sel), ann);
+  EXPECT_EQ(search(NSNumber::numberWithInt(5), "isAbove:"_sel), nullptr);
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { search("nowhere"_ns, "valueForKey:"_sel); }));
+}
+
+TEST(ValueSearch, AsksClassesThatReadKeysThemselves) {
+  auto array = NSArray::arrayWithObjects(
+      {make<Holder>(nullptr, 1), make<Oracle>(nullptr, 2), make<Holder>(nullptr, 2)});
+  const auto find = [&](int number) {
+    return indexOfObjectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(number),
+                                                 "number"_ns);
+  };
+  EXPECT_EQ(find(1000), 1u);
+  EXPECT_EQ(find(2), 2u);
+}
+
+TEST(ValueSearch, GoesOnWhenReadingChangesTheArray) {
+  auto array = NSMutableArray::array();
+  for (int i = 0; i < 4; ++i) {
+    auto holder = make<Holder>(nullptr, i);
+    holder->whenRead = [&] { array->removeAllObjects(); };
+    array->addObject(holder);
+  }
+  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(3), "number"_ns),
+            NSNotFound);
+  EXPECT_EQ(array->count(), 0u);
+}
+
+TEST(SortedSearch, StandsNonsense) {
+  std::vector<Ref<NSObject>> elements(1000, Ref<NSObject>("x"_ns));
+  auto array = NSArray::fromRange(elements);
+  struct Case {
+    std::vector<int> answers;
+    std::uint32_t found;
+    std::uint32_t insertion;
+  };
+  // Only exactly +1 leads further on, and only exactly 0 is a find.
+  const Case cases[] = {{{7}, NSNotFound, 0},
+                        {{-2}, NSNotFound, 0},
+                        {{1}, NSNotFound, 1000},
+                        {{1, 7}, NSNotFound, 500},
+                        {{-1, 1, 7, -2, 1, 0}, 306, 281}};
+  for (const Case& each : cases) {
+    auto moody = make<Moody>(each.answers);
+    EXPECT_EQ(indexOfObject_inArraySortedUsingSelector(array, moody, "judge:"_sel), each.found);
+    EXPECT_LE(moody->asked, 11u);
+    moody = make<Moody>(each.answers);
+    EXPECT_EQ(insertionIndexForObject_sortedUsingSelector(array, moody, "judge:"_sel),
+              each.insertion);
+    EXPECT_LE(moody->asked, 12u);
+  }
+  // The Object itself is found without asking it.
+  auto moody = make<Moody>(std::vector<int>{7});
+  EXPECT_EQ(indexOfObject_inArraySortedUsingSelector(NSArray::arrayWithObject(moody), moody,
+                                                     "judge:"_sel),
+            0u);
+  EXPECT_EQ(moody->asked, 0u);
+}
+
+TEST(DerivedArrays, WantAnAnswerOfEachElementOrAPlaceholder) {
+  auto array = NSArray::arrayWithObjects({make<Holder>("a"_ns), make<Holder>(nullptr)});
+  EXPECT_EQ(arrayByPerformingSelector(array, "value"_sel), nullptr);
+  EXPECT_EQ(arrayByPerformingSelector(array, "takeNote"_sel), nullptr);
+  EXPECT_EQ(text(arrayByPerformingSelector_object(array, "valueOr:"_sel, "b"_ns)), "ab");
+  EXPECT_EQ(
+      text(arrayByPerformingSelector_object_nilPlaceholder(array, "value"_sel, nullptr, "p"_ns)),
+      "ap");
+  EXPECT_EQ(arrayByPerformingSelector(NSArray::array(), "value"_sel)->count(), 0u);
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [&] { arrayByPerformingSelector(array, "number"_sel); }));
+}
+
+TEST(DerivedArrays, FilterByTheLowByteAndInPlaceByTheWhole) {
+  auto array = NSMutableArray::fromRange(holdersOf({0, 1, 2, 256, 257}));
+  const auto values = [](NSArray* of) {
+    return to_string(arrayForKeyPath(of, "number"_ns)->componentsJoinedByString(" "_ns));
+  };
+  EXPECT_EQ(values(arrayByFilteringWithSelector(array, "isAbove:"_sel)), "1 2 257");
+  EXPECT_EQ(
+      values(arrayByFilteringWithSelector_object_matching(array, "isAbove:"_sel, nullptr, false)),
+      "0 256");
+  filterObjectsWithSelector(array, "isAbove:"_sel);
+  EXPECT_EQ(values(array), "1 2 256 257");
+  filterObjectsWithSelector_object_matching(array, "isAbove:"_sel, NSNumber::numberWithInt(2),
+                                            false);
+  EXPECT_EQ(values(array), "2");
+}
+
+TEST(DerivedArrays, RepeatAnObject) {
+  EXPECT_EQ(text(arrayWithObject_repeatedNumberOfTimes("a"_ns, 3)), "aaa");
+  for (int count : {0, -1})
+    EXPECT_EQ(arrayWithObject_repeatedNumberOfTimes("a"_ns, count)->count(), 0u);
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [] { arrayWithObject_repeatedNumberOfTimes(nullptr, 1); }));
+}
+
+TEST(DerivedArrays, SortByKeyPathStably) {
+  Holders holders;
+  for (int i = 0; i < 100; ++i)
+    holders.push_back(make<Holder>(NSNumber::numberWithInt(i), i * 37 % 7));
+  auto sorted = sortedArrayUsingKeyPath(NSArray::fromRange(holders), "number"_ns);
+  for (const auto& each : holders) EXPECT_EQ(each->reads, 1);
+  auto expected = holders;
+  std::ranges::stable_sort(expected, {}, [](const auto& each) { return each->number(); });
+  EXPECT_EQ(sorted->toVector(), std::vector<Ref<NSObject>>(expected.begin(), expected.end()));
+  auto inPlace = NSMutableArray::fromRange(holders);
+  sortByKey(inPlace, "number"_ns);
+  EXPECT_TRUE(inPlace->isEqual(sorted));
+  // Nil compares as the same with everything, so nothing moves across it.
+  auto gap = NSArray::arrayWithObjects({make<Holder>("b"_ns), make<Holder>(nullptr)});
+  EXPECT_TRUE(
+      sortedArrayUsingKeyPath(reversedArray(gap), "value.self"_ns)->isEqual(reversedArray(gap)));
+}
+
+TEST(DerivedDictionaries, KeepTheLastOfEqualKeys) {
+  auto array = NSArray::arrayWithObjects({make<Holder>("k"_ns, 1), make<Holder>(nullptr, 2),
+                                          make<Holder>("l"_ns, 3), make<Holder>("k"_ns, 4)});
+  auto numbers = dictionaryWithKeyPathForKeys_keyPathForValues(array, "value"_ns, "number"_ns);
+  EXPECT_EQ(numbers->count(), 2u);
+  EXPECT_EQ(to_string(numbers->objectForKey("k"_ns)), "4");
+  auto values = dictionaryWithKeyPathForKeys_keyPathForValues(array, "number"_ns, "value"_ns);
+  EXPECT_EQ(values->objectForKey(NSNumber::numberWithInt(2)), NSNull::null());
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { dictionaryIndexedByKeyPath(array->objectEnumerator(), "value"_ns); }));
+  auto walk = array->reverseObjectEnumerator();
+  walk->nextObject();
+  EXPECT_EQ(dictionaryIndexedByKeyPath(walk, "number"_ns)->count(), 3u);  // what is left
+}
+
+// Copies of trees.
+
+/// Copies itself in a way of its own when it is copied deeply.
+class Stamp : public Derives<Stamp, NSObject> {
+ public:
+  static void describe(ClassDescription<Stamp>& is) {
+    is.named("Stamp")
+        .method<&Stamp::stamped>("deepCopy")
+        .method<&Stamp::stamped>("copyMutableContainers");
+  }
+  Ref<NSObject> stamped() { return "stamped"_ns; }
+};
+
+TEST(DeepCopies, SettleOrOpenEveryLevel) {
+  auto leaf = NSMutableString::stringWithString("leaf"_ns);
+  auto inner = NSMutableArray::arrayWithObjects({leaf, make<Stamp>()});
+  auto outer = NSMutableArray::arrayWithObjects({inner, NSArray::array()});
+  auto settled = as<NSArray>(deepCopy(outer));
+  auto open = as<NSMutableArray>(copyMutableContainers(outer));
+  leaf->setString("changed"_ns);
+  inner->removeLastObject();
+  for (const auto& copy : {settled, Ref<NSArray>(open)}) {
+    EXPECT_EQ(to_string(copy), "(\n    (\n        leaf,\n        stamped\n    ),\n    ()\n)");
+    EXPECT_FALSE(isKind<NSMutableString>(as<NSArray>(copy->objectAtIndex(0))->objectAtIndex(0)));
+    for (NSObject* each : copy) EXPECT_EQ(isKind<NSMutableArray>(each), copy == open);
+  }
+}
+
+TEST(DeepCopies, RefuseCycles) {
+  auto loop = NSMutableArray::array();
+  loop->addObject(NSArray::arrayWithObject(loop));
+  for (int i = 0; i < 2; ++i) {  // and are in order again afterwards
+    EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { deepCopy(loop); }, {"deepCopy"}));
+    EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { copyMutableContainers(loop); }));
+  }
+  loop->removeAllObjects();
+  EXPECT_EQ(as<NSArray>(deepCopy(loop))->count(), 0u);
+}
+
+// What holds for any Array.
+
+/// A tree of Arrays, some of them mutable, with Numbers at its leaves.
+Ref<NSObject> randomTree(std::mt19937& random, int depth) {
+  if (depth == 0 || random() % 3 == 0)
+    return NSNumber::numberWithInt(static_cast<int>(random() % 9));
+  auto array = NSMutableArray::array();
+  for (auto left = random() % 5; left > 0; --left) array->addObject(randomTree(random, depth - 1));
+  return random() % 2 == 0 ? array->copy() : Ref<NSObject>(array);
+}
+
+void emptyEverywhere(NSObject* tree) {
+  auto* array = as<NSArray>(tree);
+  if (array == nullptr) return;
+  for (NSObject* each : array) emptyEverywhere(each);
+  if (auto* open = as<NSMutableArray>(tree)) open->removeAllObjects();
+}
+
+TEST(ArrayAlgebra, HoldsForRandomArrays) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 200; ++round) {
+    std::vector<Ref<NSObject>> objects;
+    for (auto left = random() % 40; left > 0; --left)
+      objects.push_back(NSNumber::numberWithInt(static_cast<int>(random() % 20)));
+    auto array = NSMutableArray::fromRange(objects);
+    auto pivot = NSNumber::numberWithInt(static_cast<int>(random() % 20));
+
+    auto map = sortMapUsingSelector(array, "compare:"_sel);
+    EXPECT_TRUE(arrayUsingMap(arrayUsingMap(array, map), map->inverseMap())->isEqual(array));
+
+    auto kept = arrayByFilteringWithSelector_object(array, "isEqual:"_sel, pivot);
+    auto rest = arrayByFilteringWithSelector_object_matching(array, "isEqual:"_sel, pivot, false);
+    EXPECT_EQ(kept->count() + rest->count(), array->count());
+    EXPECT_TRUE(rest->isEqual(arrayByRemovingObject(array, pivot)));
+    EXPECT_TRUE(kept->isEqual(arrayByMatchingValue_forKeyPath(array, pivot, "self"_ns)));
+
+    EXPECT_TRUE(reversedArray(reversedArray(array))->isEqual(array));
+    if (array->count() > 0) {
+      auto turned = NSMutableArray::arrayWithArray(array);
+      reverseOrder(turned);
+      EXPECT_TRUE(turned->isEqual(reversedArray(array)));
+    }
+
+    auto sorted = NSMutableArray::array();
+    for (NSObject* each : array) insertObject_sortedBySelector(sorted, each, "compare:"_sel);
+    EXPECT_TRUE(sorted->isEqual(sortedArrayUsingKeyPath(array, "self"_ns)));
+    const std::uint32_t at =
+        indexOfObject_inArraySortedUsingSelector(sorted, pivot, "compare:"_sel);
+    EXPECT_EQ(at != NSNotFound, array->containsObject(pivot));
+    const auto place = insertionIndexForObject_sortedUsingSelector(sorted, pivot, "compare:"_sel);
+    EXPECT_EQ(place < sorted->count() && pivot->isEqual(sorted->objectAtIndex(place)),
+              array->containsObject(pivot));
+  }
+}
+
+TEST(ArrayAlgebra, DeepCopiesShareNothingThatChanges) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 100; ++round) {
+    auto tree = NSMutableArray::arrayWithObject(randomTree(random, 5));
+    const std::string before = to_string(tree);
+    auto settled = deepCopy(tree);
+    auto open = copyMutableContainers(tree);
+    EXPECT_TRUE(settled->isEqual(tree));
+    emptyEverywhere(open);
+    EXPECT_EQ(to_string(tree), before);
+    emptyEverywhere(tree);
+    emptyEverywhere(settled);
+    EXPECT_EQ(to_string(settled), before);
+  }
+}
+
+}  // namespace
+}  // namespace qz::test

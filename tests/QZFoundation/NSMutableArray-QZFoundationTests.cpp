@@ -1,0 +1,102 @@
+#include "QZFoundation/NSMutableArray-QZFoundation.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "Platform/Collections/NSEnumerator.h"
+#include "tests/support/Holding.h"
+#include "tests/support/Letters.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+/// Uses the primitives that it inherits, one by one.
+class Pile : public Derives<Pile, NSMutableArray> {
+ public:
+  static void describe(ClassDescription<Pile>& is) { is.named("Pile"); }
+};
+
+template <class Array>
+class MutableArrayOf : public ::testing::Test {
+ public:
+  static Ref<NSMutableArray> of(std::string_view text) {
+    Ref<NSMutableArray> array = make<Array>();
+    for (const auto& each : letters(text)) array->addObject(each);
+    return array;
+  }
+};
+using Kinds = ::testing::Types<NSMutableArray, Pile>;
+TYPED_TEST_SUITE(MutableArrayOf, Kinds);
+
+TYPED_TEST(MutableArrayOf, RemovesAtIndices) {
+  struct Case {
+    std::initializer_list<int> indices;
+    std::string left;
+  };
+  const Case cases[] = {{{}, "abcd"},     {{0, 2}, "bd"},   {{2, 0}, "bd"},     {{3, 1, 2, 0}, ""},
+                        {{1, 1}, "ad"},  // the one that moved there goes too
+                        {{0, 0, 1}, "d"}, {{0, 2, 2}, "b"}, {{0, 0, 0, 0}, ""}, {{1, 2, 1}, "a"}};
+  for (const Case& each : cases) {
+    auto array = this->of("abcd");
+    removeObjectsAtIndices(array, numbers(each.indices));
+    EXPECT_EQ(text(array), each.left) << numbers(each.indices);
+  }
+  auto array = this->of("abcd");
+  removeObjectsAtIndices(array, nullptr);
+  for (auto bad : {numbers({4}), numbers({0, -1}), numbers({3, 3}), numbers({2, 2, 2}),
+                   NSArray::arrayWithObject(NSNumber::numberWithDouble(-1e30))})
+    EXPECT_TRUE(raises(NSRangeException, [&] { removeObjectsAtIndices(array, bad); })) << bad;
+  EXPECT_EQ(text(array), "abcd");
+  // As 32-bit integers these stand in another order: 1 and 2.
+  removeObjectsAtIndices(
+      array, NSArray::arrayWithObjects(
+                 {NSNumber::numberWithInt(2), NSNumber::numberWithLongLong(1LL << 32 | 1)}));
+  EXPECT_EQ(text(array), "ac");
+}
+
+TYPED_TEST(MutableArrayOf, ReversesAndRefusesToReverseNothing) {
+  for (std::string each : {"a", "ab", "abc", "abcd", "abcde"}) {
+    auto array = this->of(each);
+    reverseOrder(array);
+    EXPECT_EQ(text(array), std::string(each.rbegin(), each.rend()));
+  }
+  EXPECT_TRUE(raises(NSRangeException, [&] { reverseOrder(this->of("")); }));
+}
+
+TYPED_TEST(MutableArrayOf, AddsFiltersAndSorts) {
+  auto array = this->of("quick");
+  addObjectsFromEnumerator(array, this->of("xyz")->reverseObjectEnumerator());
+  addObjectsFromEnumerator(array, nullptr);
+  EXPECT_EQ(text(array), "quickzyx");
+  sortByKey(array, "self"_ns);
+  insertObject_sortedBySelector(array, "m"_ns, "compare:"_sel);
+  EXPECT_EQ(text(array), "cikmquxyz");
+  filterObjectsWithSelector_object_matching(array, "isEqual:"_sel, "m"_ns, false);
+  filterObjectsWithSelector(array, "length"_sel);
+  EXPECT_EQ(text(array), "cikquxyz");
+  filterObjectsWithSelector_object(array, "isEqual:"_sel, "q"_ns);
+  EXPECT_EQ(text(array), "q");
+}
+
+TYPED_TEST(MutableArrayOf, IsAsItWasWhenAnElementRaises) {
+  auto array = this->of("ab");
+  array->addObject(NSNumber::numberWithInt(1));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { filterObjectsWithSelector(array, "hasPrefix:"_sel); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { sortByKey(array, "self"_ns); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { insertObject_sortedBySelector(array, nullptr, "compare:"_sel); }));
+  EXPECT_EQ(text(array), "ab1");
+  auto holder = make<Holder>(nullptr, 1);
+  holder->whenRead = [&] { array->addObject("c"_ns); };
+  array->addObject(holder);
+  EXPECT_TRUE(raises(NSGenericException, [&] {
+    array->filterUsingPredicate([&](NSObject* each) { return each == holder && holder->number(); });
+  }));
+  EXPECT_EQ(array->count(), 5u);
+}
+
+}  // namespace
+}  // namespace qz::test
