@@ -146,8 +146,21 @@ NSDictionary::Table NSDictionary::tableOf(const NSDictionary* other) {
 }
 
 NSDictionary::Table NSDictionary::tableOfCopies(const NSDictionary* other) {
-  Table table;
-  for (const auto& [key, value] : other) put(table, value->copy(), key);
+  return tableByMapping(other, [](NSObject*, NSObject* object) { return object->copy(); });
+}
+
+NSDictionary::Table NSDictionary::tableByMapping(
+    const NSDictionary* other,
+    const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform) {
+  if (!transform) detail::raise(NSInvalidArgumentException, "a Dictionary is mapped by nothing");
+  // Nobody else sees the copy while the function runs.
+  Table table = tableOf(other);
+  std::uint32_t position = 0;
+  while (DictionaryEntry* entry = table.next(position)) {
+    Ref<NSObject> object = transform(entry->key, entry->value);
+    refuseNil(object.get(), "a Dictionary's object is mapped to nil");
+    entry->value = std::move(object);
+  }
   return table;
 }
 
@@ -323,6 +336,11 @@ Ref<NSArray> NSDictionary::keysSortedByValueUsingComparator(
   detail::ArrayBuilder keys(order.size());
   for (const Pair* each : order) keys.add(each->key);
   return keys.finish();
+}
+
+Ref<NSDictionary> NSDictionary::dictionaryByMappingObjects(
+    const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform) const {
+  return with(tableByMapping(this, transform));
 }
 
 Ref<NSSet> NSDictionary::keysOfEntriesPassingTest(

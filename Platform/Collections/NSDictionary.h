@@ -139,6 +139,11 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   Ref<NSArray> keysSortedByValueUsingComparator(
       const std::function<NSComparisonResult(NSObject*, NSObject*)>& comparator) const;
 
+  /// The same keys, each with what `transform(key, object)` answers, asked in order. Looks no key
+  /// up. Raises NSInvalidArgumentException for nil.
+  Ref<NSDictionary> dictionaryByMappingObjects(
+      const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform) const;
+
   /// The keys for which `test(key, object)` is true, asked in order.
   Ref<NSSet> keysOfEntriesPassingTest(
       const std::function<bool(NSObject* key, NSObject* object)>& test) const;
@@ -187,6 +192,9 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   static Table tableOf(NSArray* objects, NSArray* keys);
   static Table tableOf(const NSDictionary* other);
   static Table tableOfCopies(const NSDictionary* other);
+  static Table tableByMapping(
+      const NSDictionary* other,
+      const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform);
   static Table tableOf(std::initializer_list<Entry> entries);
   static Table tableOfAlternating(NSObject* const* objectsAndKeys, std::size_t count);
 

@@ -53,6 +53,12 @@ Ref<NSMutableDictionary> NSMutableDictionary::initWithDictionary_copyItems(NSDic
   return with(copiesItems ? tableOfCopies(other) : tableOf(other));
 }
 
+Ref<NSMutableDictionary> NSMutableDictionary::dictionaryByMapping(
+    NSDictionary* other,
+    const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform) {
+  return with(tableByMapping(other, transform));
+}
+
 Ref<NSMutableDictionary> NSMutableDictionary::of(std::initializer_list<Entry> entries) {
   return with(tableOf(entries));
 }

@@ -46,6 +46,12 @@ class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
     return alternating(std::array<NSObject*, sizeof...(Objects)>{objectsAndKeys...});
   }
 
+  /// The keys of `other`, each with what `transform(key, object)` answers; see NSDictionary's
+  /// `dictionaryByMappingObjects`.
+  static Ref<NSMutableDictionary> dictionaryByMapping(
+      NSDictionary* other,
+      const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform);
+
   /// An empty Dictionary with room for `capacity` entries.
   static Ref<NSMutableDictionary> dictionaryWithCapacity(std::uint32_t capacity);
   static Ref<NSMutableDictionary> initWithCapacity(std::uint32_t capacity);

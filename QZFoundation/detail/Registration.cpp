@@ -1,8 +1,6 @@
 #include "QZFoundation/detail/Registration.h"
 
-#include "QZFoundation/QZDisk.h"
 #include "QZFoundation/QZIndexMap.h"
-#include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZVersionNumber.h"
 
 namespace qz {
@@ -19,13 +17,18 @@ void registerQZFoundation() {
   detail::registerNSEnumeratorQZFoundation();
   detail::registerNSArrayQZDelimitedText();
   detail::registerQZKeyPathArray();
+  detail::registerNSDictionaryQZFoundation();
+  detail::registerNSMutableDictionaryQZFoundation();
+  detail::registerNSSetQZFoundation();
+  detail::registerNSNumberQZFoundation();
+  detail::registerNSDateQZFoundation();
+  detail::registerNSIndexPathQZFoundation();
+  detail::registerNSObjectQZIndexPath();
   detail::registerNSStringQZFoundation();
   detail::registerNSMutableStringQZFoundation();
   detail::registerNSAttributedStringQZFoundation();
   detail::registerNSURLQZFoundation();
   classOf<QZVersionNumber>();
-  classOf<QZDisk>();
-  classOf<QZPathIndexer>();
   detail::registerNSBundleQZFoundation();
   detail::registerNSTaskQZFoundation();
   detail::registerNSDataQZFoundation();

@@ -31,6 +31,13 @@ void registerNSSortDescriptorQZFoundation();
 void registerNSStringQZSearch();
 void registerNSStringQZFoundation();
 void registerNSTaskQZFoundation();
+void registerNSDictionaryQZFoundation();
+void registerNSMutableDictionaryQZFoundation();
+void registerNSSetQZFoundation();
+void registerNSNumberQZFoundation();
+void registerNSDateQZFoundation();
+void registerNSIndexPathQZFoundation();
+void registerNSObjectQZIndexPath();
 void registerNSURLQZFoundation();
 void registerQZKeyPathArray();
 }  // namespace detail

@@ -15,36 +15,11 @@
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSMutableString.h"
 #include "tests/Platform/Collections/HashedKeys.h"
+#include "tests/support/ListDictionary.h"
 #include "tests/support/Raises.h"
 
 namespace qz::test {
 namespace {
-
-using Entries = std::initializer_list<NSDictionary::Entry>;
-
-/// A Dictionary of an application that keeps its entries in a list.
-class ListDictionary : public Derives<ListDictionary, NSDictionary> {
- public:
-  static void describe(ClassDescription<ListDictionary>& is) { is.named("ListDictionary"); }
-
-  explicit ListDictionary(Entries entries) {
-    for (const auto& [key, object] : entries) entries_.emplace_back(key, object);
-  }
-  std::uint32_t count() const override { return static_cast<std::uint32_t>(entries_.size()); }
-  Ref<NSObject> objectForKey(NSObject* wanted) const override {
-    for (const auto& [key, object] : entries_)
-      if (key->isEqual(wanted)) return object;
-    return nullptr;
-  }
-  Ref<NSEnumerator> keyEnumerator() const override {
-    return NSEnumerator::enumeratorWithBlock([this, i = std::size_t{0}]() mutable {
-      return i < entries_.size() ? entries_[i++].first : nullptr;
-    });
-  }
-
- private:
-  std::vector<std::pair<Ref<NSObject>, Ref<NSObject>>> entries_;
-};
 
 struct Immutable {
   static Ref<NSDictionary> of(Entries entries) { return NSDictionary::of(entries); }

@@ -1,0 +1,33 @@
+/// @file
+/// Dates as seconds and nanoseconds.
+#pragma once
+
+#include <time.h>
+
+#include <cstdint>
+
+#include "Platform/Values/NSDate.h"
+#include "QZFoundation/detail/Registration.h"
+
+namespace qz {
+
+/// Whole seconds since 1970 and the nanoseconds behind them, 32 bits each: from 1901 to 2038. The
+/// system's own `::timespec` has more.
+struct QZTimespec {
+  std::int32_t tv_sec = 0;
+  std::int32_t tv_nsec = 0;
+
+  operator ::timespec() const noexcept { return {tv_sec, tv_nsec}; }  // NOLINT
+  friend constexpr bool operator==(QZTimespec, QZTimespec) noexcept = default;
+};
+
+/// Seconds and nanoseconds after 1970, of either kind.
+Ref<NSDate> dateWithTimespec(QZTimespec time);
+Ref<NSDate> dateWithTimespec(const ::timespec& time);
+
+/// The seconds rounded down, so that nanoseconds are never negative; these are cut off. A Date
+/// beyond the range of either is at the nearest value it has; "not a number" is 0. For Dates of any
+/// range, use NSDate's `timePoint`.
+QZTimespec timespec(NSDate* self);
+
+}  // namespace qz

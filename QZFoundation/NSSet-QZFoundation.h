@@ -1,0 +1,14 @@
+/// @file
+/// Sets: compared with what an enumerator walks over.
+#pragma once
+
+#include "Platform/Collections/NSSet.h"
+#include "QZFoundation/detail/Registration.h"
+
+namespace qz {
+
+/// Whether all Objects that are left in `enumerator` are members; stops at the first that is not.
+/// True when there are none.
+bool containsObjectsFromEnumerator(NSSet* self, NSEnumerator* enumerator);
+
+}  // namespace qz

@@ -1,0 +1,263 @@
+// What the library adds to Dictionaries, for every class of them.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSMutableString.h"
+#include "Platform/Values/NSNumber.h"
+#include "QZFoundation/NSDictionary-QZFoundation.h"
+#include "QZFoundation/NSMutableDictionary-QZFoundation.h"
+#include "tests/support/ListDictionary.h"
+#include "tests/support/Person.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+struct Plain {
+  static Ref<NSDictionary> of(Entries entries) { return NSDictionary::of(entries); }
+};
+struct Mutable {
+  static Ref<NSDictionary> of(Entries entries) { return NSMutableDictionary::of(entries); }
+};
+struct OfTheApplication {
+  static Ref<NSDictionary> of(Entries entries) { return make<ListDictionary>(entries); }
+};
+
+template <class Kind>
+class EveryDictionary : public testing::Test {};
+using Kinds = testing::Types<Plain, Mutable, OfTheApplication>;
+TYPED_TEST_SUITE(EveryDictionary, Kinds);
+
+Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
+
+// Entries in one line, nested ones too.
+std::string text(NSObject* object) {
+  if (auto* dictionary = as<NSDictionary>(object)) {
+    std::string all;
+    for (const auto& [key, value] : *dictionary) all += to_string(key) + ":" + text(value) + " ";
+    return "{" + all + "}";
+  }
+  if (auto* array = as<NSArray>(object)) {
+    std::string all;
+    for (NSObject* each : *array) all += text(each) + " ";
+    return "(" + all + ")";
+  }
+  return to_string(object);
+}
+
+TYPED_TEST(EveryDictionary, IsTurnedRound) {
+  auto d = TypeParam::of({{"a"_ns, number(1)}, {"b"_ns, number(2)}, {"c"_ns, number(1)}});
+  EXPECT_EQ(text(inverseDictionary(d)), "{1:c 2:b }");
+  EXPECT_EQ(text(inverseDictionary(inverseDictionary(d))), "{c:1 b:2 }");
+  EXPECT_EQ(text(send<Ref<NSObject>>(TypeParam::of({}), "inverseDictionary"_sel)), "{}");
+}
+
+/// Equal to everything when it is asked, and to nothing when it is the argument.
+class Yes : public Derives<Yes, NSObject> {
+ public:
+  static void describe(ClassDescription<Yes>& is) { is.named("Yes"); }
+  bool isEqual(NSObject*) const override { return true; }
+};
+
+TYPED_TEST(EveryDictionary, KnowsItsObjects) {
+  auto d = TypeParam::of({{"a"_ns, number(1)}, {"b"_ns, "text"_ns}});
+  EXPECT_TRUE(containsObject(d, NSNumber::of(1.0)));
+  EXPECT_FALSE(containsObject(d, "a"_ns));
+  EXPECT_FALSE(containsObject(d, nullptr));
+  // The value is the one that is asked.
+  EXPECT_FALSE(containsObject(d, make<Yes>()));
+  EXPECT_TRUE(containsObject(TypeParam::of({{"a"_ns, make<Yes>()}}), "other"_ns));
+  EXPECT_EQ(text(allObjects(d)), "(1 text )");
+  EXPECT_EQ(text(send<Ref<NSObject>>(d, "allObjects"_sel)), "(1 text )");
+}
+
+TYPED_TEST(EveryDictionary, ReadsScalars) {
+  auto d = TypeParam::of({{"one"_ns, number(1)},
+                          {"none"_ns, number(0)},
+                          {"half"_ns, NSNumber::of(0.5)},
+                          {"huge"_ns, NSNumber::of(1e18)},
+                          {"words"_ns, "42 of them"_ns},
+                          {number(7), "YES"_ns}});
+  const struct {
+    Ref<NSObject> key;
+    bool truth;
+    int integer;
+  } cases[] = {{"one"_ns, true, 1},  {"none"_ns, false, 0},
+               {"half"_ns, true, 0}, {"huge"_ns, true, 2147483647},
+               {number(7), true, 0}, {"absent"_ns, false, 0},
+               {nullptr, false, 0}};
+  for (const auto& each : cases) {
+    EXPECT_EQ(boolForKey(d, each.key), each.truth) << each.key;
+    EXPECT_EQ(integerForKey(d, each.key), each.integer) << each.key;
+  }
+  EXPECT_EQ(integerForKey(d, "words"_ns), 42);
+  auto wrong = TypeParam::of({{"date"_ns, make<Yes>()}});
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { boolForKey(wrong, "date"_ns); }));
+}
+
+/// Counts how often it is asked for a value.
+class Asked : public Derives<Asked, NSObject> {
+ public:
+  explicit Asked(int& count) : count_(count) {}
+  static void describe(ClassDescription<Asked>& is) { is.named("Asked"); }
+  Ref<NSObject> valueForUndefinedKey(NSString*) override {
+    ++count_;
+    return "value"_ns;
+  }
+
+ private:
+  int& count_;
+};
+
+TYPED_TEST(EveryDictionary, AnswersNilWhateverMatches) {
+  auto ann = make<Person>("Ann"_ns, 30), bob = make<Person>("Bob"_ns, 40);
+  auto d = TypeParam::of({{"stranger"_ns, make<Yes>()}, {"ann"_ns, ann}, {"bob"_ns, bob}});
+  EXPECT_FALSE(objectMatchingValue_forKey(d, "Ann"_ns, "name"_ns));
+  EXPECT_FALSE(objectMatchingValue_forKeyPath(d, number(3), "name.length"_ns));
+  for (const char* name : {"keyOfObjectMatchingValue:forKeyPath:usingSelector:",
+                           "objectMatchingValue:forKeyPath:usingSelector:"})
+    EXPECT_FALSE(
+        send<Ref<NSObject>>(d, Selector::named(name), "Bob"_ns, "name"_ns, "isEqual:"_sel));
+  // It walks as far as the first match, and only an unknown key is passed over.
+  int asked = 0;
+  auto counting = make<Asked>(asked);
+  auto many = TypeParam::of({{"1"_ns, counting}, {"2"_ns, counting}, {"3"_ns, counting}});
+  keyOfObjectMatchingValue_forKeyPath_usingSelector(many, "value"_ns, "key"_ns, "isEqual:"_sel);
+  EXPECT_EQ(asked, 2);  // once for nothing and once for the answer
+  keyOfObjectMatchingValue_forKeyPath_usingSelector(many, "other"_ns, "key"_ns, "isEqual:"_sel);
+  EXPECT_EQ(asked, 2 + 6);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
+    keyOfObjectMatchingValue_forKeyPath_usingSelector(d, "Ann"_ns, "name"_ns, "unknown:"_sel);
+  }));
+}
+
+TYPED_TEST(EveryDictionary, GivesTheMatchingEntries) {
+  auto ann = make<Person>("Ann"_ns, 30), bob = make<Person>(nullptr, 30);
+  auto d = TypeParam::of({{"ann"_ns, ann}, {"bob"_ns, bob}});
+  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, NSNumber::of(30.0), "age"_ns)->count(), 2u);
+  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, "Ann"_ns, "name"_ns)->objectForKey("ann"_ns),
+            ann);
+  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, nullptr, "name"_ns)->objectForKey("bob"_ns),
+            bob);
+  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, make<Yes>(), "name"_ns)->count(), 2u);
+  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, "Bob"_ns, "name"_ns)->count(), 0u);
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] {
+    dictionaryByMatchingValue_forKeyPath(d, number(3), "name.length"_ns);  // one key, no path
+  }));
+}
+
+TYPED_TEST(EveryDictionary, DerivesOthers) {
+  auto d = TypeParam::of({{"a"_ns, number(1)}, {"b"_ns, number(2)}});
+  auto keys = NSArray::arrayWithObjects({"b"_ns, "x"_ns, "a"_ns, "b"_ns});
+  EXPECT_EQ(text(dictionaryWithObjectsForKeys(d, keys->objectEnumerator())), "{b:2 a:1 }");
+  EXPECT_EQ(text(dictionaryWithObjectsForKeys(d, nullptr)), "{}");
+
+  EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4), "a"_ns)),
+            "{a:4 b:2 c:3 }");
+  NSObject* const nothing = nullptr;
+  EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4), nothing,
+                                                  number(5), "e"_ns)),
+            "{a:1 b:2 c:3 }");
+  EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, nothing, "c"_ns)), "{a:1 b:2 }");
+  EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4))),
+            "{a:1 b:2 c:3 }");
+  EXPECT_EQ(text(send<Ref<NSObject>>(d, "dictionaryByAddingObjectsAndKeys:"_sel,
+                                     NSArray::arrayWithObjects({number(3), "c"_ns}))),
+            "{a:1 b:2 c:3 }");
+  EXPECT_EQ(d->count(), 2u);
+}
+
+TYPED_TEST(EveryDictionary, CopiesWholeTrees) {
+  auto name = NSMutableString::stringWithString("name"_ns);
+  auto inner = NSMutableDictionary::of({{"name"_ns, name}});
+  auto list = NSMutableArray::arrayWithObjects({inner, name});
+  auto d = TypeParam::of({{"inner"_ns, inner}, {"list"_ns, list}, {"name"_ns, name}});
+  const std::string before = text(d);
+
+  auto frozen = as<NSDictionary>(deepCopy(d));
+  auto thawed = as<NSMutableDictionary>(copyMutableContainers(d));
+  ASSERT_TRUE(frozen && thawed);
+  name->appendString("!"_ns);
+  inner->setObject_forKey(number(1), "new"_ns);
+  EXPECT_EQ(text(frozen), before);
+  EXPECT_EQ(text(thawed), before);
+
+  EXPECT_FALSE(isKind<NSMutableDictionary>(frozen.get()));
+  EXPECT_FALSE(isKind<NSMutableDictionary>(frozen->objectForKey("inner"_ns)));
+  EXPECT_FALSE(isKind<NSMutableString>(frozen->valueForKeyPath("inner.name"_ns)));
+  as<NSMutableDictionary>(thawed->objectForKey("inner"_ns))->removeAllObjects();
+  as<NSMutableArray>(thawed->objectForKey("list"_ns))->removeLastObject();
+  EXPECT_FALSE(isKind<NSMutableString>(thawed->objectForKey("name"_ns)));
+  EXPECT_EQ(inner->count(), 2u);
+  EXPECT_EQ(list->count(), 2u);
+
+  for (const char* copying : {"deepCopy", "copyMutableContainers"}) {
+    const auto copy = send<Ref<NSObject>>(TypeParam::of({}), Selector::named(copying));
+    EXPECT_EQ(text(copy), "{}");
+    EXPECT_EQ(isKind<NSMutableDictionary>(copy), copying[0] == 'c');
+  }
+}
+
+TEST(NSDictionaryQZFoundation, RefusesToCopyWithoutEnd) {
+  auto cycle = make<NSMutableDictionary>();
+  auto list = NSMutableArray::arrayWithObject(cycle);
+  cycle->setObject_forKey(list, "list"_ns);
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { deepCopy(cycle); }));
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { copyMutableContainers(list); }));
+  list->removeAllObjects();
+  EXPECT_EQ(text(deepCopy(cycle)), "{list:() }");
+  Ref<NSDictionary> chain = NSDictionary::dictionary();
+  for (int i = 0; i < 900; ++i) chain = NSDictionary::of({{"next"_ns, chain}});
+  EXPECT_TRUE(deepCopy(chain)->isEqual(chain));
+}
+
+TEST(NSMutableDictionaryQZFoundation, MergesWhatBothHave) {
+  auto d = NSMutableDictionary::of({{"x"_ns, number(1)}, {"mine"_ns, number(7)}});
+  mergeWithDictionary_usingSelector(
+      d, make<ListDictionary>(Entries{{"x"_ns, number(2)}, {"y"_ns, number(3)}}),
+      "numberByAddingNumber:"_sel);
+  EXPECT_EQ(text(d), "{x:3 mine:7 }");
+  mergeWithDictionary_usingSelector(d, nullptr, "numberByAddingNumber:"_sel);
+  mergeWithDictionary_usingSelector(d, d, "numberByAddingNumber:"_sel);
+  EXPECT_EQ(text(d), "{x:6 mine:14 }");
+  // A nil answer removes the entry: here, what nobody is under "partner".
+  auto people = NSMutableDictionary::of({{"ann"_ns, make<Person>("Ann"_ns)}, {"n"_ns, number(1)}});
+  mergeWithDictionary_usingSelector(people, NSDictionary::of({{"ann"_ns, "partner"_ns}}),
+                                    "valueForKey:"_sel);
+  EXPECT_EQ(text(people), "{n:1 }");
+  auto scalar = [&] {
+    mergeWithDictionary_usingSelector(d, NSDictionary::dictionaryWithDictionary(d), "compare:"_sel);
+  };
+  EXPECT_TRUE(raises(NSInvalidArgumentException, scalar));
+  EXPECT_EQ(text(d), "{x:6 mine:14 }");
+}
+
+TEST(NSMutableDictionaryQZFoundation, MergedWithItselfMayLoseAllEntries) {
+  auto ann = make<Person>("partner"_ns);
+  auto d = NSMutableDictionary::of({{"a"_ns, "uppercase"_ns}, {"b"_ns, "uppercase"_ns}});
+  EXPECT_TRUE(raises(NSUndefinedKeyException,
+                     [&] { mergeWithDictionary_usingSelector(d, d, "valueForKey:"_sel); }));
+  auto empty = NSDictionary::dictionary();
+  auto none = NSMutableDictionary::of({{"a"_ns, empty}, {"b"_ns, empty}});
+  mergeWithDictionary_usingSelector(none, none, "objectForKey:"_sel);
+  EXPECT_EQ(none->count(), 0u);
+}
+
+TEST(NSMutableDictionaryQZFoundation, RemovesAndSetsValues) {
+  auto d = NSMutableDictionary::of(
+      {{"a"_ns, number(1)}, {"b"_ns, number(2)}, {"c"_ns, NSNumber::of(1.0)}});
+  removeObject(d, number(1));
+  EXPECT_EQ(text(d), "{b:2 }");
+  removeObject(d, nullptr);
+  setInteger_forKey(d, -5, "n"_ns);
+  send<void>(d, "setInteger:forKey:"_sel, 6, number(1));
+  EXPECT_EQ(text(d), "{b:2 n:-5 1:6 }");
+  EXPECT_EQ(as<NSNumber>(d->objectForKey("n"_ns))->kind(), NumberKind::Int);
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { setInteger_forKey(d, 1, nullptr); }));
+}
+
+}  // namespace
+}  // namespace qz::test

@@ -1,0 +1,130 @@
+// Index paths, and the trees they lead through.
+#include "QZFoundation/NSIndexPath-QZFoundation.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "Platform/Values/NSString.h"
+#include "QZFoundation/NSObject-QZIndexPath.h"
+#include "tests/support/Raises.h"
+
+namespace qz {
+namespace {
+
+using test::raises;
+using Children = std::initializer_list<NSObject*>;
+
+Ref<NSIndexPath> path(std::initializer_list<std::uint32_t> indexes) {
+  return NSIndexPath::indexPathWithIndexes(indexes);
+}
+
+TEST(NSIndexPathQZFoundation, JoinsAndShortens) {
+  EXPECT_EQ(to_string(indexPathByAppendingPath(path({1, 2}), path({3}))), "1.2.3");
+  EXPECT_EQ(to_string(indexPathByAppendingPath(path({}), path({3, 0}))), "3.0");
+  EXPECT_EQ(to_string(indexPathByAppendingPath(path({1}), nullptr)), "1");
+  EXPECT_EQ(to_string(indexPathByRemovingFirstIndex(path({1, 2, 3}))), "2.3");
+  EXPECT_EQ(indexPathByRemovingFirstIndex(path({1}))->length(), 0u);
+  EXPECT_EQ(send<Ref<NSIndexPath>>(path({}), "indexPathByRemovingFirstIndex"_sel)->length(), 0u);
+}
+
+Ref<NSDictionary> node(NSObject* name, Children children) {
+  return NSDictionary::dictionaryWithObjectsAndKeys(NSArray::arrayWithObjects(children),
+                                                    "children"_ns, name, "name"_ns);
+}
+
+// root ( a ( a1 a2 ), nameless ( b1 ), a ( a3 ) )
+Ref<NSDictionary> tree() {
+  return node("root"_ns, {node("a"_ns, {node("a1"_ns, {}), node("a2"_ns, {})}),
+                          node(nullptr, {node("b1"_ns, {})}), node("a"_ns, {node("a3"_ns, {})})});
+}
+
+std::string text(NSObject* array) {
+  return as<NSArray>(array)->componentsJoinedByString(" "_ns)->UTF8String();
+}
+
+TEST(NSObjectQZIndexPath, ReadsTheValuesAlongAPath) {
+  const struct {
+    Ref<NSIndexPath> path;
+    const char* values;
+  } cases[] = {
+      {path({}), ""},
+      {path({0, 1}), "a a2"},
+      {path({0, 2}), "a <null>"},
+      {path({2, 0, 0, 0, 0}), "a a3 <null>"},
+      {path({4294967295u, 0}), "<null>"},
+      {path({1, 0}), "<null> b1"},
+      {nullptr, ""},
+  };
+  auto root = tree();
+  for (const auto& each : cases)
+    EXPECT_EQ(text(valuePathForIndexPath_valueKeyPath_childKey(root, each.path, "name"_ns,
+                                                               "children"_ns)),
+              each.values)
+        << each.path;
+  EXPECT_EQ(text(valuePathForIndexPath_valueKeyPath_childKey(nullptr, path({1}), "name"_ns,
+                                                             "children"_ns)),
+            "");
+  EXPECT_EQ(text(valuePathForIndexPath_valueKeyPath_childKey(root, path({0, 0}), "name.length"_ns,
+                                                             "children"_ns)),
+            "1 2");
+  auto all = valuePathsForIndexPaths_valueKeyPath_childKey(
+      root, NSArray::arrayWithObjects({path({0}), path({0, 9}), path({})}), "name"_ns,
+      "children"_ns);
+  ASSERT_EQ(all->count(), 3u);
+  EXPECT_EQ(text(all->objectAtIndex(1)), "a <null>");
+}
+
+TEST(NSObjectQZIndexPath, FindsThePathOfValues) {
+  auto root = tree();
+  const auto found = [&](Children values) {
+    return to_string(send<Ref<NSIndexPath>>(root, "indexPathForValues:valueKeyPath:childKey:"_sel,
+                                            NSArray::arrayWithObjects(values).get(), "name"_ns,
+                                            "children"_ns));
+  };
+  EXPECT_EQ(found({}), "");
+  EXPECT_EQ(found({"a"_ns, "a2"_ns}), "0.1");
+  EXPECT_EQ(found({"a"_ns, "a3"_ns}), "(null)");  // the first child of that name decides
+  EXPECT_EQ(found({"a"_ns, "a1"_ns, "x"_ns}), "(null)");
+  EXPECT_EQ(found({NSNull::null(), "b1"_ns}), "(null)");  // nil is not Null
+  auto wanted = NSArray::arrayWithObjects({NSArray::arrayWithObject("x"_ns),
+                                           NSArray::arrayWithObjects({"a"_ns, "a1"_ns}),
+                                           NSArray::array(), NSArray::arrayWithObject("y"_ns)});
+  auto paths =
+      indexPathsForValuePaths_valueKeyPath_childKey(root, wanted, "name"_ns, "children"_ns);
+  EXPECT_EQ(text(paths), "0.0 ");  // two of four, the second one empty
+  EXPECT_EQ(paths->count(), 2u);
+}
+
+TEST(NSObjectQZIndexPath, EndsInTreesThatAreNone) {
+  auto loop = NSMutableDictionary::of({{"name"_ns, "again"_ns}});
+  loop->setObject_forKey(NSArray::arrayWithObject(loop), "children"_ns);
+  std::vector<std::uint32_t> zeros(5000);
+  const auto deep = NSIndexPath::indexPathWithIndexes(std::span(zeros));
+  auto values = valuePathForIndexPath_valueKeyPath_childKey(loop, deep, "name"_ns, "children"_ns);
+  EXPECT_EQ(values->count(), 5000u);
+  EXPECT_TRUE(indexPathForValues_valueKeyPath_childKey(loop, values, "name"_ns, "children"_ns)
+                  ->isEqual(deep));
+  loop->removeAllObjects();
+
+  auto leaf = NSDictionary::of({{"name"_ns, "leaf"_ns}});
+  EXPECT_EQ(
+      text(valuePathForIndexPath_valueKeyPath_childKey(leaf, path({0}), "name"_ns, "children"_ns)),
+      "<null>");
+  EXPECT_FALSE(indexPathForValues_valueKeyPath_childKey(leaf, values, "name"_ns, "children"_ns));
+  EXPECT_TRUE(raises(
+      NSInvalidArgumentException,
+      [&] { valuePathForIndexPath_valueKeyPath_childKey(leaf, path({0}), "name"_ns, "name"_ns); },
+      {"NSString"}));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] {
+    valuePathForIndexPath_valueKeyPath_childKey("text"_ns, path({0}), "name"_ns, "children"_ns);
+  }));
+}
+
+}  // namespace
+}  // namespace qz
