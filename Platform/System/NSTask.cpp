@@ -62,10 +62,10 @@ std::vector<std::string> environmentOf(NSDictionary* environment) {
 }
 
 /// The handle that the program gets of a stream: of a pipe its far end.
-NSFileHandle* farEnd(NSObject* stream, std::size_t index) {
+Ref<NSFileHandle> farEnd(NSObject* stream, std::size_t index) {
   NSPipe* pipe = as<NSPipe>(stream);
   if (pipe == nullptr) return as<NSFileHandle>(stream);
-  return index == 0 ? pipe->fileHandleForReading().get() : pipe->fileHandleForWriting().get();
+  return index == 0 ? pipe->fileHandleForReading() : pipe->fileHandleForWriting();
 }
 
 }  // namespace

@@ -206,7 +206,11 @@ void NSTimeZone::setDefaultTimeZone(NSTimeZone* zone) {
 const NSTimeZone& NSTimeZone::inForce() {
   const NSTimeZone* zone = processZone.load(std::memory_order_acquire);
   if (zone == nullptr) zone = machineZone.load(std::memory_order_acquire);
-  return zone != nullptr ? *zone : *systemTimeZone().get();
+  if (zone == nullptr) {
+    const Ref<NSTimeZone> found = systemTimeZone();  // which is kept for ever
+    zone = found.get();
+  }
+  return *zone;
 }
 
 Ref<NSTimeZone> NSTimeZone::localTimeZone() { return defaultTimeZone(); }

@@ -1,6 +1,8 @@
 #include "QZFoundation/detail/Registration.h"
 
+#include "QZFoundation/QZDisk.h"
 #include "QZFoundation/QZIndexMap.h"
+#include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZVersionNumber.h"
 
 namespace qz {
@@ -29,6 +31,8 @@ void registerQZFoundation() {
   detail::registerNSAttributedStringQZFoundation();
   detail::registerNSURLQZFoundation();
   classOf<QZVersionNumber>();
+  classOf<QZDisk>();
+  classOf<QZPathIndexer>();
   detail::registerNSBundleQZFoundation();
   detail::registerNSTaskQZFoundation();
   detail::registerNSDataQZFoundation();

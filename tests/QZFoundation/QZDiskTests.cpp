@@ -1,0 +1,113 @@
+#include "QZFoundation/QZDisk.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Runtime/Send.h"
+#include "tests/support/MountTable.h"
+
+namespace qz::test {
+namespace {
+
+constexpr const char* mounts =
+    "20 1 0:5 / /dev rw - devtmpfs udev rw\n"
+    "27 1 254:0 / / rw,relatime - ext4 /dev/vda rw\n"
+    "28 27 8:1 / /Volumes/Data rw - vfat /dev/sda1 rw\n"
+    "29 27 0:40 / /Volumes/Data/Inner rw - nfs server:/export rw\n"
+    "30 27 0:41 / /VolumesX rw - tmpfs tmpfs rw\n"
+    "31 27 0:42 / /home rw - ext4 /dev/vdb rw\n";
+
+std::string mountPath(QZDisk* disk) {
+  return disk != nullptr ? disk->mountPath()->UTF8String() : "nil";
+}
+
+TEST(QZDisk, ListsTheRootAndWhatBeginsWithVolumes) {
+  const MountTable table(mounts);
+  EXPECT_EQ(to_string(QZDisk::mountedDisks()
+                          ->valueForKey("mountPath"_ns)
+                          ->performSelector_withObject("componentsJoinedByString:"_sel, " "_ns)
+                          .object()),
+            "/ /Volumes/Data /Volumes/Data/Inner /VolumesX");
+}
+
+TEST(QZDisk, FoundByItsMountPathAlone) {
+  const MountTable table(mounts);
+  EXPECT_EQ(mountPath(QZDisk::diskForMountPath("/Volumes/Data"_ns)), "/Volumes/Data");
+  EXPECT_EQ(mountPath(QZDisk::diskForMountPath("/home"_ns)), "/home");
+  EXPECT_EQ(QZDisk::diskForMountPath("/Volumes/Data/folder"_ns), nullptr);
+  EXPECT_EQ(QZDisk::diskForMountPath("/Volumes/Data/"_ns), nullptr);
+  EXPECT_EQ(QZDisk::diskForMountPath(nullptr), nullptr);
+  EXPECT_EQ(QZDisk::diskForMountPath(NSString::stringWithCharacters({u"/\0x", 3})), nullptr);
+}
+
+TEST(QZDisk, FoundByAFilePathThatTheMountPathBeginsWith) {
+  const MountTable table(mounts);
+  const std::pair<NSString*, const char*> cases[] = {
+      {"/"_ns, "/"},
+      {"/Volumes"_ns, "/Volumes/Data"},
+      {"/Vol"_ns, "/Volumes/Data"},
+      {"/Volumes/Data"_ns, "/Volumes/Data"},
+      {"/Volumes/Data/I"_ns, "/Volumes/Data/Inner"},
+      {"/VolumesX"_ns, "/VolumesX"},
+      {"/Volumes/Data/file"_ns, "nil"},
+      {"/etc/passwd"_ns, "nil"},
+      {"/home"_ns, "nil"},
+      {""_ns, "nil"},
+      {nullptr, "nil"},
+  };
+  for (const auto& [path, expected] : cases)
+    EXPECT_EQ(mountPath(QZDisk::diskForFilePath(path)), expected) << path;
+}
+
+TEST(QZDisk, TellsWhatTheTableAndTheVolumeSay) {
+  MountTable table(mounts);
+  table.setAttributes("/Volumes/Data", {"Dätä", 1000, 2000});
+  table.setFreeBytes("/Volumes/Data", 5'000'000'000);
+  auto disk = QZDisk::diskForMountPath("/Volumes/Data"_ns);
+  EXPECT_TRUE(equal(disk->devicePath(), "/dev/sda1"_ns));
+  EXPECT_EQ(disk->volumeName()->UTF8String(), std::string("Dätä\0", 7));
+  EXPECT_TRUE(equal(disk->creationDate(), NSDate::dateWithTimeIntervalSince1970(1000)));
+  EXPECT_TRUE(equal(disk->modificationDate(), NSDate::dateWithTimeIntervalSince1970(2000)));
+  EXPECT_EQ(disk->availableFreeSpace(), 5'000'000'000);
+  EXPECT_EQ(disk->fileSystemID(), (QZFileSystemID{8, 1}));
+  EXPECT_TRUE(disk->isMounted());
+  EXPECT_TRUE(disk->ignoresPermissions());
+  EXPECT_TRUE(disk->isLocalVolume());
+  EXPECT_TRUE(disk->getAttrInfoCached());
+  EXPECT_FALSE(disk->isWritable());
+  EXPECT_FALSE(disk->isRemovable());
+  EXPECT_TRUE(send<bool>(disk, "isLocalVolume"_sel));
+  EXPECT_EQ(send<QZFileSystemID>(disk, "fileSystemID"_sel), disk->fileSystemID());
+  table.setFreeBytes("/Volumes/Data", std::numeric_limits<std::uint64_t>::max());
+  EXPECT_EQ(disk->availableFreeSpace(), std::numeric_limits<std::int64_t>::max());
+
+  // A volume that says nothing, on another machine.
+  auto remote = QZDisk::diskForMountPath("/Volumes/Data/Inner"_ns);
+  EXPECT_FALSE(remote->isLocalVolume());
+  EXPECT_FALSE(remote->ignoresPermissions());
+  EXPECT_EQ(remote->volumeName(), nullptr);
+  EXPECT_EQ(remote->creationDate(), nullptr);
+  EXPECT_TRUE(remote->getAttrInfoCached());
+  EXPECT_EQ(remote->availableFreeSpace(), 0);
+}
+
+TEST(QZDisk, NothingWhereTheSystemRefuses) {
+  MountTable table(mounts);
+  table.fail();
+  EXPECT_EQ(QZDisk::mountedDisks(), nullptr);
+  EXPECT_EQ(QZDisk::diskForMountPath("/"_ns), nullptr);
+  EXPECT_EQ(QZDisk::diskForFilePath("/"_ns), nullptr);
+}
+
+TEST(QZDisk, OfTheMachine) {
+  const auto root = QZDisk::diskForMountPath("/"_ns);
+  ASSERT_NE(root, nullptr);
+  EXPECT_GT(root->availableFreeSpace(), 0);
+  EXPECT_EQ(mountPath(QZDisk::diskForFilePath("/"_ns)), "/");
+}
+
+}  // namespace
+}  // namespace qz::test
