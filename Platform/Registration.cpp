@@ -10,6 +10,11 @@
 #include "Platform/Collections/NSPredicate.h"
 #include "Platform/Collections/NSSet.h"
 #include "Platform/Collections/NSSortDescriptor.h"
+#include "Platform/Concurrency/NSLock.h"
+#include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/Concurrency/NSRunLoop.h"
+#include "Platform/Concurrency/NSThread.h"
+#include "Platform/Concurrency/detail/NSObjectThreads.h"
 #include "Platform/Runtime/NSAssertionHandler.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/NSInvocation.h"
@@ -84,6 +89,17 @@ void registerPlatform() {
   mention<NSSortDescriptor>();
   mention<NSPredicate>();
   mention<NSError>();
+  mention<NSNotification>();
+  mention<NSNotificationCenter>();
+  mention<NSNotificationToken>();
+  mention<NSLock>();
+  mention<NSRecursiveLock>();
+  mention<NSCondition>();
+  mention<NSConditionLock>();
+  mention<NSThread>();
+  mention<NSRunLoop>();
+  mention<NSTimer>();
+  detail::registerNSObjectThreads();
   mention<NSBundle>();
   mention<NSPropertyListSerialization>();
   mention<NSPropertyListUID>();

@@ -23,6 +23,7 @@ class NSInvocation;
 class NSMethodSignature;
 class NSMutableArray;
 class NSString;
+class NSThread;
 class Reply;
 template <class T>
 class ClassDescription;
@@ -109,6 +110,39 @@ class NSObject {
 
   /// Raises NSInvalidArgumentException with the class and the Selector in the reason.
   [[noreturn]] virtual void doesNotRecognizeSelector(Selector selector) const;
+
+  // On other threads, and later; see NSRunLoop.h. Receiver and argument are kept meanwhile.
+
+  /// Sends `selector` on the main thread, in the common modes of its loop or in those given, and
+  /// waits until that is done if asked to. On the main thread a call that waits is sent at once,
+  /// one that does not in the loop's next turn. What the operation answers is dropped; what it
+  /// throws reaches a caller that waits, and else whoever runs the loop. A loop that ends first
+  /// raises NSRunLoopEndedException in callers that wait.
+  void performSelectorOnMainThread_withObject_waitUntilDone(Selector selector, NSObject* object,
+                                                            bool wait);
+  void performSelectorOnMainThread_withObject_waitUntilDone_modes(Selector selector,
+                                                                  NSObject* object, bool wait,
+                                                                  NSArray* modes);
+
+  /// The same on another thread, when it runs its loop.
+  void performSelector_onThread_withObject_waitUntilDone(Selector selector, NSThread* thread,
+                                                         NSObject* object, bool wait);
+
+  /// Sends `selector` on a new thread.
+  void performSelectorInBackground_withObject(Selector selector, NSObject* object);
+
+  /// Sends `selector` on this thread when its loop has run for so long, in the default mode or in
+  /// those given.
+  void performSelector_withObject_afterDelay(Selector selector, NSObject* object, double seconds);
+  void performSelector_withObject_afterDelay_inModes(Selector selector, NSObject* object,
+                                                     double seconds, NSArray* modes);
+
+  /// Forgets what this thread was to send to `target` after a delay: everything, or what has this
+  /// Selector and an equal argument.
+  static void cancelPreviousPerformRequestsWithTarget(NSObject* target);
+  static void cancelPreviousPerformRequestsWithTarget_selector_object(NSObject* target,
+                                                                      Selector selector,
+                                                                      NSObject* object);
 
   // Key-value access; see KeyValueCoding.h for the order in which a key is resolved.
 

@@ -1,0 +1,154 @@
+#include "Platform/Concurrency/NSLock.h"
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <thread>
+
+#include "Platform/Concurrency/ObjectLock.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSDate.h"
+#include "Platform/Values/NSString.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+template <class F>
+auto elsewhere(F function) {
+  decltype(function()) result{};
+  std::thread([&] { result = function(); }).join();
+  return result;
+}
+
+Ref<NSDate> inSeconds(double seconds) { return NSDate::dateWithTimeIntervalSinceNow(seconds); }
+
+TEST(NSLock, ExcludesAndRefusesMisuse) {
+  auto lock = make<NSLock>();
+  lock->setName("updates"_ns);
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { lock->unlock(); }, {"updates"}));
+  lock->lock();
+  EXPECT_FALSE(lock->tryLock());
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { lock->lock(); }));
+  EXPECT_FALSE(elsewhere([&] { return lock->tryLock(); }));
+  EXPECT_FALSE(elsewhere([&] { return lock->lockBeforeDate(inSeconds(0.01)); }));
+  EXPECT_FALSE(elsewhere([&] { return lock->lockBeforeDate(NSDate::distantPast()); }));
+  EXPECT_TRUE(elsewhere([&] {
+    return static_cast<bool>(raises(NSInternalInconsistencyException, [&] { lock->unlock(); }));
+  }));
+  lock->unlock();
+  EXPECT_TRUE(elsewhere([&] {
+    const bool taken = lock->lockBeforeDate(nullptr);
+    lock->unlock();
+    return taken;
+  }));
+  std::unique_lock guard(*lock, std::try_to_lock);
+  EXPECT_TRUE(guard.owns_lock());
+}
+
+TEST(NSLock, RecursiveOnesCount) {
+  auto lock = make<NSRecursiveLock>();
+  lock->lock();
+  EXPECT_TRUE(lock->tryLock());
+  EXPECT_TRUE(send<bool>(lock, "lockBeforeDate:"_sel, NSDate::distantFuture()));
+  lock->unlock();
+  lock->unlock();
+  EXPECT_FALSE(elsewhere([&] { return lock->tryLock(); }));
+  lock->unlock();
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { lock->unlock(); }));
+  EXPECT_TRUE(elsewhere([&] {
+    const bool taken = lock->tryLock();
+    lock->unlock();
+    return taken;
+  }));
+}
+
+TEST(NSLock, ConditionsWakeOneOrAllOrTimeOut) {
+  auto condition = make<NSCondition>();
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { condition->wait(); }));
+  condition->lock();
+  EXPECT_FALSE(condition->waitUntilDate(NSDate::distantPast()));
+  EXPECT_FALSE(condition->waitUntilDate(inSeconds(0.01)));
+  EXPECT_FALSE(condition->tryLock());  // a wait that is over has the lock again
+  condition->unlock();
+
+  int turns = 0;
+  int woken = 0;
+  const auto wait = [&] {
+    condition->lock();
+    while (turns == 0) condition->wait();
+    --turns;
+    ++woken;
+    condition->unlock();
+    return true;
+  };
+  std::thread one(wait);
+  std::thread two(wait);
+  condition->lock();
+  turns = 1;
+  condition->signal();
+  condition->unlock();
+  condition->lock();
+  turns += 1;
+  condition->broadcast();
+  condition->unlock();
+  one.join();
+  two.join();
+  EXPECT_EQ(woken, 2);
+}
+
+TEST(NSLock, ConditionLocksHandOverInTurns) {
+  auto lock = NSConditionLock::initWithCondition(0);
+  EXPECT_FALSE(lock->tryLockWhenCondition(1));
+  EXPECT_FALSE(lock->lockWhenCondition_beforeDate(1, inSeconds(0.01)));
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { lock->unlock(); }));
+  std::string text;
+  std::thread other([&] {
+    for (int i = 0; i < 50; ++i) {
+      lock->lockWhenCondition(1);
+      text += 'b';
+      lock->unlockWithCondition(0);
+    }
+  });
+  for (int i = 0; i < 50; ++i) {
+    lock->lockWhenCondition(0);
+    text += 'a';
+    lock->unlockWithCondition(1);
+  }
+  other.join();
+  std::string expected;
+  for (int i = 0; i < 50; ++i) expected += "ab";
+  EXPECT_EQ(text, expected);
+  EXPECT_TRUE(lock->tryLock());
+  EXPECT_FALSE(lock->lockBeforeDate(nullptr));
+  lock->unlock();
+  EXPECT_EQ(lock->condition(), 0);
+}
+
+TEST(NSLock, EveryObjectHasOneOfItsOwn) {
+  auto object = make<NSObject>();
+  auto other = make<NSObject>();
+  int count = 0;
+  const auto work = [&] {
+    for (int i = 0; i < 1000; ++i) {
+      ObjectLock outer(object);
+      ObjectLock inner(object);  // recursive
+      ++count;
+    }
+    return true;
+  };
+  std::thread one(work);
+  std::thread two(work);
+  one.join();
+  two.join();
+  EXPECT_EQ(count, 2000);
+  ObjectLock held(object);
+  EXPECT_TRUE(elsewhere([&] {
+    ObjectLock notInTheWay(other);
+    ObjectLock ofNil(nullptr);
+    return true;
+  }));
+}
+
+}  // namespace
+}  // namespace qz::test

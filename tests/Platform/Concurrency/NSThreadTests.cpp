@@ -1,0 +1,160 @@
+#include "Platform/Concurrency/NSThread.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/Send.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+class Job : public Derives<Job, NSObject> {
+ public:
+  static void describe(ClassDescription<Job>& is) { is.named("Job").method<&Job::run>("run:"); }
+  ~Job() override { ++gone; }
+  void run(NSObject* argument) {
+    given = Ref<NSObject>(argument);
+    onMain = NSThread::isMainThread();
+    done = true;
+  }
+  Ref<NSObject> given;
+  bool onMain = true;
+  std::atomic<bool> done{false};
+  static inline std::atomic<int> gone{0};
+};
+
+class Counter : public Derives<Counter, NSThread> {
+ public:
+  static void describe(ClassDescription<Counter>& is) { is.named("Counter"); }
+  void main() override {
+    while (!isCancelled()) ++turns;
+  }
+  std::atomic<int> turns{0};
+};
+
+TEST(NSThread, KnowsItselfAndTheMainThread) {
+  EXPECT_TRUE(NSThread::isMainThread());
+  EXPECT_EQ(NSThread::currentThread(), NSThread::mainThread());
+  EXPECT_EQ(NSThread::currentThread(), NSThread::currentThread());
+  EXPECT_TRUE(send<bool>(classOf<NSThread>(), "isMainThread"_sel));
+  EXPECT_TRUE(send<bool>(NSThread::mainThread(), "isMainThread"_sel));
+  EXPECT_TRUE(NSThread::currentThread()->isExecuting());
+  Ref<NSThread> met;
+  std::thread([&] {
+    met = NSThread::currentThread();
+    EXPECT_FALSE(NSThread::isMainThread());
+    EXPECT_NE(met, NSThread::mainThread());
+    EXPECT_TRUE(raises(NSInternalInconsistencyException, [] { NSThread::becomeMainThread(); }));
+  }).join();
+  EXPECT_TRUE(met->isFinished());
+}
+
+TEST(NSThread, DetachesAndKeepsTargetAndArgument) {
+  const int gone = Job::gone;
+  auto argument = make<NSObject>();
+  auto job = make<Job>();
+  auto thread = NSThread::initWithTarget_selector_object(job, "run:"_sel, argument);
+  EXPECT_FALSE(thread->isExecuting());
+  thread->start();
+  thread->waitUntilFinished();
+  EXPECT_TRUE(job->done);
+  EXPECT_FALSE(job->onMain);
+  EXPECT_EQ(job->given, argument);
+  EXPECT_EQ(job->retainCount(), 1u);
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { thread->start(); }));
+  job = nullptr;
+  EXPECT_EQ(Job::gone, gone + 1);
+
+  NSThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, make<Job>(), nullptr);
+  while (Job::gone != gone + 2) std::this_thread::yield();
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] {
+    NSThread::detachNewThreadSelector_toTarget_withObject("run:"_sel, nullptr, nullptr);
+  }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { NSThread::detachNewThread(nullptr); }));
+}
+
+TEST(NSThread, RunsASubclassUntilItIsCancelled) {
+  auto counter = make<Counter>();
+  counter->start();
+  while (counter->turns == 0) std::this_thread::yield();
+  EXPECT_FALSE(counter->waitUntilFinishedBeforeDate(NSDate::dateWithTimeIntervalSinceNow(0.01)));
+  EXPECT_TRUE(counter->isExecuting());
+  counter->cancel();
+  EXPECT_TRUE(counter->waitUntilFinishedBeforeDate(NSDate::distantFuture()));
+  EXPECT_FALSE(counter->isExecuting());
+}
+
+TEST(NSThread, HasANameThatTheSystemKnows) {
+  std::string shown;
+  auto thread = make<NSThread>([&] {
+    char name[16];
+    ::pthread_getname_np(::pthread_self(), name, sizeof name);
+    shown = name;
+  });
+  // A character that would be cut in two is left out.
+  thread->setName("watching filesä 12"_ns);
+  thread->start();
+  thread->waitUntilFinished();
+  EXPECT_EQ(shown, "watching files");
+  EXPECT_EQ(to_string(thread->name()), "watching filesä 12");
+  EXPECT_NE(to_string(thread).find("watching filesä 12"), std::string::npos);
+}
+
+TEST(NSThread, HasADictionaryThatEndsWithIt) {
+  const int gone = Job::gone;
+  auto thread = NSThread::detachNewThread([] {
+    auto mine = NSThread::currentThread()->threadDictionary();
+    mine->setObject_forKey(make<Job>(), "job"_ns);
+    EXPECT_EQ(NSThread::currentThread()->threadDictionary(), mine);
+  });
+  thread->waitUntilFinished();
+  EXPECT_EQ(Job::gone, gone + 1);
+}
+
+TEST(NSThread, TellsOfItsEnd) {
+  Ref<NSThread> told;
+  Ref<NSThread> thread;
+  auto token = NSNotificationCenter::defaultCenter()->observe(
+      NSThreadWillExitNotification, nullptr, [&](NSNotification* notification) {
+        EXPECT_EQ(notification->object(), NSThread::currentThread());
+        told = NSThread::currentThread();
+      });
+  thread = make<NSThread>([] {});
+  thread->start();
+  thread->waitUntilFinished();
+  EXPECT_EQ(told, thread);
+}
+
+TEST(NSThread, TakesAStackSizeOrSaysWhyNot) {
+  auto large = make<NSThread>([] {
+    volatile char room[24 * 1024 * 1024];
+    room[0] = 1;
+    room[sizeof room - 1] = 1;
+  });
+  large->setStackSize(32 * 1024 * 1024);
+  large->start();
+  large->waitUntilFinished();
+  auto tiny = make<NSThread>([] {});
+  tiny->setStackSize(1);
+  EXPECT_TRUE(raises(NSGenericException, [&] { tiny->start(); }, {"Invalid argument"}));
+}
+
+TEST(NSThread, SleepsNoShorterThanAsked) {
+  const auto start = std::chrono::steady_clock::now();
+  NSThread::sleepForTimeInterval(0.02);
+  NSThread::sleepUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.02));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(39));
+  NSThread::sleepForTimeInterval(-1);
+  NSThread::sleepUntilDate(NSDate::distantPast());
+}
+
+}  // namespace
+}  // namespace qz::test
