@@ -8,11 +8,11 @@
 #include <mutex>
 
 #include "Platform/Runtime/Derives.h"
+#include "Platform/Values/NSString.h"
 
 namespace qz {
 
 class NSDate;
-class NSString;
 
 /// Mutual exclusion. Works with `std::lock_guard` and `std::unique_lock` as well:
 ///
