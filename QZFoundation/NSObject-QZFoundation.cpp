@@ -1,5 +1,7 @@
 #include "QZFoundation/NSObject-QZFoundation.h"
 
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Concurrency/MainThread.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSString.h"
@@ -71,6 +73,37 @@ Ref<NSMutableArray> performSelector_withObjectsInArray_returnValues(NSObject* se
   return values;
 }
 
+Ref<NSObject> performSelectorOnMainThreadReturningValue_withObject_withObject(NSObject* self,
+                                                                              Selector selector,
+                                                                              NSObject* first,
+                                                                              NSObject* second) {
+  if (self == nullptr) return nullptr;
+  return callOnMainThread([&] {
+    return send<Ref<NSObject>>(self, "performSelector:withObject:withObject:"_sel, selector, first,
+                               second);
+  });
+}
+
+Ref<NSObject> performSelectorOnMainThreadReturningValue_withObject(NSObject* self,
+                                                                   Selector selector,
+                                                                   NSObject* object) {
+  return performSelectorOnMainThreadReturningValue_withObject_withObject(self, selector, object,
+                                                                         nullptr);
+}
+
+void setValueOnMainThread_forKey_waitUntilDone(NSObject* self, NSObject* value, NSString* key,
+                                               bool wait) {
+  if (self == nullptr) return;
+  const Ref<NSObject> kept = value == nullptr ? NSNull::null() : Ref<NSObject>(value);
+  self->performSelectorOnMainThread_withObject_waitUntilDone(
+      "setValuesForKeysWithDictionary:"_sel, NSDictionary::dictionaryWithObject_forKey(kept, key),
+      wait);
+}
+
+void setValueOnMainThread_forKey(NSObject* self, NSObject* value, NSString* key) {
+  setValueOnMainThread_forKey_waitUntilDone(self, value, key, true);
+}
+
 NSComparisonResult QZCompareByKeyPath(NSObject* first, NSObject* second, void* keyPath) {
   return compare_usingKeyPath(first, second, static_cast<NSString*>(keyPath));
 }
@@ -84,6 +117,13 @@ void detail::registerNSObjectQZFoundation() {
       .method<&plainCopy>("copyMutableContainers")
       .method<&performBoolSelector_withObject>("performBoolSelector:withObject:")
       .method<&performIntSelector_withObject>("performIntSelector:withObject:")
+      .method<&performSelectorOnMainThreadReturningValue_withObject_withObject>(
+          "performSelectorOnMainThreadReturningValue:withObject:withObject:")
+      .method<&performSelectorOnMainThreadReturningValue_withObject>(
+          "performSelectorOnMainThreadReturningValue:withObject:")
+      .method<&setValueOnMainThread_forKey_waitUntilDone>(
+          "setValueOnMainThread:forKey:waitUntilDone:")
+      .method<&setValueOnMainThread_forKey>("setValueOnMainThread:forKey:")
       .method<&performSelector_withObjectsInArray>("performSelector:withObjectsInArray:")
       .method<&performSelector_withObjectsInArray_returnValues>(
           "performSelector:withObjectsInArray:returnValues:");

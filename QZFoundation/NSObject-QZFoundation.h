@@ -57,6 +57,24 @@ Ref<NSMutableArray> performSelector_withObjectsInArray_returnValues(NSObject* se
                                                                     NSArray* array,
                                                                     bool returnValues);
 
+/// Sends `selector` on the main thread, waits, and answers the Object it answers; nil for nil. What
+/// it throws is thrown here; an operation that answers a scalar raises NSInvalidArgumentException.
+/// On the main thread it is sent at once. Raises NSRunLoopEndedException when the main thread's
+/// loop ends first.
+Ref<NSObject> performSelectorOnMainThreadReturningValue_withObject_withObject(NSObject* self,
+                                                                              Selector selector,
+                                                                              NSObject* first,
+                                                                              NSObject* second);
+Ref<NSObject> performSelectorOnMainThreadReturningValue_withObject(NSObject* self,
+                                                                   Selector selector,
+                                                                   NSObject* object);
+
+/// Sets the value, which may be nil, under the key on the main thread, and waits until that is done
+/// unless told not to. Raises NSInvalidArgumentException for a nil key, on the calling thread.
+void setValueOnMainThread_forKey_waitUntilDone(NSObject* self, NSObject* value, NSString* key,
+                                               bool wait);
+void setValueOnMainThread_forKey(NSObject* self, NSObject* value, NSString* key);
+
 /// Compares two Objects by their values at a key path, which is what `keyPath` points to: a
 /// function for `sortedArrayUsingFunction:context:`.
 NSComparisonResult QZCompareByKeyPath(NSObject* first, NSObject* second, void* keyPath);

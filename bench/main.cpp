@@ -31,6 +31,8 @@ int main(int argc, char** argv) {
   qz::bench::compareSorting();
   qz::bench::compareStrings();
   qz::bench::compareMessages();
+  qz::bench::compareThreads();
+  qz::bench::compareWatching();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();

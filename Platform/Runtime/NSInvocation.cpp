@@ -109,6 +109,16 @@ void NSInvocation::retainArguments() {
       retain(reinterpret_cast<NSObject*>(arguments_[i]));
 }
 
+Ref<NSObject> NSInvocation::copy() const {
+  auto other = make<NSInvocation>(signature_);
+  other->target_ = target_;
+  other->selector_ = selector_;
+  other->arguments_ = arguments_;
+  other->copies_ = copies_;  // shared: what is kept is never changed
+  if (retained_) other->retainArguments();
+  return other;
+}
+
 void NSInvocation::invoke() { invokeWithTarget(target_); }
 
 void NSInvocation::invokeWithTarget(NSObject* target) {

@@ -59,6 +59,10 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
   void retainArguments();
   bool argumentsRetained() const noexcept { return retained_; }
 
+  /// Another invocation of the same message, not yet invoked, which keeps its arguments if this one
+  /// does.
+  Ref<NSObject> copy() const override;
+
   /// Sends the message to the target (nil: nothing, and the answer is zero).
   void invoke();
   void invokeWithTarget(NSObject* target);

@@ -1,9 +1,11 @@
 #include "QZFoundation/detail/Registration.h"
 
 #include "QZFoundation/QZDisk.h"
+#include "QZFoundation/QZFileWatcher.h"
 #include "QZFoundation/QZIndexMap.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZVersionNumber.h"
+#include "QZFoundation/XJKQueue.h"
 
 namespace qz {
 
@@ -30,6 +32,9 @@ void registerQZFoundation() {
   detail::registerNSMutableStringQZFoundation();
   detail::registerNSAttributedStringQZFoundation();
   detail::registerNSURLQZFoundation();
+  detail::registerXJMainThreadProxy();
+  classOf<XJKQueue>();
+  classOf<QZFileWatcher>();
   classOf<QZVersionNumber>();
   classOf<QZDisk>();
   classOf<QZPathIndexer>();

@@ -40,6 +40,7 @@ void registerNSIndexPathQZFoundation();
 void registerNSObjectQZIndexPath();
 void registerNSURLQZFoundation();
 void registerQZKeyPathArray();
+void registerXJMainThreadProxy();
 }  // namespace detail
 
 }  // namespace qz

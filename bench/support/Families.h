@@ -11,6 +11,8 @@ void compareCollections();
 void compareSorting();
 void compareStrings();
 void compareMessages();
+void compareThreads();
+void compareWatching();
 
 void compareQt();  // defined when QZ_BENCH_QT is
 void compareQtStrings();

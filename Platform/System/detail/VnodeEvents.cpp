@@ -1,0 +1,221 @@
+#include "Platform/System/detail/VnodeEvents.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace qz::detail {
+namespace {
+
+// What to ask the kernel for. Deleting, renaming and losing names may each come as a change of
+// attributes, and how often a file was linked shows there as well.
+std::uint32_t kernelMask(std::uint32_t kinds) noexcept {
+  std::uint32_t bits = IN_DELETE_SELF | IN_MOVE_SELF;
+  if ((kinds & (vnodeWritten | vnodeExtended | vnodeLinked)) != 0)
+    bits |= IN_MODIFY | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
+  if ((kinds & (vnodeAttributes | vnodeLinked | vnodeDeleted)) != 0) bits |= IN_ATTRIB;
+  return bits;
+}
+
+}  // namespace
+
+std::unique_ptr<VnodeEvents> VnodeEvents::open() {
+  const int notify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  if (notify < 0) return nullptr;
+  const int wake = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  if (wake < 0) {
+    const int error = errno;
+    ::close(notify);
+    errno = error;
+    return nullptr;
+  }
+  return std::unique_ptr<VnodeEvents>(new VnodeEvents(notify, wake));
+}
+
+VnodeEvents::~VnodeEvents() {
+  ::close(notify_);
+  ::close(wake_);
+}
+
+VnodeEvents::Known VnodeEvents::look(const std::string& path) noexcept {
+  struct stat is {};
+  if (::stat(path.c_str(), &is) != 0) return {};
+  return {true, is.st_dev, is.st_ino, is.st_size, is.st_nlink, is.st_mode, is.st_uid, is.st_gid};
+}
+
+VnodeEvents::Watch VnodeEvents::add(const std::string& path, std::uint32_t mask) {
+  if (path.find('\0') != std::string::npos) {
+    errno = ENOENT;
+    return 0;
+  }
+  std::lock_guard lock(mutex_);
+  // Another watch on the same file keeps what it asked for.
+  const int number = ::inotify_add_watch(notify_, path.c_str(), kernelMask(mask) | IN_MASK_ADD);
+  if (number < 0) return 0;
+  const Watch watch = ++last_;
+  // What was watched may have been replaced since: then it was deleted, which is on its way here.
+  entries_.emplace_hint(entries_.end(), watch, Entry{path, mask, number, look(path)});
+  byNumber_[number].push_back(watch);
+  return watch;
+}
+
+void VnodeEvents::remove(Watch watch) {
+  std::lock_guard lock(mutex_);
+  const auto found = entries_.find(watch);
+  if (found == entries_.end()) return;
+  const int number = found->second.number;
+  entries_.erase(found);
+  if (number < 0) return;
+  std::vector<Watch>& sharing = byNumber_[number];
+  std::erase(sharing, watch);
+  if (!sharing.empty()) return;
+  byNumber_.erase(number);
+  if (::inotify_rm_watch(notify_, number) == 0) ++retired_[number];
+}
+
+bool VnodeEvents::has(Watch watch) {
+  std::lock_guard lock(mutex_);
+  return entries_.contains(watch);
+}
+
+void VnodeEvents::wake() noexcept {
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const auto bytes = ::write(wake_, &one, sizeof one);
+}
+
+std::vector<VnodeEvents::Event> VnodeEvents::wait(std::chrono::milliseconds longest) {
+  pollfd ready[] = {{notify_, POLLIN, 0}, {wake_, POLLIN, 0}};
+  if (::poll(ready, 2, static_cast<int>(longest.count())) <= 0) return {};
+  if (ready[1].revents != 0) {
+    std::uint64_t count = 0;
+    [[maybe_unused]] const auto bytes = ::read(wake_, &count, sizeof count);
+  }
+  if (ready[0].revents == 0) return {};
+  std::lock_guard lock(mutex_);
+  readOnce();
+  // A renaming that explains a lost name is queued by now; a busy queue is not drained for ever.
+  for (int reads = 0; !doubtful_.empty() && reads < 64 && readOnce(); ++reads) {
+  }
+  settleDoubts();
+  places_.clear();
+  return std::exchange(pending_, {});
+}
+
+bool VnodeEvents::readOnce() {
+  alignas(inotify_event) char buffer[16 * 1024];
+  const ssize_t size = ::read(notify_, buffer, sizeof buffer);
+  for (ssize_t at = 0; at < size;) {
+    inotify_event event;
+    std::memcpy(&event, buffer + at, sizeof event);
+    at += static_cast<ssize_t>(sizeof event + event.len);
+    if ((event.mask & IN_Q_OVERFLOW) != 0)
+      lost();
+    else
+      take(event.wd, event.mask, event.len != 0);
+  }
+  return size > 0;
+}
+
+void VnodeEvents::take(int number, std::uint32_t bits, bool isOfMember) {
+  if (const auto retired = retired_.find(number); retired != retired_.end()) {
+    // The kernel's last word on a watch that was removed; its number may serve another one by now,
+    // whose events come after this.
+    if ((bits & IN_IGNORED) != 0 && --retired->second == 0) retired_.erase(retired);
+    return;
+  }
+  const auto sharing = byNumber_.find(number);
+  if (sharing == byNumber_.end()) return;
+  if ((bits & IN_IGNORED) != 0) {
+    forgetNumber(number);
+    return;
+  }
+  for (const Watch watch : sharing->second) {
+    Entry& entry = entries_.find(watch)->second;
+    report(watch, kindsOf(watch, entry, bits, isOfMember) & entry.mask);
+  }
+}
+
+// The kernel has ended the watch, because there is nothing left to watch.
+void VnodeEvents::forgetNumber(int number) {
+  for (const Watch watch : byNumber_[number]) entries_.find(watch)->second.number = -1;
+  byNumber_.erase(number);
+}
+
+void VnodeEvents::report(Watch watch, std::uint32_t kinds) {
+  if (kinds == 0) return;
+  const auto [place, isNew] = places_.try_emplace(watch, pending_.size());
+  if (isNew) pending_.push_back({watch, 0});
+  pending_[place->second].kinds |= kinds;
+}
+
+std::uint32_t VnodeEvents::kindsOf(Watch watch, Entry& entry, std::uint32_t bits, bool isOfMember) {
+  std::uint32_t kinds = 0;
+  if ((bits & (IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO)) != 0) {
+    // A folder among the members counts as a link to this one.
+    kinds |= vnodeWritten;
+    if ((bits & IN_ISDIR) != 0) kinds |= vnodeLinked;
+    return kinds;
+  }
+  if (isOfMember) return 0;  // what happens to a member's contents is not the folder's
+  if ((bits & IN_MODIFY) != 0) {
+    kinds |= vnodeWritten;
+    const Known now = look(entry.path);
+    if (now.isSameFile(entry.known)) {
+      if (now.size > entry.known.size) kinds |= vnodeExtended;
+      entry.known.size = now.size;
+    }
+  }
+  if ((bits & IN_ATTRIB) != 0) kinds |= attributeKinds(watch, entry);
+  if ((bits & IN_MOVE_SELF) != 0) {
+    kinds |= vnodeRenamed;
+    if (std::erase(doubtful_, watch) != 0) kinds |= vnodeAttributes;
+    const Known now = look(entry.path);
+    entry.isRenamed = !now.isSameFile(entry.known);
+    if (!entry.isRenamed) {  // back where it was
+      entry.known = now;
+      entry.isDeleted = false;
+    }
+  }
+  if ((bits & IN_DELETE_SELF) != 0 && !std::exchange(entry.isDeleted, true)) kinds |= vnodeDeleted;
+  if ((bits & IN_UNMOUNT) != 0) kinds |= vnodeRevoked;
+  return kinds;
+}
+
+// A file that loses a name while it is open somewhere, or has another name, says so only here.
+std::uint32_t VnodeEvents::attributeKinds(Watch watch, Entry& entry) {
+  const Known now = look(entry.path);
+  if (!now.isSameFile(entry.known)) {
+    entry.known.links = 0;  // no longer known: it counts as changed when the name is back
+    if (entry.isRenamed || !entry.known.exists) return vnodeAttributes;
+    if (!entry.isDeleted) doubtful_.push_back(watch);
+    return 0;
+  }
+  const Known before = std::exchange(entry.known, now);
+  entry.known.size = before.size;  // growing is a matter of writing
+  entry.isRenamed = false;
+  entry.isDeleted = false;
+  if (now.links == before.links) return vnodeAttributes;
+  const bool others = before.links != 0 && (now.mode != before.mode || now.owner != before.owner ||
+                                            now.group != before.group);
+  return vnodeLinked | (others ? vnodeAttributes : 0u);
+}
+
+void VnodeEvents::settleDoubts() {
+  for (const Watch watch : std::exchange(doubtful_, {})) {
+    Entry& entry = entries_.find(watch)->second;
+    if (!std::exchange(entry.isDeleted, true)) report(watch, vnodeDeleted & entry.mask);
+  }
+}
+
+void VnodeEvents::lost() {
+  retired_.clear();  // their last words may be among what was lost
+  for (auto& [watch, entry] : entries_) report(watch, vnodeWritten & entry.mask);
+}
+
+}  // namespace qz::detail

@@ -1,0 +1,188 @@
+#include "QZFoundation/QZFileWatcher.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/Concurrency/NSRunLoop.h"
+#include "Platform/Concurrency/NSThread.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/Send.h"
+#include "tests/support/Raises.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+class WatcherDelegate : public Derives<WatcherDelegate, NSObject> {
+ public:
+  static void describe(ClassDescription<WatcherDelegate>& is) {
+    is.named("WatcherDelegate").method<&WatcherDelegate::changed>("fileWatcherDidDetectChange:");
+  }
+  void changed(QZFileWatcher* watcher) {
+    EXPECT_TRUE(NSThread::isMainThread());
+    ++changes;
+    last = Ref<QZFileWatcher>(watcher);
+  }
+  int changes = 0;
+  Ref<QZFileWatcher> last;
+};
+
+int pollingThreads() {
+  int found = 0;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string name;
+    std::getline(std::ifstream(task.path() / "comm"), name);
+    found += name == "QZFileWatcher" ? 1 : 0;
+  }
+  return found;
+}
+
+class QZFileWatcherTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(NSThread::isMainThread()); }
+  void TearDown() override {
+    delegate->last = nullptr;
+    watcher = nullptr;
+  }
+  Ref<NSString> path(const char* name) {
+    return NSString::stringWithUTF8String(directory.path() + "/" + name);
+  }
+  void watch(NSString* of, bool kernel = false) {
+    watcher = QZFileWatcher::initWithPath_usingKernelEvents(of, kernel);
+    watcher->setDelegate(delegate);
+  }
+  void setTime(const std::string& of, long nanoseconds) {
+    const timespec times[2] = {{1'700'000'000, nanoseconds}, {1'700'000'000, nanoseconds}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, of.c_str(), times, 0), 0);
+  }
+  /// A pass here and now, for the polling thread's second is long.
+  int polled() {
+    delegate->changes = 0;
+    QZFileWatcher::checkFiles(nullptr);
+    return delegate->changes;
+  }
+  int served(int atLeast) {
+    delegate->changes = 0;
+    const auto limit = NSDate::dateWithTimeIntervalSinceNow(20);
+    const auto loop = NSRunLoop::mainRunLoop();
+    while (delegate->changes < atLeast && limit->timeIntervalSinceNow() > 0)
+      loop->runMode_beforeDate(NSDefaultRunLoopMode, limit);
+    loop->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.02));
+    return delegate->changes;
+  }
+  TemporaryDirectory directory;
+  Ref<WatcherDelegate> delegate = make<WatcherDelegate>();
+  Ref<QZFileWatcher> watcher;
+};
+
+TEST_F(QZFileWatcherTest, ComparesTimesToTheNanosecond) {
+  const std::string file = directory.write("a", "");
+  setTime(file, 1);
+  watch(path("a"));
+  EXPECT_TRUE(watcher->usesTimer());
+  EXPECT_EQ(polled(), 0);
+  setTime(file, 2);
+  EXPECT_EQ(polled(), 1);
+  EXPECT_EQ(polled(), 0);
+  setTime(file, 1);  // a clock that was set back
+  EXPECT_EQ(polled(), 1);
+  EXPECT_NE(to_string(watcher).find("/a, watchingPath = "), std::string::npos);
+  EXPECT_NE(to_string(watcher).find("isTimer = 1}"), std::string::npos);
+}
+
+TEST_F(QZFileWatcherTest, FollowsAFileThatComesAndGoes) {
+  for (const bool kernel : {false, true}) {
+    const auto change = [&](const std::function<void()>& what) {
+      NSThread::sleepForTimeInterval(0.02);  // a folder's time moves in steps
+      what();
+      return kernel ? served(1) : polled();
+    };
+    watch(path("sub/file"), kernel);
+    EXPECT_EQ(watcher->usesTimer(), !kernel);
+    EXPECT_TRUE(
+        watcher->watchingPath()->isEqualToString(path("")->stringByDeletingLastPathComponent()) ||
+        to_string(watcher->watchingPath()) == directory.path());
+    EXPECT_GE(change([&] { ::mkdir((directory.path() + "/sub").c_str(), 0700); }), 1);
+    EXPECT_EQ(to_string(watcher->watchingPath()), directory.path() + "/sub");
+    EXPECT_GE(change([&] { directory.write("sub/file", "x"); }), 1);
+    EXPECT_EQ(to_string(watcher->watchingPath()), directory.path() + "/sub/file");
+    // As editors do: another file takes the place.
+    EXPECT_GE(change([&] {
+                directory.write("sub/new", "longer");
+                std::filesystem::rename(directory.path() + "/sub/new",
+                                        directory.path() + "/sub/file");
+              }),
+              1);
+    EXPECT_GE(change([&] { directory.write("sub/file", "again"); }), 1);
+    EXPECT_GE(change([&] { std::filesystem::remove_all(directory.path() + "/sub"); }), 1);
+    while (kernel && NSRunLoop::mainRunLoop()->runPending()) {
+    }
+    EXPECT_EQ(to_string(watcher->watchingPath()), directory.path());
+    EXPECT_EQ(delegate->last, watcher);
+  }
+}
+
+TEST_F(QZFileWatcherTest, TellsObserversAndLeavesOthersAlone) {
+  const std::string a = directory.write("a", "");
+  const std::string b = directory.write("b", "");
+  auto other = QZFileWatcher::initWithPath(path("b"));
+  int told = 0;
+  auto token = NSNotificationCenter::defaultCenter()->observe(
+      QZFileDidChangeNotification, nullptr, [&](NSNotification* notification) {
+        EXPECT_EQ(notification->object(), other);
+        ++told;
+      });
+  watch(path("a"));
+  setTime(b, 77);
+  EXPECT_EQ(polled(), 0);
+  EXPECT_EQ(told, 1);
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [] { (void)QZFileWatcher::initWithPath(nullptr); }));
+}
+
+TEST_F(QZFileWatcherTest, APathIsPolledOnceForAll) {
+  const std::string a = directory.write("a", "");
+  watch(path("a"));
+  auto other = QZFileWatcher::initWithPath(path("a"));
+  setTime(a, 5);
+  EXPECT_EQ(polled(), 1);
+  other = nullptr;  // takes the polling along
+  setTime(a, 6);
+  EXPECT_EQ(polled(), 0);
+  watcher->watchFile();
+  EXPECT_EQ(polled(), 1);
+}
+
+TEST_F(QZFileWatcherTest, OneThreadPollsWhileThereIsSomethingToPoll) {
+  const auto settle = [](int expected) {
+    for (int i = 0; i < 2000 && pollingThreads() != expected; ++i)
+      NSThread::sleepForTimeInterval(0.001);
+    return pollingThreads();
+  };
+  EXPECT_EQ(settle(0), 0);
+  const std::string a = directory.write("a", "");
+  watch(path("a"));
+  for (int i = 0; i < 100; ++i) watcher->watchFile();
+  EXPECT_EQ(settle(1), 1);
+  auto other = QZFileWatcher::initWithPath(path("b"));
+  setTime(a, 9);
+  EXPECT_GE(served(1), 1);  // by the thread itself, within about a second
+  other = nullptr;
+  EXPECT_EQ(settle(1), 1);
+  watcher->unwatchFile();
+  EXPECT_EQ(settle(0), 0);
+  watcher->watchFile();
+  EXPECT_EQ(settle(1), 1);
+  delegate->last = nullptr;
+  watcher = nullptr;
+  EXPECT_EQ(settle(0), 0);
+}
+
+}  // namespace
+}  // namespace qz::test
