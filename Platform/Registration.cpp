@@ -21,7 +21,10 @@
 #include "Platform/Runtime/NSMethodSignature.h"
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/System/NSBundle.h"
+#include "Platform/System/NSDirectoryEnumerator.h"
+#include "Platform/System/NSFileAttributes.h"
 #include "Platform/System/NSFileHandle.h"
+#include "Platform/System/NSFileManager.h"
 #include "Platform/System/NSPipe.h"
 #include "Platform/System/NSProcessInfo.h"
 #include "Platform/System/NSPropertyListSerialization.h"
@@ -104,6 +107,9 @@ void registerPlatform() {
   mention<NSPropertyListSerialization>();
   mention<NSPropertyListUID>();
   mention<NSFileHandle>();
+  mention<NSFileManager>();
+  mention<NSDirectoryEnumerator>();
+  detail::registerFileAttributes();
   mention<NSPipe>();
   mention<NSTask>();
   mention<NSProcessInfo>();

@@ -2,6 +2,7 @@
 
 #include "QZFoundation/QZDisk.h"
 #include "QZFoundation/QZFileWatcher.h"
+#include "QZFoundation/QZFileManagerErrorHandler.h"
 #include "QZFoundation/QZIndexMap.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZVersionNumber.h"
@@ -42,6 +43,9 @@ void registerQZFoundation() {
   detail::registerNSTaskQZFoundation();
   detail::registerNSDataQZFoundation();
   detail::registerNSPropertyListSerializationQZFoundation();
+  classOf<QZFileManagerErrorHandler>();
+  detail::registerNSFileManagerQZFoundation();
+  detail::registerNSFileManagerQZCopy();
 }
 
 }  // namespace qz

@@ -21,6 +21,8 @@ void registerNSArrayQZIndexMap();
 void registerNSAttributedStringQZFoundation();
 void registerNSEnumeratorQZFoundation();
 void registerNSMutableArrayQZFoundation();
+void registerNSFileManagerQZCopy();
+void registerNSFileManagerQZFoundation();
 void registerNSMutableStringQZFoundation();
 void registerNSBundleQZFoundation();
 void registerNSDataQZFoundation();

@@ -1,13 +1,24 @@
 #include "tests/support/TemporaryDirectory.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
 namespace qz::test {
 
-TemporaryDirectory::TemporaryDirectory() {
-  std::string name = (std::filesystem::temp_directory_path() / "qz-test-XXXXXX").string();
+TemporaryDirectory::TemporaryDirectory()
+    : TemporaryDirectory(std::filesystem::temp_directory_path()) {}
+
+TemporaryDirectory TemporaryDirectory::inMemory() {
+  const std::filesystem::path memory = "/dev/shm";
+  return TemporaryDirectory(
+      ::access(memory.c_str(), W_OK) == 0 ? memory : std::filesystem::temp_directory_path());
+}
+
+TemporaryDirectory::TemporaryDirectory(const std::filesystem::path& parent) {
+  std::string name = (parent / "qz-test-XXXXXX").string();
   if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory");
   path_ = std::filesystem::canonical(name).string();
 }

@@ -10,6 +10,8 @@ namespace qz::test {
 class TemporaryDirectory {
  public:
   TemporaryDirectory();
+  /// In memory where the system offers that, for tests that do the same a thousand times.
+  static TemporaryDirectory inMemory();
   ~TemporaryDirectory();
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
@@ -21,6 +23,8 @@ class TemporaryDirectory {
   std::string write(const std::string& name, std::string_view bytes) const;
 
  private:
+  explicit TemporaryDirectory(const std::filesystem::path& parent);
+
   std::string path_;
 };
 

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <ctime>
 
+#include "Platform/System/detail/SystemCalls.h"
+
 namespace qz::detail {
 namespace {
 
@@ -60,8 +62,12 @@ class PipeSignalHeld {
 void Descriptor::close() noexcept {
   if (number_ < 0) return;
   const int kept = errno;
-  ::close(std::exchange(number_, -1));
+  os::close(std::exchange(number_, -1));
   errno = kept;
+}
+
+int Descriptor::closeWritten() noexcept {
+  return number_ < 0 ? 0 : os::close(std::exchange(number_, -1));
 }
 
 std::ptrdiff_t readSome(int descriptor, void* buffer, std::size_t length) noexcept {

@@ -27,6 +27,10 @@ class Descriptor {
   int release() noexcept { return std::exchange(number_, -1); }
   void close() noexcept;
 
+  /// Closes what was written to: some file systems tell only now that there was no room. Answers as
+  /// `::close` does, with `errno`.
+  [[nodiscard]] int closeWritten() noexcept;
+
  private:
   int number_ = -1;
 };

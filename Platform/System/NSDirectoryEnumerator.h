@@ -1,0 +1,52 @@
+/// @file
+/// Directory enumerators: walks over everything below a directory.
+#pragma once
+
+#include <memory>
+
+#include "Platform/Collections/NSEnumerator.h"
+#include "Platform/Values/NSString.h"
+
+namespace qz {
+
+class NSDictionary;
+
+/// Answers the paths of all entries below a directory, relative to it: a directory first, then what
+/// is in it. Symbolic links are entries and are not followed. A directory that cannot be read, or
+/// went away meanwhile, is an entry without anything below it. Each directory is read when the walk
+/// comes to it.
+///
+///     auto entries = manager->enumeratorAtPath(top);
+///     while (Ref<NSObject> each = entries->nextObject()) {
+///       if (isHidden(as<NSString>(each))) entries->skipDescendents();
+///     }
+class NSDirectoryEnumerator : public Derives<NSDirectoryEnumerator, NSEnumerator> {
+ public:
+  static void describe(ClassDescription<NSDirectoryEnumerator>& is);
+
+  /// Over the directory at `path`; nil when it cannot be read, with `errno`.
+  static Ref<NSDirectoryEnumerator> enumeratorAtPath(NSString* path);
+  ~NSDirectoryEnumerator() override;
+
+  Ref<NSObject> nextObject() override;
+
+  /// Does not go into the directory answered last. Nothing when that was none.
+  void skipDescendents();
+
+  /// How deep the entry answered last lies: 1 for those of the directory itself, 0 before the
+  /// first.
+  std::uint32_t level() const noexcept;
+
+  /// The attributes of the entry answered last (of a link itself), and of the directory. Nil when
+  /// it cannot be asked.
+  Ref<NSDictionary> fileAttributes() const;
+  Ref<NSDictionary> directoryAttributes() const;
+
+ private:
+  struct Walk;
+  explicit NSDirectoryEnumerator(std::unique_ptr<Walk> walk);
+
+  std::unique_ptr<Walk> walk_;
+};
+
+}  // namespace qz

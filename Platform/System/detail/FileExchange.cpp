@@ -1,0 +1,30 @@
+#include "Platform/System/detail/FileExchange.h"
+
+#include <cstdlib>
+#include <memory>
+
+#include "Platform/System/detail/SystemCalls.h"
+
+namespace qz::detail {
+namespace {
+
+mode_t kindOf(const char* path) {
+  struct ::statx about;
+  const bool isThere = os::statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &about) == 0;
+  return isThere ? about.stx_mode & S_IFMT : 0;
+}
+
+}  // namespace
+
+bool exchangeFiles(const char* other, const char* path) {
+  std::unique_ptr<char, decltype(&std::free)> target(nullptr, &std::free);
+  if (kindOf(path) == S_IFLNK && kindOf(other) == S_IFREG) {
+    target.reset(::realpath(path, nullptr));
+    if (target) path = target.get();
+  }
+  if (os::renameat2(other, path, RENAME_EXCHANGE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP) return false;
+  return os::renameat2(other, path, 0) == 0;
+}
+
+}  // namespace qz::detail

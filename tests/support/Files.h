@@ -1,0 +1,27 @@
+// Files of tests: written, read and told apart without the library that is tested.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "Platform/Values/NSString.h"
+
+namespace qz::test {
+
+/// A path of any bytes.
+Ref<NSString> ns(std::string_view path);
+
+/// All bytes of a file; "(missing)" when there is none.
+std::string contentsOf(const std::string& path);
+
+/// Everything below `top` (and itself, as ""), with all that a careful copy keeps: kind,
+/// permissions, owner, modification time, contents, extended attributes, where links lead, and
+/// which names share a file. Directories that cannot be read are empty.
+using Snapshot = std::map<std::string, std::string>;
+Snapshot snapshot(const std::string& top);
+
+/// Sets the modification time, links not followed.
+void setTime(const std::string& path, long seconds, long nanoseconds);
+
+}  // namespace qz::test
