@@ -4,9 +4,12 @@
 #include <vector>
 
 #include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Concurrency/NSThread.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/System/detail/PathBytes.h"
 #include "Platform/System/detail/SystemCalls.h"
+#include "QZFoundation/NSArray-QZFoundation.h"
 #include "QZFoundation/NSError-QZFoundation.h"
 #include "QZFoundation/NSString-QZFoundation.h"
 #include "QZFoundation/QZFileManagerErrorHandler.h"
@@ -23,7 +26,11 @@ namespace os = detail::os;
 // The manager of a thread -------------------------------------------------------------------------
 
 Ref<NSFileManager> currentThreadFileManager() {
-  thread_local const Ref<NSFileManager> manager = make<NSFileManager>();
+  NSString* const key = "QZCurrentThreadFileManagerKey"_ns;
+  const Ref<NSMutableDictionary> dictionary = NSThread::currentThread()->threadDictionary();
+  if (auto manager = as<NSFileManager>(dictionary->objectForKey(key))) return manager;
+  auto manager = make<NSFileManager>();
+  dictionary->setObject_forKey(manager, key);
   return manager;
 }
 
@@ -216,11 +223,7 @@ Ref<NSError> setCreationDate_forFileAtPath(NSFileManager* self, NSDate* date, NS
 Ref<NSArray> pathsOfDirectoryContentsAtPath(NSFileManager* self, NSString* path) {
   const Ref<NSArray> names = self->directoryContentsAtPath(path);
   if (!names) return nullptr;
-  std::vector<Ref<NSString>> paths;
-  paths.reserve(names->count());
-  for (NSString* name : elements<NSString>(names))
-    paths.push_back(stringByPrependingPathComponent(name, path));
-  return NSArray::fromRange(paths);
+  return arrayByPerformingSelector_object(names, "stringByPrependingPathComponent:"_sel, path);
 }
 
 Ref<NSObject> iterateDirectory_recursionType_target_selector_withObject(

@@ -33,6 +33,7 @@ int main(int argc, char** argv) {
   qz::bench::compareMessages();
   qz::bench::compareThreads();
   qz::bench::compareWatching();
+  qz::bench::compareFiles();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();

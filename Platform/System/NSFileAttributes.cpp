@@ -22,10 +22,6 @@ std::uint64_t fileSize(NSDictionary* self) { return number(self, NSFileSize); }
 
 Ref<NSString> fileType(NSDictionary* self) { return attribute<NSString>(self, NSFileType); }
 
-Ref<NSDate> fileModificationDate(NSDictionary* self) {
-  return attribute<NSDate>(self, NSFileModificationDate);
-}
-
 Ref<NSDate> fileCreationDate(NSDictionary* self) {
   return attribute<NSDate>(self, NSFileCreationDate);
 }
@@ -54,7 +50,6 @@ void detail::registerFileAttributes() {
   extend<NSDictionary>("NSFileAttributes")
       .method<&fileSize>("fileSize")
       .method<&fileType>("fileType")
-      .method<&fileModificationDate>("fileModificationDate")
       .method<&fileCreationDate>("fileCreationDate")
       .method<&filePosixPermissions>("filePosixPermissions")
       .method<&fileOwnerAccountID>("fileOwnerAccountID")

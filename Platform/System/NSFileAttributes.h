@@ -3,7 +3,7 @@
 ///
 ///     Ref<NSDictionary> about = manager->fileAttributesAtPath_traverseLink(path, true);
 ///     std::uint64_t size = fileSize(about);
-///     Ref<NSDate> changed = fileModificationDate(about);
+///     Ref<NSDate> changed = about->fileModificationDate();
 #pragma once
 
 #include <cstdint>
@@ -61,7 +61,6 @@ inline NSString* const NSFileTypeUnknown = detail::literal<"NSFileTypeUnknown">(
 
 std::uint64_t fileSize(NSDictionary* self);
 Ref<NSString> fileType(NSDictionary* self);
-Ref<NSDate> fileModificationDate(NSDictionary* self);
 Ref<NSDate> fileCreationDate(NSDictionary* self);
 std::uint32_t filePosixPermissions(NSDictionary* self);
 std::uint32_t fileOwnerAccountID(NSDictionary* self);

@@ -68,6 +68,16 @@ void comparePeer(const std::string& family, const std::string& peer, Case theirs
   benchmark::RegisterBenchmark((family + "/" + peer).c_str(), theirs);
 }
 
+void compareElapsed(const std::string& family, Row row, Case ours, Case reference) {
+  compareElapsedPeer(family, "ours", ours);
+  compareElapsedPeer(family, "reference", reference);
+  rows().push_back({family, std::move(row)});
+}
+
+void compareElapsedPeer(const std::string& family, const std::string& peer, Case theirs) {
+  benchmark::RegisterBenchmark((family + "/" + peer).c_str(), theirs)->UseManualTime();
+}
+
 void compareMemory(const std::string& family, MemoryRow row, Build ours, Build reference) {
   MemoryCases& cases = memoryRows()[family];
   cases.row = std::move(row);
@@ -96,7 +106,9 @@ void MedianReporter::ReportRuns(const std::vector<Run>& runs) {
     const auto rate = run.counters.find("items_per_second");
     const double seconds = rate != run.counters.end()
                                ? 1 / rate->second.value
-                               : run.cpu_accumulated_time / static_cast<double>(run.iterations);
+                               : (run.run_name.time_type.empty() ? run.cpu_accumulated_time
+                                                                 : run.real_accumulated_time) /
+                                     static_cast<double>(run.iterations);
     nanoseconds_[run.run_name.function_name].push_back(seconds * 1e9);
   }
   if (!shown.empty()) ConsoleReporter::ReportRuns(shown);

@@ -37,6 +37,11 @@ void compare(const std::string& family, Row row, Case ours, Case reference);
 /// Enters the same operation of a peer into a row; any order.
 void comparePeer(const std::string& family, const std::string& peer, Case theirs);
 
+/// The same for what the processor's time says little of: files, other processes, several threads.
+/// Each iteration of the cases tells what it took with `SetIterationTime`.
+void compareElapsed(const std::string& family, Row row, Case ours, Case reference);
+void compareElapsedPeer(const std::string& family, const std::string& peer, Case theirs);
+
 /// Enters a row of memory: `build(count)` makes a collection of that many elements and leaves it
 /// alive. `limit` is the most bytes that an element of ours may take.
 using Build = void (*)(std::size_t count);

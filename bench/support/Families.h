@@ -13,6 +13,7 @@ void compareStrings();
 void compareMessages();
 void compareThreads();
 void compareWatching();
+void compareFiles();
 
 void compareQt();  // defined when QZ_BENCH_QT is
 void compareQtStrings();
