@@ -33,6 +33,7 @@
 #include "Platform/Text/NSDateFormatter.h"
 #include "Platform/Text/NSFormatter.h"
 #include "Platform/Text/NSLocale.h"
+#include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Text/NSTimeZone.h"
 #include "Platform/Values/NSAttributedString.h"
 #include "Platform/Values/NSCharacterSet.h"
@@ -116,6 +117,7 @@ void registerPlatform() {
   mention<NSLocale>();
   mention<NSTimeZone>();
   mention<NSFormatter>();
+  mention<NSNumberFormatter>();
   mention<NSDateFormatter>();
 }
 

@@ -192,8 +192,8 @@ bool NSDateFormatter::getObjectValue_forString_errorDescription(Ref<NSObject>* o
   Ref<NSDate> date = dateFromString(string);
   if (date) return deliver(object, error, std::move(date), nullptr);
   return deliver(object, error, nullptr,
-                 NSString::stringWithFormat("“%@” is not a date in the format “%@”"_ns, string,
-                                            engine().pattern()));
+                 NSString::stringWithFormat("“%@” is not a date in the format “%@”"_ns,
+                                            excerpt(string), engine().pattern()));
 }
 
 // Settings ----------------------------------------------------------------------------------------

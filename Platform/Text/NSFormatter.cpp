@@ -46,4 +46,10 @@ bool NSFormatter::deliver(Ref<NSObject>* object, Ref<NSString>* error, Ref<NSObj
   return isRight;
 }
 
+Ref<NSString> NSFormatter::excerpt(NSString* text) {
+  constexpr std::uint32_t longest = 100;
+  if (text->length() <= longest) return text;
+  return text->substringToIndex(longest)->stringByAppendingString("…"_ns);
+}
+
 }  // namespace qz

@@ -41,6 +41,9 @@ class NSFormatter : public Derives<NSFormatter, NSObject> {
   /// What a parse that found `value` or failed with `message` hands out and answers.
   static bool deliver(Ref<NSObject>* object, Ref<NSString>* error, Ref<NSObject> value,
                       Ref<NSString> message);
+
+  /// `text` for quoting in a message: long ones are cut.
+  static Ref<NSString> excerpt(NSString* text);
 };
 
 }  // namespace qz

@@ -5,6 +5,9 @@
 #include "QZFoundation/QZFileManagerErrorHandler.h"
 #include "QZFoundation/QZIndexMap.h"
 #include "QZFoundation/QZPathIndexer.h"
+#include "QZFoundation/QZHMSFormatter.h"
+#include "QZFoundation/QZIndexMap.h"
+#include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/XJKQueue.h"
 
@@ -46,6 +49,8 @@ void registerQZFoundation() {
   classOf<QZFileManagerErrorHandler>();
   detail::registerNSFileManagerQZFoundation();
   detail::registerNSFileManagerQZCopy();
+  classOf<QZHMSFormatter>();
+  classOf<QZStorageSizeFormatter>();
 }
 
 }  // namespace qz

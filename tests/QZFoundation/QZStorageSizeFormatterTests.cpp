@@ -1,0 +1,180 @@
+#include "QZFoundation/QZStorageSizeFormatter.h"
+
+#include <gtest/gtest.h>
+#include <unicode/decimfmt.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Text/NSLocale.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Raises.h"
+
+namespace qz {
+namespace {
+
+constexpr std::int32_t binary = 0;
+constexpr std::int32_t decimal = 1;
+
+Ref<QZStorageSizeFormatter> formatter(std::int32_t mode, NSString* locale = "en_US"_ns) {
+  auto made = QZStorageSizeFormatter::init();
+  made->setFormat("#,##0.0;0;#,##0.0"_ns);
+  made->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
+  made->setStorageSizeMode(mode);
+  return made;
+}
+
+std::string text(QZStorageSizeFormatter* formatter, std::uint64_t bytes) {
+  const auto number = NSNumber::numberWithUnsignedLongLong(bytes);
+  return to_string(formatter->stringForObjectValue(number));
+}
+
+TEST(QZStorageSizeFormatter, Formatting) {
+  const struct {
+    std::uint64_t bytes;
+    const char* binary;
+    const char* decimal;
+  } cases[] = {
+      {0, "0 bytes", "0 bytes"},
+      {1, "1.0 bytes", "1.0 bytes"},
+      {512, "512.0 bytes", "512.0 bytes"},
+      {1000, "1,000.0 bytes", "1.0 KB"},
+      {1023, "1,023.0 bytes", "1.0 KB"},
+      {1024, "1.0 KB", "1.0 KB"},
+      {1572864, "1.5 MB", "1.6 MB"},
+      {1'000'000, "976.6 KB", "1.0 MB"},
+      {999'999, "976.6 KB", "1,000.0 KB"},
+      {1ull << 30, "1.0 GB", "1.1 GB"},
+      {1ull << 40, "1.0 TB", "1.1 TB"},
+      {INT64_MAX, "8,388,608.0 TB", "9,223,372.0 TB"},
+      {1ull << 63, "--", "--"},
+      {UINT64_MAX, "--", "--"},
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(text(formatter(binary), each.bytes), each.binary);
+    EXPECT_EQ(text(formatter(decimal), each.bytes), each.decimal);
+  }
+  EXPECT_EQ(text(formatter(decimal, "de_DE"_ns), 1'500'000), "1,5 MB");
+  EXPECT_EQ(text(formatter(decimal, "ar_EG"_ns), 1'500'000), "١٫٥ MB");
+  EXPECT_EQ(to_string(QZStorageSizeFormatter::storageSizeStringForBytes(1'500'000)), "1.5 MB");
+  EXPECT_EQ(to_string(QZStorageSizeFormatter::storageSizeStringForBytes(0)), "0 bytes");
+}
+
+TEST(QZStorageSizeFormatter, OtherValues) {
+  const auto sizes = formatter(decimal);
+  const auto shown = [&](double value) {
+    return to_string(sizes->stringForObjectValue(NSNumber::numberWithDouble(value)));
+  };
+  EXPECT_EQ(shown(-1), "--");
+  EXPECT_EQ(shown(-0.5), "0.5 bytes");  // no bytes, so the number itself: without its sign here
+  EXPECT_EQ(shown(1500.9), "1.5 KB");
+  EXPECT_EQ(shown(std::nan("")), "NaN bytes");
+  EXPECT_EQ(shown(HUGE_VAL), "18,446,744.0 TB");
+  EXPECT_EQ(sizes->stringForObjectValue("12"_ns), nullptr);
+  EXPECT_EQ(sizes->stringForObjectValue(nullptr), nullptr);
+  EXPECT_EQ(to_string(sizes->editingStringForObjectValue(NSNumber::of(1572864))), "1,572,864.0");
+  const auto plain = QZStorageSizeFormatter::init();
+  plain->setLocale(NSLocale::localeWithLocaleIdentifier("en_US"_ns));
+  EXPECT_EQ(text(plain, 1'234'567), "1.235 MB");
+  EXPECT_EQ(to_string(plain->editingStringForObjectValue(NSNumber::of(1572864))), "1572864");
+  const auto copy = as<QZStorageSizeFormatter>(formatter(binary)->copy());
+  EXPECT_EQ(text(copy, 1'000'000), "976.6 KB");
+}
+
+TEST(QZStorageSizeFormatter, Parsing) {
+  constexpr std::uint64_t fails = UINT64_MAX - 1;
+  const struct {
+    NSString* text;
+    std::uint64_t binary, decimal;
+  } cases[] = {
+      {"2 MB"_ns, 2097152, 2'000'000},
+      {"2 mb"_ns, 2097152, 2'000'000},
+      {"2MB"_ns, 2097152, 2'000'000},
+      {" 1 0 MB"_ns, 10485760, 10'000'000},
+      {"1.5 KB"_ns, 1024, 1000},  // one kilobyte: cut first
+      {"3 KB extra"_ns, 3072, 3000},
+      {"1,023.0 bytes"_ns, 1023, 1023},
+      {"100"_ns, 100, 100},
+      {"0"_ns, 0, 0},
+      {"0 bytes"_ns, 0, 0},
+      {"1 KB 2 TB"_ns, fails, fails},  // the greatest unit decides, and "1KB2" is no number
+      {"5 KB MB"_ns, fails, fails},
+      {"5 MB 6 MB"_ns, fails, fails},  // the last one
+      {"100 "_ns, fails, fails},       // without a unit, blanks stay
+      {"abc KB"_ns, fails, fails},
+      {" KB"_ns, fails, fails},
+      {""_ns, fails, fails},
+      {"-1"_ns, fails, fails},  // the pattern has no minus sign
+      {"1x0 KB"_ns, fails, fails},
+      {"18446744073709551615"_ns, UINT64_MAX, UINT64_MAX},
+      {"18446744073709551615 KB"_ns, UINT64_MAX - 1023, UINT64_MAX - 999},  // wraps around
+      {"99999999999999999999999 bytes"_ns, UINT64_MAX, UINT64_MAX},
+      {"99999999 TB"_ns, 99999999ull << 40, 99999999ull * 1'000'000'000'000},
+  };
+  for (const auto& each : cases)
+    for (const std::int32_t mode : {binary, decimal}) {
+      Ref<NSObject> value = "left over"_ns;
+      Ref<NSString> error = "left over"_ns;
+      const bool isRead =
+          formatter(mode)->getObjectValue_forString_errorDescription(&value, each.text, &error);
+      const std::uint64_t expected = mode == binary ? each.binary : each.decimal;
+      EXPECT_EQ(isRead, expected != fails) << each.text;
+      EXPECT_EQ(isRead, value != nullptr) << each.text;
+      EXPECT_EQ(isRead, error == nullptr) << each.text;
+      if (value) {
+        EXPECT_EQ(as<NSNumber>(value)->unsignedLongLongValue(), expected) << each.text;
+      }
+    }
+  EXPECT_TRUE(test::raises(NSInvalidArgumentException, [] {
+    formatter(binary)->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr);
+  }));
+}
+
+// Whole multiples of a unit come back; all else is cut to them.
+TEST(QZStorageSizeFormatter, RoundTrip) {
+  for (NSString* locale :
+       {"en_US"_ns, "de_DE"_ns, "fr_FR"_ns, "ja_JP"_ns, "ar_EG"_ns, "hi_IN"_ns, "sv_SE"_ns})
+    for (const std::int32_t mode : {binary, decimal}) {
+      const auto sizes = formatter(mode, locale);
+      const std::uint64_t kilobyte = mode == binary ? 1024 : 1000;
+      std::uint64_t unit = 1;
+      for (int i = 0; i < 5; ++i, unit *= kilobyte)
+        for (const std::uint64_t count : {1, 7, 999}) {
+          const auto shown =
+              sizes->stringForObjectValue(NSNumber::numberWithUnsignedLongLong(count * unit));
+          Ref<NSObject> value;
+          ASSERT_TRUE(sizes->getObjectValue_forString_errorDescription(&value, shown, nullptr))
+              << shown;
+          ASSERT_EQ(as<NSNumber>(value)->unsignedLongLongValue(), count * unit) << shown;
+        }
+    }
+}
+
+// What ICU makes of the same quotient.
+TEST(QZStorageSizeFormatter, NumbersAreIcus) {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::DecimalFormat reference(
+      u"#,##0.0", icu::DecimalFormatSymbols(icu::Locale("en_US"), status), status);
+  ASSERT_TRUE(U_SUCCESS(status));
+  const auto sizes = formatter(binary);
+  std::mt19937_64 random(13);
+  for (int i = 0; i < 20'000; ++i) {
+    const std::uint64_t bytes = (random() >> (1 + random() % 52)) | 1;
+    const std::uint64_t unit = bytes >> 40 != 0   ? 1ull << 40
+                               : bytes >> 30 != 0 ? 1ull << 30
+                               : bytes >> 20 != 0 ? 1ull << 20
+                               : bytes >> 10 != 0 ? 1ull << 10
+                                                  : 1;
+    icu::UnicodeString expected;
+    reference.format(static_cast<float>(bytes) / static_cast<float>(unit), expected);
+    std::string utf8;
+    expected.toUTF8String(utf8);
+    const std::string shown = text(sizes, bytes);
+    ASSERT_EQ(shown.substr(0, shown.find(' ')), utf8) << bytes;
+  }
+}
+
+}  // namespace
+}  // namespace qz
