@@ -34,9 +34,11 @@ int main(int argc, char** argv) {
   qz::bench::compareThreads();
   qz::bench::compareWatching();
   qz::bench::compareFiles();
+  qz::bench::compareFormatters();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();
+  qz::bench::compareQtFormatters();
 #endif
 #if defined(QZ_BENCH_GLIB)
   qz::bench::compareGLib();

@@ -7,6 +7,7 @@
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZHMSFormatter.h"
 #include "QZFoundation/QZIndexMap.h"
+#include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/XJKQueue.h"

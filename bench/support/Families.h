@@ -14,9 +14,11 @@ void compareMessages();
 void compareThreads();
 void compareWatching();
 void compareFiles();
+void compareFormatters();
 
 void compareQt();  // defined when QZ_BENCH_QT is
 void compareQtStrings();
+void compareQtFormatters();
 void compareGLib();  // defined when QZ_BENCH_GLIB is
 
 }  // namespace qz::bench

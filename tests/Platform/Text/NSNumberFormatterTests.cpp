@@ -221,7 +221,7 @@ TEST(NSNumberFormatter, Reading) {
       {"12,34"_ns, No, Whole, 1234},
       {" 5 "_ns, No, Whole, 5},
       {"５"_ns, Whole, Whole, 5},  // a digit is a digit
-      {"1e3"_ns, No, No, 0},
+      {"1e3"_ns, Whole, Whole, 1000},
       {"1.2.3"_ns, No, No, 0},
       {"12abc"_ns, No, No, 0},
       {"abc"_ns, No, No, 0},
