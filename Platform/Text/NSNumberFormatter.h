@@ -191,7 +191,7 @@ class NSNumberFormatter : public Derives<NSNumberFormatter, NSFormatter> {
 
   // Reading ---------------------------------------------------------------------------------------
 
-  /// Whether reading overlooks blanks around the number and misplaced grouping. False unless set.
+  /// Whether reading overlooks blanks, misplaced grouping and further signs. False unless set.
   bool isLenient() const;
   void setLenient(bool lenient);
 
