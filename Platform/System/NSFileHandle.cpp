@@ -183,22 +183,23 @@ Ref<NSData> NSFileHandle::readDataOfLength(std::uint32_t length) {
 
 // Writing -----------------------------------------------------------------------------------------
 
-bool NSFileHandle::write(NSData* data, Ref<NSError>* error) {
-  if (data == nullptr) return true;
+bool NSFileHandle::writeBytes_error(std::span<const std::byte> bytes, Ref<NSError>* error) {
   if (breaks_ == Breaks::Unknown)
     breaks_ = detail::canBreak(descriptor_) ? Breaks::Yes : Breaks::No;
-  const int problem = breaks_ == Breaks::Yes ? detail::writeAll(descriptor_, data->span())
-                                             : detail::writeAllToFile(descriptor_, data->span());
+  const int problem = breaks_ == Breaks::Yes ? detail::writeAll(descriptor_, bytes)
+                                             : detail::writeAllToFile(descriptor_, bytes);
   if (problem == 0) return true;
   set(error, problem, "write");
   return false;
 }
 
-bool NSFileHandle::writeData_error(NSData* data, Ref<NSError>* error) { return write(data, error); }
+bool NSFileHandle::writeData_error(NSData* data, Ref<NSError>* error) {
+  return data == nullptr || writeBytes_error(data->span(), error);
+}
 
 void NSFileHandle::writeData(NSData* data) {
   Ref<NSError> error;
-  if (!write(data, &error)) raiseFailure("writeData:", error);
+  if (!NSFileHandle::writeData_error(data, &error)) raiseFailure("writeData:", error);
 }
 
 // Files alone -------------------------------------------------------------------------------------

@@ -2,7 +2,9 @@
 /// File handles: open files, pipes, sockets and devices as Objects.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
@@ -80,6 +82,7 @@ class NSFileHandle : public Derives<NSFileHandle, NSObject> {
   /// Writes all bytes; nothing for nil. When it fails, some of them may have been written.
   virtual void writeData(NSData* data);
   virtual bool writeData_error(NSData* data, Ref<NSError>* error);
+  bool writeBytes_error(std::span<const std::byte> bytes, Ref<NSError>* error);
 
   // Files alone -----------------------------------------------------------------------------------
 
@@ -114,7 +117,6 @@ class NSFileHandle : public Derives<NSFileHandle, NSObject> {
   enum class Breaks : std::uint8_t { Unknown, Yes, No };
 
   Ref<NSData> readUpTo(std::uint64_t limit, const char* operation, Ref<NSError>* error);
-  bool write(NSData* data, Ref<NSError>* error);
 
   bool closes_ = false;
   Breaks breaks_ = Breaks::Unknown;

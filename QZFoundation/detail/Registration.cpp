@@ -4,6 +4,7 @@
 #include "QZFoundation/QZFileWatcher.h"
 #include "QZFoundation/QZFileManagerErrorHandler.h"
 #include "QZFoundation/QZIndexMap.h"
+#include "QZFoundation/QZLog.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZHMSFormatter.h"
 #include "QZFoundation/QZIndexMap.h"
@@ -43,6 +44,7 @@ void registerQZFoundation() {
   classOf<QZVersionNumber>();
   classOf<QZDisk>();
   classOf<QZPathIndexer>();
+  classOf<QZLog>();
   detail::registerNSBundleQZFoundation();
   detail::registerNSTaskQZFoundation();
   detail::registerNSDataQZFoundation();

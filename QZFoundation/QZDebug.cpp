@@ -1,0 +1,71 @@
+#include "QZFoundation/QZDebug.h"
+
+#include <unistd.h>
+
+#include <mutex>
+#include <string>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/System/NSTask.h"
+#include "Platform/Values/NSPathUtilities.h"
+#include "QZFoundation/detail/ApplicationName.h"
+#include "QZFoundation/detail/DebugKeys.h"
+
+namespace qz {
+namespace {
+
+struct State {
+  std::mutex mutex;
+  Ref<QZLog> log;
+};
+
+State& state() {
+  static State* const state = new State;
+  return *state;
+}
+
+Ref<NSString> debugLogPath() {
+  const auto folder = NSHomeDirectory()->stringByAppendingPathComponent("Desktop"_ns);
+  return folder->stringByAppendingPathComponent(
+      NSString::stringWithFormat("%@.log"_ns, detail::applicationName()));
+}
+
+}  // namespace
+
+Ref<QZLog> QZGetDebugLog() {
+  const std::lock_guard lock(state().mutex);
+  if (state().log) return state().log;
+  const auto path = debugLogPath();
+  ::unlink(path->fileSystemRepresentation().c_str());
+  auto log = QZLog::initWithFilePath(path);
+  for (NSString* key : elements<NSString>(detail::debugKeys())) log->setKey_enabled(key, true);
+  state().log = log;
+  return log;
+}
+
+void QZDebugInitialize() { QZGetDebugLog(); }
+
+void QZSetDebugEnabled(NSString* key, bool enabled) {
+  QZGetDebugLog()->setKey_enabled(key, enabled);
+}
+
+bool QZIsDebugEnabled(NSString* key) { return QZGetDebugLog()->isKeyEnabled(key); }
+
+void QZDebugClose() {
+  Ref<QZLog> log;
+  {
+    const std::lock_guard lock(state().mutex);
+    log = std::move(state().log);
+  }
+  if (log) log->closeLog();
+}
+
+void QZDebugLogSystemProfile() {
+  QZDebugInitialize();
+  // Prepared and let go of: that nothing is written is the required effect.
+  auto task = make<NSTask>();
+  task->setLaunchPath("/usr/sbin/system_profiler"_ns);
+  task->setArguments(NSArray::arrayWithObjects({"-detailLevel"_ns, "mini"_ns}));
+}
+
+}  // namespace qz
