@@ -95,8 +95,8 @@ StepResult run(const std::string& title, BackupTask* task) {
   ProgressLine line;
   running = task;
   bool isDone = false;
-  auto timer =
-      NSTimer::scheduledTimer(0.1, true, [&] { line.show(title, task->progress, elapsed()); });
+  auto timer = NSTimer::scheduledTimer(
+      0.1, true, [&](NSTimer*) { line.show(title, task->progress, elapsed()); });
   NSThread::detachNewThread([task = Ref<BackupTask>(task), &isDone] {
     task->performTask();
     NSRunLoop::mainRunLoop()->performAndWait([&] { isDone = true; });
