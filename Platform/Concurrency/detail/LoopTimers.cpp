@@ -11,14 +11,18 @@ bool LoopTimers::attach(NSTimer* timer, ModeMask modes) {
     time = timer->time_;
   }
   bool closed = false;
+  bool isKnown = false;
   {
     std::lock_guard lock(mutex_);
     timer->modes_ |= modes;
     closed = closed_;
-    if (timer->isListed_ || firing_.contains(timer)) return true;
+    isKnown = timer->isListed_ || firing_.contains(timer);
+    arm();
   }
   if (closed)
     timer->invalidate();
+  else if (isKnown)
+    signal_->raise();
   else
     put(timer, time);
   return true;
@@ -32,15 +36,16 @@ void LoopTimers::put(NSTimer* timer, SteadyTime time) {
     if (closed_ || !timer->isValid()) return;
     kept = unlist(timer);
     firing_.erase(timer);
-    if (!list(timer, time)) return;
+    list(timer, time);
   }
-  signal_->raise();
+  signal_->raise();  // the loop may be waiting for a later one
 }
 
 void LoopTimers::putBack(NSTimer* timer, SteadyTime time) {
   {
     std::lock_guard lock(mutex_);
-    if (firing_.erase(timer) == 0 || !list(timer, time)) return;
+    if (firing_.erase(timer) == 0) return;
+    list(timer, time);
   }
   signal_->raise();
 }
@@ -58,14 +63,12 @@ void LoopTimers::remove(NSTimer* timer) {
   signal_->raise();
 }
 
-bool LoopTimers::list(NSTimer* timer, SteadyTime time) {
+void LoopTimers::list(NSTimer* timer, SteadyTime time) {
   timer->listed_ = time;
   timer->order_ = nextOrder_++;
   timer->isListed_ = true;
-  const auto place = byTime_.emplace(Place(time, timer->order_), Ref<NSTimer>(timer)).first;
-  if (place != byTime_.begin()) return false;
+  byTime_.emplace(Place(time, timer->order_), Ref<NSTimer>(timer));
   arm();
-  return true;
 }
 
 Ref<NSTimer> LoopTimers::unlist(NSTimer* timer) {
@@ -77,9 +80,16 @@ Ref<NSTimer> LoopTimers::unlist(NSTimer* timer) {
   return kept;
 }
 
+// A timer of another mode would make the descriptor ready with nothing to serve.
 void LoopTimers::arm() noexcept {
-  if (armed_)
-    signal_->arm(byTime_.empty() ? std::nullopt : std::optional(byTime_.begin()->first.first));
+  if (!armed_) return;
+  std::optional<SteadyTime> next;
+  for (const auto& [place, timer] : byTime_)
+    if ((timer->modes_ & (defaultMode | commonModes)) != 0) {
+      next = place.first;
+      break;
+    }
+  signal_->arm(next);
 }
 
 std::pair<Ref<NSTimer>, SteadyTime> LoopTimers::takeDue(SteadyTime now, std::uint64_t before,

@@ -49,7 +49,7 @@ class LoopTimers : public std::enable_shared_from_this<LoopTimers> {
 
   bool isEmpty();
 
-  /// Has the descriptor of the signal follow the first timer.
+  /// Has the descriptor of the signal follow the first timer of the default mode.
   void armAlways();
 
   /// Invalidates all and takes no more.
@@ -58,7 +58,7 @@ class LoopTimers : public std::enable_shared_from_this<LoopTimers> {
  private:
   using Place = std::pair<SteadyTime, std::uint64_t>;
 
-  bool list(NSTimer* timer, SteadyTime time);  // whether it is the first now
+  void list(NSTimer* timer, SteadyTime time);
   Ref<NSTimer> unlist(NSTimer* timer);
   void arm() noexcept;
 

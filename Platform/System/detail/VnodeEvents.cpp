@@ -13,13 +13,14 @@
 namespace qz::detail {
 namespace {
 
-// What to ask the kernel for. Deleting, renaming and losing names may each come as a change of
-// attributes, and how often a file was linked shows there as well.
+// What to ask the kernel for. Losing a name and getting it back come as a change of attributes, and
+// without them the size that growing is told by would not be known.
 std::uint32_t kernelMask(std::uint32_t kinds) noexcept {
   std::uint32_t bits = IN_DELETE_SELF | IN_MOVE_SELF;
   if ((kinds & (vnodeWritten | vnodeExtended | vnodeLinked)) != 0)
     bits |= IN_MODIFY | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
-  if ((kinds & (vnodeAttributes | vnodeLinked | vnodeDeleted)) != 0) bits |= IN_ATTRIB;
+  if ((kinds & (vnodeAttributes | vnodeLinked | vnodeDeleted | vnodeExtended)) != 0)
+    bits |= IN_ATTRIB;
   return bits;
 }
 
@@ -177,7 +178,9 @@ std::uint32_t VnodeEvents::kindsOf(Watch watch, Entry& entry, std::uint32_t bits
     if (std::erase(doubtful_, watch) != 0) kinds |= vnodeAttributes;
     const Known now = look(entry.path);
     entry.isRenamed = !now.isSameFile(entry.known);
-    if (!entry.isRenamed) {  // back where it was
+    if (entry.isRenamed) {
+      entry.known.links = 0;
+    } else {  // back where it was
       entry.known = now;
       entry.isDeleted = false;
     }
@@ -191,18 +194,19 @@ std::uint32_t VnodeEvents::kindsOf(Watch watch, Entry& entry, std::uint32_t bits
 std::uint32_t VnodeEvents::attributeKinds(Watch watch, Entry& entry) {
   const Known now = look(entry.path);
   if (!now.isSameFile(entry.known)) {
-    entry.known.links = 0;  // no longer known: it counts as changed when the name is back
+    entry.known.links = 0;
     if (entry.isRenamed || !entry.known.exists) return vnodeAttributes;
     if (!entry.isDeleted) doubtful_.push_back(watch);
     return 0;
   }
   const Known before = std::exchange(entry.known, now);
-  entry.known.size = before.size;  // growing is a matter of writing
   entry.isRenamed = false;
   entry.isDeleted = false;
+  if (before.links == 0) return vnodeLinked;  // the name is back, by a new link
+  entry.known.size = before.size;             // growing is a matter of writing
   if (now.links == before.links) return vnodeAttributes;
-  const bool others = before.links != 0 && (now.mode != before.mode || now.owner != before.owner ||
-                                            now.group != before.group);
+  const bool others =
+      now.mode != before.mode || now.owner != before.owner || now.group != before.group;
   return vnodeLinked | (others ? vnodeAttributes : 0u);
 }
 

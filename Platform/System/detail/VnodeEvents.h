@@ -74,7 +74,7 @@ class VnodeEvents {
     dev_t device = 0;
     ino_t inode = 0;
     off_t size = 0;
-    nlink_t links = 0;
+    nlink_t links = 0;  // 0 while the path does not lead to it
     mode_t mode = 0;
     uid_t owner = 0;
     gid_t group = 0;

@@ -338,11 +338,21 @@ TEST_F(NSRunLoopTest, AnotherEventLoopDrivesIt) {
   EXPECT_FALSE(isReady(0));
   EXPECT_EQ(served, 1);
   auto timer = NSTimer::scheduledTimer(0.01, false, [&](NSTimer*) { ++served; });
+  const auto serveOne = [&] {
+    for (const int before = served; served == before; loop->runPending())
+      ASSERT_TRUE(isReady(60'000));
+  };
+  serveOne();
+  // A timer of another mode is not in the way.
+  auto elsewhere = NSTimer::timer(0.001, false, [](NSTimer*) {});
+  loop->addTimer_forMode(elsewhere, "Elsewhere"_ns);
+  timer = NSTimer::scheduledTimer(0.01, false, [&](NSTimer*) { ++served; });
+  NSThread::sleepForTimeInterval(0.002);
+  serveOne();
+  EXPECT_TRUE(elsewhere->isValid());
+  elsewhere->invalidate();
   while (isReady(0)) loop->runPending();
-  EXPECT_EQ(served, 1);
-  EXPECT_TRUE(isReady(60'000));
-  loop->runPending();
-  EXPECT_EQ(served, 2);
+  EXPECT_EQ(std::exchange(served, 2), 3);
   // What an exception leaves behind is announced again.
   loop->perform([] { throw std::runtime_error("no"); });
   loop->perform([&] { ++served; });
