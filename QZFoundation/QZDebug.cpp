@@ -1,11 +1,10 @@
 #include "QZFoundation/QZDebug.h"
 
-#include <unistd.h>
-
 #include <mutex>
 #include <string>
 
 #include "Platform/Collections/NSArray.h"
+#include "Platform/System/NSFileManager.h"
 #include "Platform/System/NSTask.h"
 #include "Platform/Values/NSPathUtilities.h"
 #include "QZFoundation/detail/ApplicationName.h"
@@ -36,7 +35,8 @@ Ref<QZLog> QZGetDebugLog() {
   const std::lock_guard lock(state().mutex);
   if (state().log) return state().log;
   const auto path = debugLogPath();
-  ::unlink(path->fileSystemRepresentation().c_str());
+  const auto manager = NSFileManager::defaultManager();
+  if (manager->fileExistsAtPath(path)) manager->removeFileAtPath_handler(path, nullptr);
   auto log = QZLog::initWithFilePath(path);
   for (NSString* key : elements<NSString>(detail::debugKeys())) log->setKey_enabled(key, true);
   state().log = log;

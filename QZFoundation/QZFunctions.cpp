@@ -1,7 +1,6 @@
 #include "QZFoundation/QZFunctions.h"
 
 #include <cmath>
-#include <filesystem>
 #include <string>
 
 #include "Platform/Collections/NSMutableArray.h"
@@ -10,6 +9,7 @@
 #include "Platform/System/detail/OsRelease.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSPathUtilities.h"
+#include "QZFoundation/NSFileManager-QZFoundation.h"
 #include "QZFoundation/NSTask-QZFoundation.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/detail/ApplicationName.h"
@@ -33,8 +33,9 @@ Ref<NSString> QZApplicationSupportSubPath() {
 Ref<NSString> QZCacheDirectory() {
   const auto path = NSHomeDirectory()->stringByAppendingPathComponent(
       NSString::stringWithFormat("Library/Caches/%@"_ns, detail::applicationName()));
-  std::error_code ignored;
-  std::filesystem::create_directories(fileSystemPath(path), ignored);
+  NSFileManager* const manager = currentThreadFileManager();
+  if (!manager->fileExistsAtPath(path))
+    createDirectoryAtPath_attributes_createParents(manager, path, nullptr, true);
   return path;
 }
 

@@ -12,6 +12,7 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/System/NSFileManager.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/detail/DataStorage.h"
 #include "Platform/Values/detail/Utf.h"
@@ -172,7 +173,7 @@ void QZLog::closeLog() {
 
 void QZLog::clearLog() {
   send<void>(this, "closeLog"_sel);
-  if (logFilePath_) ::unlink(logFilePath_->fileSystemRepresentation().c_str());
+  NSFileManager::defaultManager()->removeFileAtPath_handler(logFilePath_, nullptr);
 }
 
 void QZLog::describe(ClassDescription<QZLog>& is) {

@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
   qz::bench::compareWatching();
   qz::bench::compareFiles();
   qz::bench::compareFormatters();
+  qz::bench::compareSystem();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();
@@ -42,6 +43,9 @@ int main(int argc, char** argv) {
 #endif
 #if defined(QZ_BENCH_GLIB)
   qz::bench::compareGLib();
+#endif
+#if defined(QZ_BENCH_SPDLOG)
+  qz::bench::compareSpdlog();
 #endif
 
   const std::string memory = qz::bench::memoryTable();

@@ -1,13 +1,11 @@
 #include "QZFoundation/detail/Registration.h"
 
 #include "QZFoundation/QZDisk.h"
-#include "QZFoundation/QZFileWatcher.h"
 #include "QZFoundation/QZFileManagerErrorHandler.h"
-#include "QZFoundation/QZIndexMap.h"
-#include "QZFoundation/QZLog.h"
-#include "QZFoundation/QZPathIndexer.h"
+#include "QZFoundation/QZFileWatcher.h"
 #include "QZFoundation/QZHMSFormatter.h"
 #include "QZFoundation/QZIndexMap.h"
+#include "QZFoundation/QZLog.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
@@ -43,6 +41,7 @@ void registerQZFoundation() {
   classOf<QZFileWatcher>();
   classOf<QZVersionNumber>();
   classOf<QZDisk>();
+  detail::registerNSFileManagerQZVolumes();
   classOf<QZPathIndexer>();
   classOf<QZLog>();
   detail::registerNSBundleQZFoundation();

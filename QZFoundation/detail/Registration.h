@@ -23,6 +23,7 @@ void registerNSEnumeratorQZFoundation();
 void registerNSMutableArrayQZFoundation();
 void registerNSFileManagerQZCopy();
 void registerNSFileManagerQZFoundation();
+void registerNSFileManagerQZVolumes();
 void registerNSMutableStringQZFoundation();
 void registerNSBundleQZFoundation();
 void registerNSDataQZFoundation();

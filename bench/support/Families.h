@@ -15,10 +15,12 @@ void compareThreads();
 void compareWatching();
 void compareFiles();
 void compareFormatters();
+void compareSystem();
 
 void compareQt();  // defined when QZ_BENCH_QT is
 void compareQtStrings();
 void compareQtFormatters();
-void compareGLib();  // defined when QZ_BENCH_GLIB is
+void compareGLib();    // defined when QZ_BENCH_GLIB is
+void compareSpdlog();  // defined when QZ_BENCH_SPDLOG is
 
 }  // namespace qz::bench

@@ -6,7 +6,9 @@
 #include <string>
 
 #include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
 #include "Platform/Runtime/Send.h"
+#include "QZFoundation/NSFileManager-QZVolumes.h"
 #include "tests/support/MountTable.h"
 
 namespace qz::test {
@@ -92,6 +94,35 @@ TEST(QZDisk, TellsWhatTheTableAndTheVolumeSay) {
   EXPECT_EQ(remote->creationDate(), nullptr);
   EXPECT_TRUE(remote->getAttrInfoCached());
   EXPECT_EQ(remote->availableFreeSpace(), 0);
+}
+
+TEST(NSFileManagerQZVolumes, VolumeOfAFile) {
+  MountTable table(mounts);
+  const auto manager = NSFileManager::defaultManager();
+  const auto mountPathOf = [&](NSString* path) {
+    const auto found = send<Ref<NSString>>(manager, "volumeMountPathForFilePath:"_sel, path);
+    return found ? found->UTF8String() : "nil";
+  };
+  EXPECT_EQ(mountPathOf("/etc"_ns), "/");
+  EXPECT_EQ(mountPathOf("/dev/null"_ns), "/dev");
+  EXPECT_EQ(mountPathOf("/no/such/file"_ns), "nil");
+  EXPECT_EQ(mountPathOf(nullptr), "nil");
+
+  const auto attributesOf = [&](NSString* path) {
+    return send<Ref<NSDictionary>>(manager, "volumeAttributesForPath:"_sel, path);
+  };
+  EXPECT_EQ(attributesOf("/etc"_ns), nullptr);
+  table.setAttributes("/", {"Root", 1000, 2000});
+  const auto name = NSString::stringWithCharacters({u"Root\0", 5});
+  EXPECT_TRUE(equal(
+      attributesOf("/etc"_ns),
+      NSDictionary::of({{QZVolumeMountPath, "/"_ns},
+                        {QZVolumeName, name},
+                        {QZVolumeCreationDate, NSDate::dateWithTimeIntervalSince1970(1000)}})));
+  // Nothing behind what is missing.
+  table.setAttributes("/", {std::nullopt, 1000, 2000});
+  EXPECT_TRUE(equal(attributesOf("/etc"_ns), NSDictionary::of({{QZVolumeMountPath, "/"_ns}})));
+  EXPECT_EQ(attributesOf("/no/such/file"_ns), nullptr);
 }
 
 TEST(QZDisk, NothingWhereTheSystemRefuses) {
