@@ -1,6 +1,7 @@
 // Dates in Unicode's patterns and in the locales' styles.
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
+#include <unicode/uchar.h>
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +29,18 @@ icu::UnicodeString withPlainBlanks(icu::UnicodeString text) {
     if (unit == 0x00A0 || unit == 0x2009 || unit == 0x202F) text.setCharAt(i, u' ');
   }
   return text;
+}
+
+// ICU 72 counts the digits of a fraction in powers of ten of 32 bits, and divides by zero after 35.
+bool hasEndlessNumber(const icu::UnicodeString& text) {
+  constexpr int longest = 30;
+  int digits = 0;
+  for (std::int32_t i = 0; i < text.length(); i = text.moveIndex32(i, 1)) {
+    const UChar32 character = text.char32At(i);
+    digits = u_isdigit(character) ? digits + U16_LENGTH(character) : 0;
+    if (digits > longest) return true;
+  }
+  return false;
 }
 
 double milliseconds(double seconds) noexcept {
@@ -67,7 +80,7 @@ class PatternEngine final : public DateEngine {
   std::optional<double> parse(std::u16string_view text, const NSTimeZone& zone) const override {
     icu::UnicodeString units = withPlainBlanks(copyOf(text));
     if (reading_.isLenient) units.trim();
-    if (units.isEmpty()) return std::nullopt;
+    if (units.isEmpty() || hasEndlessNumber(units)) return std::nullopt;
     const auto calendar = calendarIn(zone);
     setDefaults(*calendar, zone);
     icu::ParsePosition position(0);

@@ -50,7 +50,7 @@ std::optional<PlainNumberFormat> PlainNumberFormat::of(const icu::DecimalFormat&
       !format.isScientificNotation() && !format.areSignificantDigitsUsed() &&
       format.getMultiplier() == 1 && format.getRoundingIncrement() == 0 &&
       format.getRoundingMode() == icu::DecimalFormat::kRoundHalfEven &&
-      format.getFormatWidth() == 0 && pattern.indexOf(u'\u00A4') < 0 && pattern.indexOf(u'%') < 0 &&
+      format.getFormatWidth() <= 0 && pattern.indexOf(u'\u00A4') < 0 && pattern.indexOf(u'%') < 0 &&
       pattern.indexOf(u'\u2030') < 0 && isOneUnit(point) && isOneUnit(separator) &&
       symbols->getConstSymbol(icu::DecimalFormatSymbols::kZeroDigitSymbol) ==
           icu::UnicodeString(u'0') &&

@@ -14,6 +14,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Text/NSLocale.h"
+#include "Platform/Text/detail/PlainNumberFormat.h"
 #include "Platform/Values/NSNumber.h"
 #include "tests/support/Raises.h"
 
@@ -298,6 +299,23 @@ TEST(NSNumberFormatter, RoundTripInEveryLocale) {
         ASSERT_DOUBLE_EQ(read->doubleValue(), value) << shown << " " << name;
       }
     }
+}
+
+// Which patterns take the fast road.
+TEST(NSNumberFormatter, PlainPatternsAreFormattedHere) {
+  const auto isPlain = [](const char16_t* pattern, const char* name) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::DecimalFormat format(pattern, icu::DecimalFormatSymbols(icu::Locale(name), status),
+                                    status);
+    return detail::PlainNumberFormat::of(format).has_value();
+  };
+  for (const char16_t* pattern :
+       {u"#,##0.0", u"#,##0.0;#,##0.0", u"0.###", u"#,##,##0", u"0 'm';(0 'm')"})
+    for (const char* name : {"en_US", "de_CH", "fr_FR", "sv_SE"})
+      EXPECT_TRUE(isPlain(pattern, name)) << to_string(NSString::stringWithCharacters(pattern));
+  for (const char16_t* pattern : {u"0.0E0", u"@@@", u"0%", u"¤0.00", u"*x##0", u"0.05"})
+    EXPECT_FALSE(isPlain(pattern, "en_US")) << to_string(NSString::stringWithCharacters(pattern));
+  EXPECT_FALSE(isPlain(u"0.0", "ar_EG"));
 }
 
 // The fast road for plain patterns and ICU itself, number by number.
