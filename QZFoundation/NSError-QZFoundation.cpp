@@ -13,10 +13,7 @@ constexpr std::int32_t cancelledStatus = -128;
 constexpr std::int32_t cancelledCode = 3072;
 
 Ref<NSError> error(NSString* domain, std::int32_t code, NSString* description) {
-  if (description == nullptr) return make<NSError>(domain, code, nullptr);
-  return make<NSError>(
-      domain, code,
-      NSDictionary::dictionaryWithObject_forKey(description, NSLocalizedDescriptionKey));
+  return make<NSError>(domain, code, description);
 }
 
 Ref<NSError> errorUnlessZero(NSString* domain, std::int32_t code, NSString* description) {

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
   qz::bench::compareObjects();
   qz::bench::compareKeyValueAccess();
   qz::bench::compareCollections();
+  qz::bench::compareDictionaries();
   qz::bench::compareSorting();
   qz::bench::compareStrings();
   qz::bench::compareMessages();
@@ -40,9 +41,11 @@ int main(int argc, char** argv) {
   qz::bench::compareQt();
   qz::bench::compareQtStrings();
   qz::bench::compareQtFormatters();
+  qz::bench::compareQtDictionaries();
 #endif
 #if defined(QZ_BENCH_GLIB)
   qz::bench::compareGLib();
+  qz::bench::compareGLibDictionaries();
 #endif
 #if defined(QZ_BENCH_SPDLOG)
   qz::bench::compareSpdlog();

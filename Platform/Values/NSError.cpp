@@ -10,6 +10,10 @@
 namespace qz {
 namespace {
 
+Ref<NSString> copied(NSString* text) {
+  return text == nullptr ? nullptr : NSString::stringWithString(text);
+}
+
 Ref<NSDictionary> kept(NSDictionary* userInfo) {
   if (userInfo == nullptr) return NSDictionary::dictionary();
   return as<NSDictionary>(userInfo->copy());
@@ -18,11 +22,12 @@ Ref<NSDictionary> kept(NSDictionary* userInfo) {
 }  // namespace
 
 NSError::NSError(NSString* domain, std::int32_t code, NSDictionary* userInfo)
-    : domain_(domain == nullptr ? nullptr : NSString::stringWithString(domain)),
-      userInfo_(kept(userInfo)),
-      code_(code) {}
+    : domain_(copied(domain)), userInfo_(kept(userInfo).leak()), code_(code) {}
 
-NSError::~NSError() = default;
+NSError::NSError(NSString* domain, std::int32_t code, NSString* description)
+    : domain_(copied(domain)), description_(copied(description)), code_(code) {}
+
+NSError::~NSError() { release(userInfo_.load(std::memory_order_acquire)); }
 
 Ref<NSError> NSError::errorWithDomain_code_userInfo(NSString* domain, std::int32_t code,
                                                     NSDictionary* userInfo) {
@@ -34,11 +39,30 @@ Ref<NSError> NSError::initWithDomain_code_userInfo(NSString* domain, std::int32_
   return make<NSError>(domain, code, userInfo);
 }
 
-Ref<NSDictionary> NSError::userInfo() const { return userInfo_; }
+Ref<NSError> NSError::errorWithDomain_code_description(NSString* domain, std::int32_t code,
+                                                       NSString* description) {
+  return make<NSError>(domain, code, description);
+}
 
-Ref<NSObject> NSError::infoForKey(NSString* key) const { return userInfo_->objectForKey(key); }
+Ref<NSDictionary> NSError::userInfo() const {
+  NSDictionary* info = userInfo_.load(std::memory_order_acquire);
+  if (info != nullptr) return info;
+  Ref<NSDictionary> made =
+      description_
+          ? NSDictionary::dictionaryWithObject_forKey(description_, NSLocalizedDescriptionKey)
+          : NSDictionary::dictionary();
+  // Of several threads that ask first, one has its Dictionary kept.
+  if (!userInfo_.compare_exchange_strong(info, made.get(), std::memory_order_acq_rel)) return info;
+  return made.leak();
+}
+
+Ref<NSObject> NSError::infoForKey(NSString* key) const {
+  if (NSDictionary* info = userInfo_.load(std::memory_order_acquire)) return info->objectForKey(key);
+  return key->isEqualToString(NSLocalizedDescriptionKey) ? description_ : nullptr;
+}
 
 Ref<NSString> NSError::localizedDescription() const {
+  if (description_) return description_;
   if (auto text = as<NSString>(infoForKey(NSLocalizedDescriptionKey))) return text;
   if (equal(domain_, NSPOSIXErrorDomain))
     return NSString::stringWithUTF8String(detail::posixErrorText(code_));
@@ -67,7 +91,7 @@ Ref<NSString> NSError::description() const {
 bool NSError::isEqual(NSObject* other) const {
   auto* error = as<NSError>(other);
   return error != nullptr && code_ == error->code_ && equal(domain_, error->domain_) &&
-         equal(userInfo_, error->userInfo_);
+         equal(userInfo(), error->userInfo());
 }
 
 std::size_t NSError::hash() const {

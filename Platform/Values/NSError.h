@@ -2,6 +2,7 @@
 /// Errors: failures that the outside world causes, as values.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "Platform/Runtime/Derives.h"
@@ -28,12 +29,19 @@ class NSError : public Derives<NSError, NSObject> {
   /// `domain` may be nil, which an application without an identifier has; it reads as nil. Keeps a
   /// copy of `userInfo`; nil counts as empty.
   NSError(NSString* domain, std::int32_t code, NSDictionary* userInfo);
+
+  /// The user information is a description alone, or nothing where it is nil.
+  NSError(NSString* domain, std::int32_t code, NSString* description);
+  NSError(NSString* domain, std::int32_t code, std::nullptr_t)
+      : NSError(domain, code, static_cast<NSString*>(nullptr)) {}
   ~NSError() override;
 
   static Ref<NSError> errorWithDomain_code_userInfo(NSString* domain, std::int32_t code,
                                                     NSDictionary* userInfo);
   static Ref<NSError> initWithDomain_code_userInfo(NSString* domain, std::int32_t code,
                                                    NSDictionary* userInfo);
+  static Ref<NSError> errorWithDomain_code_description(NSString* domain, std::int32_t code,
+                                                       NSString* description);
 
   /// Nil when it was made without one.
   Ref<NSString> domain() const { return domain_; }
@@ -72,7 +80,10 @@ class NSError : public Derives<NSError, NSObject> {
   Ref<NSObject> infoForKey(NSString* key) const;
 
   Ref<NSString> domain_;
-  Ref<NSDictionary> userInfo_;
+  // Most Errors are made of a description, read, and thrown away. Their Dictionary is made, and
+  // owned, when somebody asks for it.
+  Ref<NSString> description_;
+  mutable std::atomic<NSDictionary*> userInfo_{nullptr};
   std::int32_t code_;
 };
 

@@ -8,6 +8,7 @@ void compareDispatch();
 void compareObjects();
 void compareKeyValueAccess();
 void compareCollections();
+void compareDictionaries();
 void compareSorting();
 void compareStrings();
 void compareMessages();
@@ -22,5 +23,8 @@ void compareQtStrings();
 void compareQtFormatters();
 void compareGLib();    // defined when QZ_BENCH_GLIB is
 void compareSpdlog();  // defined when QZ_BENCH_SPDLOG is
+void compareQtDictionaries();
+void compareGLib();  // defined when QZ_BENCH_GLIB is
+void compareGLibDictionaries();
 
 }  // namespace qz::bench

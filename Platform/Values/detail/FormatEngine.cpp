@@ -9,6 +9,7 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/FormatConversion.h"
+#include "Platform/Values/detail/UnitSearch.h"
 #include "Platform/Values/detail/Utf.h"
 
 namespace qz::detail {
@@ -109,10 +110,14 @@ class Printer {
 
   void print(std::u16string_view format) {
     while (!format.empty()) {
-      const std::size_t plain = std::min(format.find(u'%'), format.size());
+      const std::size_t plain = std::min(findUnits(format, u"%"), format.size());
       out_.append(format.substr(0, plain));
       format.remove_prefix(plain);
       if (format.empty()) return;
+      if (format.size() > 1 && format[1] == u'@' && printNextString()) {
+        format.remove_prefix(2);
+        continue;
+      }
       FormatConversion conversion;
       const std::size_t taken = parseConversion(format.substr(1), conversion);
       if (taken == 0 || conversion.letter == u'%')
@@ -124,6 +129,16 @@ class Printer {
   }
 
  private:
+  // The short way for what most formats consist of: "%@" and a String.
+  bool printNextString() {
+    if (next_ >= arguments_.size() || arguments_[next_].kind() != Kind::Object) return false;
+    auto* string = as<NSString>(arguments_[next_].object());
+    if (string == nullptr) return false;
+    out_.append(string->view());
+    ++next_;
+    return true;
+  }
+
   void print(const FormatConversion& conversion) {
     FormatStyle style{conversion};
     if (const auto width = valueOf(conversion.width)) {

@@ -1,6 +1,7 @@
 #include "Platform/Values/detail/Utf.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -26,12 +27,56 @@ void store(void* to, __m128i block128) noexcept {
   _mm_storeu_si128(static_cast<__m128i*>(to), block128);
 }
 
+__m128i all16(unsigned value) noexcept { return _mm_set1_epi16(static_cast<short>(value)); }
+
+// All ones in each unit that has no more than the bits of `mask` allow.
+__m128i isWithin(__m128i units, unsigned mask) noexcept {
+  return _mm_cmpeq_epi16(_mm_and_si128(units, all16(~mask)), _mm_setzero_si128());
+}
+
+// How many of a block's bytes, or units, come before the first that is not ASCII.
+std::size_t asciiInBlock(const Byte* bytes) noexcept {
+  const auto beyond = static_cast<unsigned>(_mm_movemask_epi8(load(bytes)));
+  return static_cast<std::size_t>(std::countr_zero(beyond | 1u << block));
+}
+
+std::size_t asciiInBlock(const char16_t* units) noexcept {
+  const __m128i ascii =
+      _mm_packs_epi16(isWithin(load(units), 0x7F), isWithin(load(units + 8), 0x7F));
+  return static_cast<std::size_t>(
+      std::countr_one(static_cast<unsigned>(_mm_movemask_epi8(ascii))));
+}
+
 bool isAsciiBlock(const Byte* bytes) noexcept { return _mm_movemask_epi8(load(bytes)) == 0; }
 
 bool isAsciiBlock(const char16_t* units) noexcept {
   const __m128i both = _mm_or_si128(load(units), load(units + 8));
-  const __m128i beyond = _mm_and_si128(both, _mm_set1_epi16(static_cast<short>(0xFF80)));
-  return _mm_movemask_epi8(_mm_cmpeq_epi16(beyond, _mm_setzero_si128())) == 0xFFFF;
+  return _mm_movemask_epi8(isWithin(both, 0x7F)) == 0xFFFF;
+}
+
+// Adds to `length` what the units take beyond one byte each, and moves `at` behind them, as far as
+// whole vectors reach. Three bytes for each unit, less one for each that is below 0x800 and again
+// below 0x80; half a pair looks like one of three bytes, so each pair counts two too many.
+void addLength(std::u16string_view units, std::size_t& at, std::size_t& length) noexcept {
+  constexpr std::size_t step = 8;
+  constexpr std::size_t mostSteps = 4096;  // before the lanes of 16 bits might be full
+  while (units.size() - at > step) {
+    __m128i less = _mm_setzero_si128();
+    const std::size_t steps = std::min((units.size() - at - 1) / step, mostSteps);
+    for (std::size_t i = 0; i < steps; ++i, at += step) {
+      const __m128i here = load(units.data() + at);
+      const __m128i next = load(units.data() + at + 1);
+      const __m128i high = _mm_cmpeq_epi16(_mm_and_si128(here, all16(0xFC00)), all16(0xD800));
+      const __m128i low = _mm_cmpeq_epi16(_mm_and_si128(next, all16(0xFC00)), all16(0xDC00));
+      const __m128i pair = _mm_and_si128(high, low);
+      less = _mm_add_epi16(less, _mm_add_epi16(isWithin(here, 0x7F), isWithin(here, 0x7FF)));
+      less = _mm_add_epi16(less, _mm_add_epi16(pair, pair));
+    }
+    short lanes[step];
+    store(lanes, less);
+    length += 2 * step * steps;
+    for (const short each : lanes) length -= static_cast<std::size_t>(-each);
+  }
 }
 
 void widenBlock(const Byte* bytes, char16_t* out) noexcept {
@@ -47,6 +92,14 @@ void narrowBlock(const char16_t* units, char* out) noexcept {
 #else
 
 // The loops over a block have a fixed count, so that the compiler turns them into vector code.
+
+template <class Unit>
+std::size_t asciiInBlock(const Unit* text) noexcept {
+  return static_cast<std::size_t>(
+      std::find_if(text, text + block, [](Unit unit) { return unit >= 0x80; }) - text);
+}
+
+void addLength(std::u16string_view, std::size_t&, std::size_t&) noexcept {}
 
 bool isAsciiBlock(const Byte* bytes) noexcept {
   std::uint64_t low, high;
@@ -85,9 +138,14 @@ bool isContinuation(Byte byte) noexcept { return (byte & 0xC0) == 0x80; }
 // behind the longest part that could have begun one, answering `illFormed`.
 inline char32_t decodeOne(const Byte*& at, const Byte* end) noexcept {
   const Byte lead = *at++;
-  // Most letters outside ASCII take two bytes.
+  // Most letters outside ASCII take two bytes or three.
   if (lead >= 0xC2 && lead < 0xE0 && at != end && isContinuation(*at))
     return (lead & 0x1Fu) << 6 | (*at++ & 0x3Fu);
+  if (lead > 0xE0 && lead < 0xF0 && lead != 0xED && end - at >= 2 && isContinuation(at[0]) &&
+      isContinuation(at[1])) {
+    at += 2;
+    return (lead & 0x0Fu) << 12 | (at[-2] & 0x3Fu) << 6 | (at[-1] & 0x3Fu);
+  }
   // The second byte's bounds shut out overlong forms, surrogates and what is above U+10FFFF.
   Byte lowest = 0x80;
   Byte highest = 0xBF;
@@ -120,6 +178,13 @@ inline char32_t decodeOne(const Byte*& at, const Byte* end) noexcept {
   return point;
 }
 
+inline char16_t* decodeOneTo(const Byte*& at, const Byte* end, char16_t* out) noexcept {
+  const char32_t point = decodeOne(at, end);
+  if (point >= 0x10000) return encodeUtf16(point, out);
+  *out++ = static_cast<char16_t>(point);
+  return out;
+}
+
 // Calls `ascii` with each run of ASCII and `point` with each other character, `illFormed` standing
 // for what is none. Ends, and answers false, as soon as `point` does.
 template <class Ascii, class Point>
@@ -148,7 +213,7 @@ std::size_t pairsFrom(std::u16string_view units, std::size_t from, std::size_t t
   return pairs;
 }
 
-char* encodePoint(char32_t point, char* out) noexcept {
+inline char* encodePoint(char32_t point, char* out) noexcept {
   auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
   if (point < 0x80) {
     put(point);
@@ -166,6 +231,18 @@ char* encodePoint(char32_t point, char* out) noexcept {
     put(0x80 | (point & 0x3F));
   }
   return out;
+}
+
+// Writes the character at `at` and moves behind it.
+inline char* encodeOneTo(const char16_t*& at, const char16_t* end, char* out) noexcept {
+  char32_t point = *at++;
+  if ((point & 0xF800u) == 0xD800u) [[unlikely]] {
+    if (isHighSurrogate(point) && at != end && isLowSurrogate(*at))
+      point = (point << 10) + *at++ - ((0xD800u << 10) + 0xDC00u - 0x10000u);
+    else
+      point = replacementCharacter;
+  }
+  return encodePoint(point, out);
 }
 
 }  // namespace
@@ -197,39 +274,30 @@ bool isValidUtf8(std::string_view bytes) noexcept {
 char16_t* decodeUtf8(std::string_view bytes, char16_t* out) noexcept {
   const auto* at = reinterpret_cast<const Byte*>(bytes.data());
   const Byte* const end = at + bytes.size();
-  while (at != end) {
-    while (at != end && *at >= 0x80) {
-      const char32_t point = decodeOne(at, end);
-      if (point < 0x10000)
-        *out++ = static_cast<char16_t>(point);
-      else
-        out = encodeUtf16(point, out);
-    }
-    while (static_cast<std::size_t>(end - at) >= block && isAsciiBlock(at)) {
-      widenBlock(at, out);
-      at += block;
-      out += block;
-    }
-    while (at != end && *at < 0x80) *out++ = *at++;
+  // There is room for as many units as there are bytes left: a whole block may be written, and what
+  // is not ASCII in it written over.
+  while (static_cast<std::size_t>(end - at) >= block) {
+    widenBlock(at, out);
+    const std::size_t ascii = asciiInBlock(at);
+    at += ascii;
+    out += ascii;
+    if (ascii == block) continue;
+    do
+      out = decodeOneTo(at, end, out);
+    while (at != end && *at >= 0x80);
   }
+  while (at != end)
+    if (*at < 0x80)
+      *out++ = *at++;
+    else
+      out = decodeOneTo(at, end, out);
   return out;
 }
 
 std::size_t utf8Length(std::u16string_view units) noexcept {
   std::size_t length = units.size();
   std::size_t at = 0;
-  for (; units.size() - at >= block; at += block) {
-    if (isAsciiBlock(units.data() + at)) continue;
-    unsigned more = 0;
-    unsigned surrogates = 0;
-    for (std::size_t i = 0; i < block; ++i) {
-      const char16_t unit = units[at + i];
-      more += static_cast<unsigned>(unit >= 0x80) + static_cast<unsigned>(unit >= 0x800);
-      surrogates += (unit & 0xF800u) == 0xD800u;
-    }
-    length += more;
-    if (surrogates != 0) length -= 2 * pairsFrom(units, at, at + block);
-  }
+  addLength(units, at, length);
   for (; at < units.size(); ++at)
     length += std::size_t{units[at] >= 0x80} + std::size_t{units[at] >= 0x800} -
               2 * pairsFrom(units, at, at + 1);
@@ -239,23 +307,19 @@ std::size_t utf8Length(std::u16string_view units) noexcept {
 char* encodeUtf8(std::u16string_view units, char* out) noexcept {
   const char16_t* at = units.data();
   const char16_t* const end = at + units.size();
-  while (at != end) {
-    if (*at < 0x80) {
-      while (static_cast<std::size_t>(end - at) >= block && isAsciiBlock(at)) {
-        narrowBlock(at, out);
-        at += block;
-        out += block;
-      }
-      while (at != end && *at < 0x80) *out++ = static_cast<char>(*at++);
-    } else {
-      char32_t point = *at++;
-      if (isHighSurrogate(point) && at != end && isLowSurrogate(*at))
-        point = (point << 10) + *at++ - ((0xD800u << 10) + 0xDC00u - 0x10000u);
-      else if (isHighSurrogate(point) || isLowSurrogate(point))
-        point = replacementCharacter;
-      out = encodePoint(point, out);
-    }
+  // A unit takes at least a byte: a whole block may be written, and what is not ASCII in it written
+  // over.
+  while (static_cast<std::size_t>(end - at) >= block) {
+    narrowBlock(at, out);
+    const std::size_t ascii = asciiInBlock(at);
+    at += ascii;
+    out += ascii;
+    if (ascii == block) continue;
+    do
+      out = encodeOneTo(at, end, out);
+    while (at != end && *at >= 0x80);
   }
+  while (at != end) out = encodeOneTo(at, end, out);
   return out;
 }
 

@@ -4,10 +4,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <thread>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/detail/PosixError.h"
 
@@ -35,6 +37,29 @@ TEST(NSError, DescriptionFallsBackToTheSystemAndThenToTheNumbers) {
   EXPECT_EQ(shown(NSPOSIXErrorDomain, EACCES, wrong), std::strerror(EACCES));
   // A percent sign in a domain is no placeholder.
   EXPECT_EQ(shown("%@%n"_ns, 1, nullptr), "The operation could not be completed. (%@%n error 1.)");
+}
+
+TEST(NSError, MayBeMadeOfADescriptionAlone) {
+  auto text = NSMutableString::stringWithString("no such thing"_ns);
+  auto short1 = NSError::errorWithDomain_code_description("D"_ns, 4, text);
+  text->appendString("!"_ns);
+  auto long1 = NSError::errorWithDomain_code_userInfo("D"_ns, 4, described("no such thing"_ns));
+  EXPECT_EQ(to_string(short1->localizedDescription()), "no such thing");
+  EXPECT_FALSE(short1->localizedFailureReason());
+  EXPECT_TRUE(short1->isEqual(long1) && long1->isEqual(short1));
+  EXPECT_EQ(short1->userInfo(), short1->userInfo());
+  EXPECT_EQ(to_string(short1->description()), to_string(long1->description()));
+  EXPECT_FALSE(short1->isEqual(make<NSError>("D"_ns, 4, nullptr)));
+  EXPECT_EQ(make<NSError>("D"_ns, 4, nullptr)->userInfo()->count(), 0u);
+  // Threads that ask for the Dictionary at once get the same one.
+  for (int i = 0; i < 50; ++i) {
+    auto error = NSError::errorWithDomain_code_description("D"_ns, i, "text"_ns);
+    Ref<NSDictionary> theirs;
+    std::thread other([&] { theirs = error->userInfo(); });
+    auto mine = error->userInfo();
+    other.join();
+    ASSERT_EQ(mine, theirs);
+  }
 }
 
 TEST(NSError, ReadsWhatStandsUnderTheStandardKeys) {
