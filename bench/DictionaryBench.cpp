@@ -131,7 +131,9 @@ void removeFromMap(benchmark::State& state) {
   }
 }
 
-void keepDictionary(std::size_t count) { dictionaryOf(makeKeys(count)).leak(); }
+void keepDictionary(std::size_t count) {
+  new Ref<NSMutableDictionary>(dictionaryOf(makeKeys(count)));
+}
 void keepMap(std::size_t count) { new Map(mapOf(plainKeys(count))); }
 
 // Trees: each node has a name and ten children, down to a hundred thousand nodes -----------------

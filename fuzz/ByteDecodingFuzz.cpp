@@ -43,8 +43,8 @@ void readBase64(NSData* text) {
     const Ref<NSData> fromUnits = NSData::initWithBase64EncodedString_options(units, 0);
     require((fromUnits == nullptr) == (strict == nullptr));
   }
-  const Ref<NSData> lenient = NSData::initWithBase64EncodedData_options(
-      text, NSDataBase64DecodingIgnoreUnknownCharacters);
+  const Ref<NSData> lenient =
+      NSData::initWithBase64EncodedData_options(text, NSDataBase64DecodingIgnoreUnknownCharacters);
   require(strict == nullptr || (lenient != nullptr && lenient->isEqualToData(strict)));
   const Ref<NSString> lines = text->base64EncodedStringWithOptions(
       NSDataBase64Encoding64CharacterLineLength | NSDataBase64EncodingEndLineWithLineFeed);

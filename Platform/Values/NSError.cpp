@@ -47,17 +47,17 @@ Ref<NSError> NSError::errorWithDomain_code_description(NSString* domain, std::in
 Ref<NSDictionary> NSError::userInfo() const {
   NSDictionary* info = userInfo_.load(std::memory_order_acquire);
   if (info != nullptr) return info;
-  Ref<NSDictionary> made =
-      description_
-          ? NSDictionary::dictionaryWithObject_forKey(description_, NSLocalizedDescriptionKey)
-          : NSDictionary::dictionary();
+  Ref<NSDictionary> made = description_ ? NSDictionary::dictionaryWithObject_forKey(
+                                              description_, NSLocalizedDescriptionKey)
+                                        : NSDictionary::dictionary();
   // Of several threads that ask first, one has its Dictionary kept.
   if (!userInfo_.compare_exchange_strong(info, made.get(), std::memory_order_acq_rel)) return info;
   return made.leak();
 }
 
 Ref<NSObject> NSError::infoForKey(NSString* key) const {
-  if (NSDictionary* info = userInfo_.load(std::memory_order_acquire)) return info->objectForKey(key);
+  if (NSDictionary* info = userInfo_.load(std::memory_order_acquire))
+    return info->objectForKey(key);
   return key->isEqualToString(NSLocalizedDescriptionKey) ? description_ : nullptr;
 }
 

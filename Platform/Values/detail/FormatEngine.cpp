@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <string>
@@ -9,7 +10,6 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/FormatConversion.h"
-#include "Platform/Values/detail/UnitSearch.h"
 #include "Platform/Values/detail/Utf.h"
 
 namespace qz::detail {
@@ -104,13 +104,28 @@ std::string_view cutBytes(std::string_view bytes, std::int64_t limit) noexcept {
   return withoutPartialCharacter(bytes.substr(0, count));
 }
 
+// How many units come before the first "%", four at a time.
+std::size_t percentIn(std::u16string_view text) noexcept {
+  constexpr std::uint64_t ones = 0x0001000100010001;
+  constexpr std::uint64_t percents = ones * u'%';
+  std::size_t at = 0;
+  for (; text.size() - at >= 4; at += 4) {
+    std::uint64_t units;
+    std::memcpy(&units, text.data() + at, sizeof units);
+    units ^= percents;
+    if (((units - ones) & ~units & (ones << 15)) != 0) break;  // one of the four is zero
+  }
+  while (at < text.size() && text[at] != u'%') ++at;
+  return at;
+}
+
 class Printer {
  public:
   Printer(UnitBuffer& out, FormatArguments arguments) noexcept : out_(out), arguments_(arguments) {}
 
   void print(std::u16string_view format) {
     while (!format.empty()) {
-      const std::size_t plain = std::min(findUnits(format, u"%"), format.size());
+      const std::size_t plain = percentIn(format);
       out_.append(format.substr(0, plain));
       format.remove_prefix(plain);
       if (format.empty()) return;

@@ -43,8 +43,7 @@ std::size_t asciiInBlock(const Byte* bytes) noexcept {
 std::size_t asciiInBlock(const char16_t* units) noexcept {
   const __m128i ascii =
       _mm_packs_epi16(isWithin(load(units), 0x7F), isWithin(load(units + 8), 0x7F));
-  return static_cast<std::size_t>(
-      std::countr_one(static_cast<unsigned>(_mm_movemask_epi8(ascii))));
+  return static_cast<std::size_t>(std::countr_one(static_cast<unsigned>(_mm_movemask_epi8(ascii))));
 }
 
 bool isAsciiBlock(const Byte* bytes) noexcept { return _mm_movemask_epi8(load(bytes)) == 0; }
@@ -138,14 +137,9 @@ bool isContinuation(Byte byte) noexcept { return (byte & 0xC0) == 0x80; }
 // behind the longest part that could have begun one, answering `illFormed`.
 inline char32_t decodeOne(const Byte*& at, const Byte* end) noexcept {
   const Byte lead = *at++;
-  // Most letters outside ASCII take two bytes or three.
+  // Most letters outside ASCII take two bytes.
   if (lead >= 0xC2 && lead < 0xE0 && at != end && isContinuation(*at))
     return (lead & 0x1Fu) << 6 | (*at++ & 0x3Fu);
-  if (lead > 0xE0 && lead < 0xF0 && lead != 0xED && end - at >= 2 && isContinuation(at[0]) &&
-      isContinuation(at[1])) {
-    at += 2;
-    return (lead & 0x0Fu) << 12 | (at[-2] & 0x3Fu) << 6 | (at[-1] & 0x3Fu);
-  }
   // The second byte's bounds shut out overlong forms, surrogates and what is above U+10FFFF.
   Byte lowest = 0x80;
   Byte highest = 0xBF;
@@ -182,6 +176,33 @@ inline char16_t* decodeOneTo(const Byte*& at, const Byte* end, char16_t* out) no
   const char32_t point = decodeOne(at, end);
   if (point >= 0x10000) return encodeUtf16(point, out);
   *out++ = static_cast<char16_t>(point);
+  return out;
+}
+
+// Reads characters from the one at `at`, which is not ASCII, until there is more than one of ASCII
+// side by side, or little is left.
+inline char16_t* decodeSome(const Byte*& at, const Byte* end, char16_t* out) noexcept {
+  constexpr std::ptrdiff_t longest = 4;
+  while (end - at > longest) {
+    const unsigned lead = at[0];
+    const unsigned second = at[1] ^ 0x80u;
+    const unsigned third = at[2] ^ 0x80u;
+    const unsigned point = (lead & 0x0Fu) << 12 | second << 6 | third;
+    if (lead < 0xE0 && lead >= 0xC2 && second < 0x40) {
+      *out++ = static_cast<char16_t>((lead & 0x1Fu) << 6 | second);
+      at += 2;
+    } else if ((lead & 0xF0u) == 0xE0 && (second | third) < 0x40 && point >= 0x800 &&
+               (point & 0xF800u) != 0xD800) {
+      *out++ = static_cast<char16_t>(point);
+      at += 3;
+    } else {
+      out = decodeOneTo(at, end, out);
+      if (at == end) return out;
+    }
+    if (*at >= 0x80) continue;
+    *out++ = *at++;
+    if (at == end || *at < 0x80) return out;
+  }
   return out;
 }
 
@@ -245,6 +266,33 @@ inline char* encodeOneTo(const char16_t*& at, const char16_t* end, char* out) no
   return encodePoint(point, out);
 }
 
+// Writes characters from the one at `at`, which is not ASCII, until there is more than one of ASCII
+// side by side, or little is left.
+inline char* encodeSome(const char16_t*& at, const char16_t* end, char* out) noexcept {
+  constexpr std::ptrdiff_t longest = 4;
+  while (end - at > longest) {
+    const unsigned unit = *at;
+    if (unit < 0x800) {
+      out[0] = static_cast<char>(0xC0 | unit >> 6);
+      out[1] = static_cast<char>(0x80 | (unit & 0x3F));
+      out += 2;
+      ++at;
+    } else if ((unit & 0xF800u) != 0xD800) {
+      out[0] = static_cast<char>(0xE0 | unit >> 12);
+      out[1] = static_cast<char>(0x80 | (unit >> 6 & 0x3F));
+      out[2] = static_cast<char>(0x80 | (unit & 0x3F));
+      out += 3;
+      ++at;
+    } else {
+      out = encodeOneTo(at, end, out);
+    }
+    if (*at >= 0x80) continue;
+    *out++ = static_cast<char>(*at++);
+    if (*at < 0x80) return out;
+  }
+  return out;
+}
+
 }  // namespace
 
 std::size_t asciiPrefix(std::string_view bytes) noexcept {
@@ -281,10 +329,7 @@ char16_t* decodeUtf8(std::string_view bytes, char16_t* out) noexcept {
     const std::size_t ascii = asciiInBlock(at);
     at += ascii;
     out += ascii;
-    if (ascii == block) continue;
-    do
-      out = decodeOneTo(at, end, out);
-    while (at != end && *at >= 0x80);
+    if (ascii != block) out = decodeSome(at, end, out);
   }
   while (at != end)
     if (*at < 0x80)
@@ -314,10 +359,7 @@ char* encodeUtf8(std::u16string_view units, char* out) noexcept {
     const std::size_t ascii = asciiInBlock(at);
     at += ascii;
     out += ascii;
-    if (ascii == block) continue;
-    do
-      out = encodeOneTo(at, end, out);
-    while (at != end && *at >= 0x80);
+    if (ascii != block) out = encodeSome(at, end, out);
   }
   while (at != end) out = encodeOneTo(at, end, out);
   return out;
