@@ -30,6 +30,10 @@ inline std::uint32_t hashOfKey(const NSObject* key) { return mixHash(key->hash()
 /// a Number.
 bool comparesQuietly(const NSObject* key);
 
+/// Tells the system that a block, if it is a large one, had better lie in large pages: a table is
+/// looked into all over, and each small page has to be found first.
+void useLargePages(void* block, std::size_t size) noexcept;
+
 /// Raises NSMallocException.
 [[noreturn]] void raiseTooMany();
 

@@ -179,6 +179,7 @@ class HashTable {
   static constexpr std::uint32_t emptySlot = 0xFFFFFFFF;
   static constexpr std::uint32_t removedSlot = 0xFFFFFFFE;
   static constexpr std::uint32_t withoutIndex = 8;
+  static constexpr std::size_t largeBlock = std::size_t{8} << 20;
 
   struct Block {
     std::uint32_t capacity;
@@ -190,7 +191,9 @@ class HashTable {
     static Block* make(std::uint32_t capacity) {
       const std::uint64_t slots =
           capacity <= withoutIndex ? 0 : std::bit_ceil((std::uint64_t{capacity} * 8 + 4) / 5);
-      void* memory = poolAllocate(size(capacity, slots));
+      const std::size_t bytes = size(capacity, slots);
+      void* memory = poolAllocate(bytes);
+      if (bytes >= largeBlock) useLargePages(memory, bytes);
       auto* block = std::construct_at(static_cast<Block*>(memory));
       block->capacity = capacity;
       block->mask = slots == 0 ? 0 : static_cast<std::uint32_t>(slots - 1);

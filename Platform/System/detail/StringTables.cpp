@@ -1,5 +1,6 @@
 #include "Platform/System/detail/StringTables.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -13,6 +14,15 @@ namespace qz::detail {
 namespace {
 
 constexpr std::uint64_t largestTable = std::uint64_t{256} << 20;
+
+// Merged tables are kept for ever. So their texts may be of the kind that nobody counts, and
+// handing one out writes nothing that other threads look at.
+Ref<NSObject> lasting(NSObject*, NSObject* object) {
+  const std::u16string_view text = *as<NSString>(object);
+  auto* units = static_cast<char16_t*>(::operator new(text.size() * sizeof(char16_t)));
+  std::copy(text.begin(), text.end(), units);
+  return Ref<NSObject>(new LiteralString(units, static_cast<std::uint32_t>(text.size())), adopt);
+}
 
 }  // namespace
 
@@ -45,7 +55,7 @@ StringTables::Table StringTables::merged(const std::vector<std::string>& files,
   auto all = NSMutableDictionary::dictionary();
   for (auto file = files.rbegin(); file != files.rend(); ++file)
     all->addEntriesFromDictionary(read(*file, complaints));
-  Table texts = NSDictionary::dictionaryWithDictionary(all);
+  Table texts = all->dictionaryByMappingObjects(&lasting);
   merged_.emplace(files, texts);
   return texts;
 }
