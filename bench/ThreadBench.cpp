@@ -207,12 +207,13 @@ void compareThreads() {
   compare("AddObserver",
           {"add an observer and remove it", "the same in a map of vectors of functions", 0},
           &addAndRemoveObserver, &addAndRemoveFunction);
-  compare("CallIdle", {"call a loop that sleeps, and wait", "mutex and condition variables", 1.05},
+  compare("CallIdle",
+          {"call a loop that sleeps, and wait", "mutex and condition variables", 1.05, true},
           &callIdle<Server>, &callIdle<PlainServer>);
   compare("CallBurst",
-          {"call a loop again and again, and wait", "mutex and condition variables", 0.2},
+          {"call a loop again and again, and wait", "mutex and condition variables", 0.2, true},
           &callBurst<Server>, &callBurst<PlainServer>);
-  compare("PostedCalls", {"have a loop call a function", "mutex and std::deque", 0.5},
+  compare("PostedCalls", {"have a loop call a function", "mutex and std::deque", 0.5, true},
           &postMany<Server>, &postMany<PlainServer>);
 }
 

@@ -59,8 +59,10 @@ std::string missed(bool isMissed) { return isMissed ? " (missed)" : ""; }
 }  // namespace
 
 void compare(const std::string& family, Row row, Case ours, Case reference) {
-  benchmark::RegisterBenchmark((family + "/ours").c_str(), ours);
-  benchmark::RegisterBenchmark((family + "/reference").c_str(), reference);
+  for (const auto& [name, measured] : {std::pair("/ours", ours), {"/reference", reference}}) {
+    auto* registered = benchmark::RegisterBenchmark((family + name).c_str(), measured);
+    if (row.waits) registered->UseRealTime();
+  }
   rows().push_back({family, std::move(row)});
 }
 

@@ -28,6 +28,8 @@ struct Row {
   std::string reference;
   double target =
       0;  ///< The most that ours may cost, in references; 0 for a row that only informs.
+  bool waits =
+      false;  ///< Other threads do part of the work: elapsed time counts, not the thread's.
 };
 
 /// Enters a row. A case that does many operations in each iteration says so with

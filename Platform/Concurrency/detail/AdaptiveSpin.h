@@ -28,8 +28,9 @@ inline bool hasSeveralProcessors() noexcept {
 
 /// Sleeping and being woken costs tens of microseconds, so a wait that is over sooner is better
 /// spent looking. The waits before tell which kind the next one is going to be: their average, in
-/// which the last one counts half, bounds the time spent looking. Where waits are long, no time is
-/// spent at all. One thread at a time.
+/// which the last one counts half, bounds the time spent looking. Looking in vain means that
+/// waits are long, or that others need the processor: then that many waits go by before the next
+/// try, twice as many each time. One thread at a time.
 class AdaptiveSpin {
  public:
   using Clock = std::chrono::steady_clock;
@@ -38,14 +39,24 @@ class AdaptiveSpin {
   template <class Done>
   bool until(Done done, Clock::time_point limit = Clock::time_point::max()) {
     if (done()) return true;
+    if (pause_ > 0) {
+      --pause_;
+      return false;
+    }
     if (average_ > longest || !hasSeveralProcessors()) return false;
-    const auto end = std::min(limit, Clock::now() + 2 * average_ + std::chrono::microseconds(1));
+    const auto worth = std::min<Clock::duration>(2 * average_ + shortest, longest);
+    const auto end = std::min(limit, Clock::now() + worth);
     do {
       for (int i = 0; i < 8; ++i) {
         pauseProcessor();
-        if (done()) return true;
+        if (done()) {
+          nextPause_ = 1;
+          return true;
+        }
       }
     } while (Clock::now() < end);
+    pause_ = nextPause_;
+    nextPause_ = std::min(2 * nextPause_, longestPause);
     return false;
   }
 
@@ -55,8 +66,12 @@ class AdaptiveSpin {
   }
 
  private:
+  static constexpr Clock::duration shortest = std::chrono::microseconds(1);
   static constexpr Clock::duration longest = std::chrono::microseconds(50);
+  static constexpr int longestPause = 64;
   Clock::duration average_ = longest;
+  int pause_ = 0;      // waits to go by before the next try
+  int nextPause_ = 1;  // and after it, if it is in vain
 };
 
 }  // namespace qz::detail

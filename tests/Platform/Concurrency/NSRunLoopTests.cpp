@@ -51,11 +51,13 @@ class Recorder : public Derives<Recorder, NSObject> {
   void write(NSObject* what) {
     thread = NSThread::currentThread();
     text += to_string(what);
+    ++written;
   }
   void tick() { ++ticks; }
   void fail(NSObject*) { throw std::runtime_error("failed"); }
   std::string text;
   int ticks = 0;
+  std::atomic<int> written{0};
   Ref<NSThread> thread;
 };
 
@@ -297,7 +299,7 @@ TEST_F(NSRunLoopTest, SendsToTheMainThreadAndToOthers) {
   EXPECT_EQ(recorder->thread, other.thread);
   EXPECT_EQ(recorder->text, "abcde");
   recorder->performSelectorInBackground_withObject("write:"_sel, "f"_ns);
-  while (recorder->retainCount() != 1) std::this_thread::yield();
+  while (recorder->written != 6) std::this_thread::yield();
   EXPECT_EQ(recorder->text, "abcdef");
 }
 
