@@ -27,6 +27,16 @@ Ref<NSError> refusal(std::int32_t code, NSString* key) {
   return POSIXError_description(code, copyMessage(key));
 }
 
+// "name 2" or above, the first at which there is nothing.
+Ref<NSString> numberedPath(NSFileManager* manager, NSString* name, NSString* directory) {
+  for (int number = 2;; ++number) {
+    Ref<NSString> path =
+        directory->stringByAppendingPathComponent(stringByAppendingStringBeforePathExtension(
+            name, NSString::stringWithFormat(" %d"_ns, number)));
+    if (!manager->fileExistsAtPath(path)) return path;
+  }
+}
+
 // The steps of one copy.
 class CarefulCopy {
  public:
@@ -58,11 +68,13 @@ class CarefulCopy {
   Ref<NSString> destination_;
   Ref<NSString> parent_;
   std::int32_t options_;
-  Ref<NSString> temporary_;  // nil when there is nothing to replace
+  bool isThereFolder_ = false;  // at the destination, when the work began
+  Ref<NSString> temporary_;     // nil when there was nothing to replace
 };
 
 Ref<NSError> CarefulCopy::attempt() {
-  if (manager_->fileExistsAtPath(destination_)) temporary_ = temporaryPath();
+  const bool isThere = manager_->fileExistsAtPath_isDirectory(destination_, &isThereFolder_);
+  if (isThere) temporary_ = temporaryPath();
   if ((options_ & QZCopyCreateParents) != 0 && !parentExists(nullptr))
     if (Ref<NSError> error = createDirectoryAtPath(manager_, parent_)) return error;
   if (Ref<NSError> error = check()) return error;
@@ -84,8 +96,7 @@ Ref<NSError> CarefulCopy::check() const {
   bool isFolder = false;
   if (!manager_->fileExistsAtPath_isDirectory(source_, &isFolder))
     return refusal(ENOENT, "Source file does not exist"_ns);
-  bool isThereFolder = false;
-  if (!manager_->fileExistsAtPath_isDirectory(destination_, &isThereFolder)) {
+  if (!temporary_) {
     bool isParentFolder = false;
     if (!parentExists(&isParentFolder))
       return refusal(ENOENT, "Destination folder does not exist"_ns);
@@ -94,17 +105,18 @@ Ref<NSError> CarefulCopy::check() const {
   }
   if ((options_ & QZCopyOverwrite) == 0)
     return refusal(EEXIST, "File already exists at destination"_ns);
-  if (isThereFolder && !isFolder)
+  if (isThereFolder_ && !isFolder)
     return refusal(EEXIST, "Cannot overwrite a folder with a file"_ns);
   return nullptr;
 }
 
 Ref<NSString> CarefulCopy::temporaryPath() const {
-  Ref<NSString> name = destination_->lastPathComponent();
+  const Ref<NSString> name = destination_->lastPathComponent();
   // A name that has no room for a number is copied under another one.
   constexpr std::size_t roomForNumber = 8;
-  if (PathBytes(name).view().size() + roomForNumber > NAME_MAX) name = ".qz-copy"_ns;
-  return uniqueFilePathForName_inDirectory(manager_, name, parent_);
+  if (PathBytes(name).view().size() + roomForNumber > NAME_MAX)
+    return uniqueFilePathForName_inDirectory(manager_, ".qz-copy"_ns, parent_);
+  return numberedPath(manager_, name, parent_);
 }
 
 Ref<NSError> CarefulCopy::copyTo(NSString* target) const {
@@ -120,10 +132,8 @@ Ref<NSError> CarefulCopy::copyTo(NSString* target) const {
 
 // A folder is removed and replaced, and so is a file that could not be exchanged.
 Ref<NSError> CarefulCopy::swap() const {
-  const bool isExchanged =
-      !isDirectoryAtPath(manager_, destination_) &&
-      detail::exchangeFiles(PathBytes(temporary_).c_str(), PathBytes(destination_).c_str());
-  if (isExchanged) return nullptr;
+  if (detail::exchangeFiles(PathBytes(temporary_).c_str(), PathBytes(destination_).c_str()))
+    return nullptr;
   Ref<NSError> error = removeFileAtPath(manager_, destination_);
   // The shared handler may have had an Error of somebody else's: it is answered, but what is gone
   // has to be replaced.
@@ -156,11 +166,8 @@ Ref<NSError> copyPath_toPath_overwrite(NSFileManager* self, NSString* source, NS
 Ref<NSString> uniqueFilePathForName_inDirectory(NSFileManager* self, NSString* name,
                                                 NSString* directory) {
   if (name == nullptr || directory == nullptr) return nullptr;
-  Ref<NSString> path = directory->stringByAppendingPathComponent(name);
-  for (int number = 2; self->fileExistsAtPath(path); ++number)
-    path = directory->stringByAppendingPathComponent(stringByAppendingStringBeforePathExtension(
-        name, NSString::stringWithFormat(" %d"_ns, number)));
-  return path;
+  const Ref<NSString> path = directory->stringByAppendingPathComponent(name);
+  return self->fileExistsAtPath(path) ? numberedPath(self, name, directory) : path;
 }
 
 Ref<NSArray> changeFileAttributes_directoryAttributes_inDirectory_handler(

@@ -8,9 +8,9 @@
 namespace qz::detail {
 namespace {
 
-mode_t kindOf(const char* path) {
+mode_t kindOf(const char* path, int flags) {
   struct ::statx about;
-  const bool isThere = os::statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &about) == 0;
+  const bool isThere = os::statx(AT_FDCWD, path, flags, STATX_TYPE, &about) == 0;
   return isThere ? about.stx_mode & S_IFMT : 0;
 }
 
@@ -18,9 +18,15 @@ mode_t kindOf(const char* path) {
 
 bool exchangeFiles(const char* other, const char* path) {
   std::unique_ptr<char, decltype(&std::free)> target(nullptr, &std::free);
-  if (kindOf(path) == S_IFLNK && kindOf(other) == S_IFREG) {
-    target.reset(::realpath(path, nullptr));
+  mode_t kind = kindOf(path, AT_SYMLINK_NOFOLLOW);
+  if (kind == S_IFLNK) {
+    kind = kindOf(path, 0);
+    if (kindOf(other, AT_SYMLINK_NOFOLLOW) == S_IFREG) target.reset(::realpath(path, nullptr));
     if (target) path = target.get();
+  }
+  if (kind == S_IFDIR) {
+    errno = EISDIR;
+    return false;
   }
   if (os::renameat2(other, path, RENAME_EXCHANGE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP) return false;

@@ -96,8 +96,11 @@ CopyOutcome copyRegular(const CopyStep& step, int in, const struct ::statx& abou
 
 CopyOutcome copyRegularAtOnce(const CopyStep& step, int in, const struct ::statx& about,
                               CopyAbilities& abilities) {
+  constexpr std::uint64_t worthAsking = 1024 * 1024;
   struct ::statx there;
-  if (os::statx(step.toFolder, step.to, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &there) == 0) {
+  // Giving the name refuses one that is taken; a large file is not copied first.
+  if (about.stx_size > worthAsking &&
+      os::statx(step.toFolder, step.to, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &there) == 0) {
     errno = EEXIST;
     return CopyOutcome::target();
   }
