@@ -41,6 +41,7 @@
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/NSIndexPath.h"
+#include "Platform/Values/NSIndexSet.h"
 #include "Platform/Values/NSMutableAttributedString.h"
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSMutableString.h"
@@ -75,6 +76,7 @@ void registerPlatform() {
   mention<NSMutableData>();
   mention<NSDate>();
   mention<NSIndexPath>();
+  mention<NSIndexSet>();
   mention<NSCharacterSet>();
   mention<NSMutableCharacterSet>();
   mention<NSScanner>();

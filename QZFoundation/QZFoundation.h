@@ -24,6 +24,7 @@
 #include "QZFoundation/NSObject-QZIndexPath.h"
 #include "QZFoundation/NSPropertyListSerialization-QZFoundation.h"
 #include "QZFoundation/NSSet-QZFoundation.h"
+#include "QZFoundation/NSObject-QZObserving.h"
 #include "QZFoundation/NSSortDescriptor-QZFoundation.h"
 #include "QZFoundation/NSString-QZFoundation.h"
 #include "QZFoundation/NSString-QZSearch.h"
@@ -43,3 +44,4 @@
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/XJKQueue.h"
 #include "QZFoundation/XJMainThreadProxy.h"
+#include "QZFoundation/QZKeyValueSyncer.h"

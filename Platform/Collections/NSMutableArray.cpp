@@ -116,12 +116,7 @@ void NSMutableArray::reserve(std::size_t capacity) {
 /// Puts the elements of `owned`, with their counts, where those of `range` are.
 void NSMutableArray::replaceRange(NSRange range, detail::ArrayBuilder& owned) {
   const auto added = owned.elements();
-  if (!usesOwnStorage()) {
-    for (std::uint32_t i = range.length; i > 0; --i) removeObjectAtIndex(range.location + i - 1);
-    std::uint32_t index = range.location;
-    for (NSObject* each : added) insertObject_atIndex(each, index++);
-    return;
-  }
+  if (!usesOwnStorage()) return replaceElementsInRange(range, added);
   const std::size_t size = std::size_t{count_} - range.length + added.size();
   reserve(size);
   NSObject** at = elements_ + range.location;
@@ -133,6 +128,22 @@ void NSMutableArray::replaceRange(NSRange range, detail::ArrayBuilder& owned) {
   count_ = static_cast<std::uint32_t>(size);
   didChange();
   detail::releaseElements(removed.data(), removed.size());
+}
+
+void NSMutableArray::replaceElementsInRange(NSRange range, std::span<NSObject* const> objects) {
+  for (std::uint32_t i = range.length; i > 0; --i) removeObjectAtIndex(range.location + i - 1);
+  std::uint32_t index = range.location;
+  for (NSObject* each : objects) insertObject_atIndex(each, index++);
+}
+
+void NSMutableArray::removeElementsAtIndexes(std::span<const std::uint32_t> indexes) {
+  for (auto each = indexes.rbegin(); each != indexes.rend(); ++each) removeObjectAtIndex(*each);
+}
+
+void NSMutableArray::replaceElementsAtIndexes(std::span<const std::uint32_t> indexes,
+                                              std::span<NSObject* const> objects) {
+  for (std::size_t i = 0; i < indexes.size(); ++i)
+    replaceObjectAtIndex_withObject(indexes[i], objects[i]);
 }
 
 // The primitives.
@@ -220,10 +231,7 @@ void NSMutableArray::removeWhere(NSRange range, const Test& test) {
   for (; !place.isAtEnd(); ++place)
     if (test(*place)) indexes.push_back(place.index());
   if (indexes.empty()) return;
-  if (!usesOwnStorage()) {
-    for (auto each = indexes.rbegin(); each != indexes.rend(); ++each) removeObjectAtIndex(*each);
-    return;
-  }
+  if (!usesOwnStorage()) return removeElementsAtIndexes(indexes);
   std::vector<NSObject*> removed;
   removed.reserve(indexes.size());
   NSObject** to = elements_ + indexes.front();
@@ -293,8 +301,10 @@ void NSMutableArray::exchangeObjectAtIndex_withObjectAtIndex(std::uint32_t first
   }
   const Ref<NSObject> a = objectAtIndex(first);
   const Ref<NSObject> b = objectAtIndex(second);
-  replaceObjectAtIndex_withObject(first, b);
-  replaceObjectAtIndex_withObject(second, a);
+  if (first == second) return;
+  NSObject* const swapped[] = {first < second ? b : a, first < second ? a : b};
+  const std::uint32_t indexes[] = {std::min(first, second), std::max(first, second)};
+  replaceElementsAtIndexes(indexes, swapped);
 }
 
 void NSMutableArray::setArray(NSArray* other) {
@@ -333,8 +343,14 @@ void NSMutableArray::sortWith(const Sort& sort) {
     didChange();
     return;
   }
-  for (std::uint32_t i = 0; i < order.size(); ++i)
-    if (order[i] != given[i]) replaceObjectAtIndex_withObject(i, order[i]);
+  std::vector<std::uint32_t> moved;
+  for (std::uint32_t i = 0; i < order.size(); ++i) {
+    if (order[i] == given[i]) continue;
+    order[moved.size()] = order[i];
+    moved.push_back(i);
+  }
+  if (!moved.empty())
+    replaceElementsAtIndexes(moved, std::span<NSObject* const>(order).first(moved.size()));
 }
 
 void NSMutableArray::sortUsingFunction_context(NSSortFunction compare, void* context) {

@@ -141,6 +141,15 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   /// Notes a change, for the walks that are under way.
   void didChange() noexcept { ++changes_; }
 
+  // How the operations on several elements reach an Array that keeps its elements elsewhere: one
+  // primitive after the other, unless it has a better way. `objects` are kept by the caller, the
+  // range and the ascending indices have been checked.
+
+  virtual void replaceElementsInRange(NSRange range, std::span<NSObject* const> objects);
+  virtual void removeElementsAtIndexes(std::span<const std::uint32_t> indexes);
+  virtual void replaceElementsAtIndexes(std::span<const std::uint32_t> indexes,
+                                        std::span<NSObject* const> objects);
+
  private:
   friend Ref<NSMutableArray> detail::finishMutable(detail::ArrayBuilder& builder);
 

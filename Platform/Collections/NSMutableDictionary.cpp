@@ -5,6 +5,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Runtime/Send.h"
 
 namespace qz {
@@ -73,13 +74,22 @@ Ref<NSMutableDictionary> NSMutableDictionary::initWithCapacity(std::uint32_t cap
   return dictionaryWithCapacity(capacity);
 }
 
+namespace {
+/// The key that observers of `dictionary` know this one by; nil when there is nobody to tell.
+NSString* observedKey(const NSMutableDictionary* dictionary, NSObject* key) {
+  return detail::isObserved(dictionary) ? as<NSString>(key) : nullptr;
+}
+}  // namespace
+
 void NSMutableDictionary::setObject_forKey(NSObject* object, NSObject* key) {
+  const KeyValueChange changing(this, observedKey(this, key));
   put(table_, object, key);
 }
 
 void NSMutableDictionary::removeObjectForKey(NSObject* key) {
   if (key == nullptr)
     detail::raise(NSInvalidArgumentException, "removeObjectForKey: with a nil key");
+  const KeyValueChange changing(this, observedKey(this, key));
   if (auto* entry = table_.find(key)) {
     const detail::DictionaryEntry removed = table_.remove(entry);
   }
@@ -90,7 +100,7 @@ void NSMutableDictionary::removeObjectsForKeys(NSArray* keys) {
 }
 
 void NSMutableDictionary::removeAllObjects() {
-  if (usesTable()) {
+  if (usesTable() && !detail::isObserved(this)) {
     const Table removed = table_.removeAll();
   } else {
     removeObjectsForKeys(allKeys());
@@ -104,7 +114,7 @@ void NSMutableDictionary::addEntriesFromDictionary(NSDictionary* other) {
 
 void NSMutableDictionary::setDictionary(NSDictionary* other) {
   if (other == this) return;
-  if (usesTable()) {
+  if (usesTable() && !detail::isObserved(this)) {
     Table table = tableOf(other);
     table_.swap(table);
   } else {

@@ -16,8 +16,10 @@ namespace qz {
 ///     ages->setObject_forKey(NSNumber::of(30), "Ada"_ns);
 ///
 /// A key keeps its place while its Object is replaced; a key that is removed and added again goes
-/// to the end. A subclass that keeps its entries elsewhere overrides `setObject_forKey` and
-/// `removeObjectForKey` too. One thread at a time: what changes must not be read meanwhile.
+/// to the end. A change of what stands under a String is announced to those who observe that key;
+/// operations on all entries announce one after the other. A subclass that keeps its entries
+/// elsewhere overrides `setObject_forKey` and `removeObjectForKey` too. One thread at a time: what
+/// changes must not be read meanwhile.
 class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
  public:
   static void describe(ClassDescription<NSMutableDictionary>& is);

@@ -15,6 +15,7 @@
 ///     }
 #pragma once
 
+#include <initializer_list>
 #include <type_traits>
 
 #include "Platform/Runtime/Class.h"
@@ -72,6 +73,11 @@ class ClassDescription {
   ClassDescription& field(const char* key);
   template <auto Field>
   ClassDescription& readOnlyField(const char* key);
+
+  /// Of the property described last: its value changes whenever one of these key paths does.
+  ///
+  ///     .property<&Person::fullName>("fullName").dependsOn({"firstName", "lastName"})
+  ClassDescription& dependsOn(std::initializer_list<const char*> keyPaths);
 
   /// Runs once, in one thread, before the first message to the class or its Objects is dispatched
   /// and before the class makes an Object; the class above has had its turn.

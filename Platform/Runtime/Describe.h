@@ -256,6 +256,12 @@ ClassDescription<T>& ClassDescription<T>::readOnlyField(const char* key) {
 }
 
 template <class T>
+ClassDescription<T>& ClassDescription<T>::dependsOn(std::initializer_list<const char*> keyPaths) {
+  for (const char* keyPath : keyPaths) builder_.addDependency(keyPath);
+  return *this;
+}
+
+template <class T>
 ClassDescription<T>& ClassDescription<T>::initialize(void (*function)()) {
   builder_.setInitialize(function);
   return *this;

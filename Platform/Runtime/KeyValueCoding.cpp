@@ -12,6 +12,7 @@
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Runtime/Class.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Runtime/detail/KeyValue.h"
 #include "Platform/Values/NSNull.h"
@@ -270,25 +271,40 @@ Ref<NSObject> NSObject::valueForKey(NSString* key) {
   return valueForUndefinedKey(key);
 }
 
-void NSObject::setValue_forKey(NSObject* value, NSString* key) {
-  detail::requireKey(key);
-  const detail::Key* known = findKeyOf(this, key);
+namespace {
+void setByKey(NSObject* object, NSObject* value, NSString* key) {
+  const detail::Key* known = findKeyOf(object, key);
   if (known != nullptr) {
-    const detail::DispatchEntry& setter = detail::lookUp(this, known->setter);
+    const detail::DispatchEntry& setter = detail::lookUp(object, known->setter);
     if (setter.method != nullptr && detail::shapeArguments(setter.shape) == 1) [[likely]] {
       const detail::Kind kind = setter.method->arguments[0]->kind;
       if (kind == detail::Kind::Object) {
-        setter.imp(this, known->setter, detail::toWord(value), 0, 0, nullptr);
+        setter.imp(object, known->setter, detail::toWord(value), 0, 0, nullptr);
         return;
       }
       if (detail::isInteger(kind) || detail::isFloating(kind)) {
-        if (value == nullptr) return setNilValueForKey(key);
-        setter.imp(this, known->setter, detail::unboxWord(value, kind), 0, 0, nullptr);
+        if (value == nullptr) return object->setNilValueForKey(key);
+        setter.imp(object, known->setter, detail::unboxWord(value, kind), 0, 0, nullptr);
         return;
       }
     }
   }
-  setValue_forUndefinedKey(value, key);
+  object->setValue_forUndefinedKey(value, key);
+}
+
+[[gnu::noinline]] void setObservedByKey(NSObject* object, NSObject* value, NSString* key) {
+  if (!send<bool>(object->classObject(), "automaticallyNotifiesObserversForKey:"_sel, key))
+    return setByKey(object, value, key);
+  const KeyValueChange changing(object, key);
+  setByKey(object, value, key);
+}
+}  // namespace
+
+void NSObject::setValue_forKey(NSObject* value, NSString* key) {
+  detail::requireKey(key);
+  if (detail::isObserved(this)) [[unlikely]]
+    return setObservedByKey(this, value, key);
+  setByKey(this, value, key);
 }
 
 Ref<NSObject> NSObject::valueForKeyPath(NSString* keyPath) {

@@ -5,17 +5,25 @@
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSDictionary.h"
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSSet.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/NSInvocation.h"
+#include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Runtime/NSMethodSignature.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSIndexSet.h"
 #include "Platform/Values/NSString.h"
 
 namespace qz {
 
 void NSObject::destroyLast(std::int32_t before) const noexcept {
-  if ((before & weakBit) != 0) detail::ObjectAccess::emptyWeakBox(this);
+  if ((before & weakBit) != 0) {
+    detail::ObjectAccess::emptyWeakBox(this);
+    if ((flags_.load(std::memory_order_relaxed) & detail::flagObservationRecord) != 0)
+      detail::ObjectAccess::dropObservations(this);
+  }
   count_.store(destroying, std::memory_order_relaxed);
   delete this;
 }
@@ -193,7 +201,23 @@ void NSObject::describe(ClassDescription<NSObject>& is) {
       .method<&NSObject::dictionaryWithValuesForKeys>("dictionaryWithValuesForKeys:")
       .method<&NSObject::valueForUndefinedKey>("valueForUndefinedKey:")
       .method<&NSObject::setValue_forUndefinedKey>("setValue:forUndefinedKey:")
-      .method<&NSObject::setNilValueForKey>("setNilValueForKey:");
+      .method<&NSObject::setNilValueForKey>("setNilValueForKey:")
+      .method<&NSObject::mutableArrayValueForKey>("mutableArrayValueForKey:")
+      .method<&NSObject::mutableArrayValueForKeyPath>("mutableArrayValueForKeyPath:")
+      .method<&NSObject::addObserver_forKeyPath_options_context>(
+          "addObserver:forKeyPath:options:context:")
+      .method<&NSObject::removeObserver_forKeyPath>("removeObserver:forKeyPath:")
+      .method<&NSObject::removeObserver_forKeyPath_context>("removeObserver:forKeyPath:context:")
+      .method<&NSObject::observeValueForKeyPath_ofObject_change_context>(
+          "observeValueForKeyPath:ofObject:change:context:")
+      .method<&NSObject::willChangeValueForKey>("willChangeValueForKey:")
+      .method<&NSObject::didChangeValueForKey>("didChangeValueForKey:")
+      .method<&NSObject::willChange_valuesAtIndexes_forKey>("willChange:valuesAtIndexes:forKey:")
+      .method<&NSObject::didChange_valuesAtIndexes_forKey>("didChange:valuesAtIndexes:forKey:")
+      .classMethod<&NSObject::keyPathsForValuesAffectingValueForKey>(
+          "keyPathsForValuesAffectingValueForKey:")
+      .classMethod<&NSObject::automaticallyNotifiesObserversForKey>(
+          "automaticallyNotifiesObserversForKey:");
 }
 
 // Classes as Objects.

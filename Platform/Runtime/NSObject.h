@@ -19,9 +19,11 @@ class Class;
 class Implementation;
 class NSArray;
 class NSDictionary;
+class NSIndexSet;
 class NSInvocation;
 class NSMethodSignature;
 class NSMutableArray;
+class NSSet;
 class NSString;
 class NSThread;
 class Reply;
@@ -40,6 +42,10 @@ enum NSComparisonResult : std::int32_t {
 
 /// Where a failed search of an index or a Range says "not found".
 inline constexpr std::uint32_t NSNotFound = 0x7FFFFFFF;
+
+/// What an observer wants to be told, and what happened to a property: NSKeyValueObserving.h.
+using NSKeyValueObservingOptions = std::uint32_t;
+enum NSKeyValueChange : std::uint32_t;
 
 /// The root class: identity, ownership, equality, dispatch by Selector and key-value access.
 ///
@@ -172,6 +178,46 @@ class NSObject {
   /// Called when nil is set for a scalar: raises NSInvalidArgumentException unless overridden.
   virtual void setNilValueForKey(NSString* key);
 
+  /// The Array under `key` as one that can be changed: a live view that reads what is there now,
+  /// and that announces each change to those who observe the key. See KeyValueArray.cpp for the
+  /// operations through which it changes the property. It keeps this Object alive.
+  Ref<NSMutableArray> mutableArrayValueForKey(NSString* key);
+  Ref<NSMutableArray> mutableArrayValueForKeyPath(NSString* keyPath);
+
+  // Key-value observing; see NSKeyValueObserving.h for what observers are told, and when.
+
+  /// Has `observer`, which is not kept alive, told of each change of the value at `keyPath`. One
+  /// Object may be registered several times, and is told as often. Raises
+  /// NSInvalidArgumentException for nil, for an empty key in the path, and for a path that leads
+  /// through an Array or a Set.
+  void addObserver_forKeyPath_options_context(NSObject* observer, NSString* keyPath,
+                                              NSKeyValueObservingOptions options, void* context);
+
+  /// Undoes the latest registration of `observer` for `keyPath`, of those with that context when
+  /// one is given. Raises NSInvalidArgumentException when there is none.
+  void removeObserver_forKeyPath(NSObject* observer, NSString* keyPath);
+  void removeObserver_forKeyPath_context(NSObject* observer, NSString* keyPath, void* context);
+
+  /// What an observer is told; override it. Raises NSInternalInconsistencyException: a change that
+  /// nobody in the chain of overrides knows was not asked for.
+  virtual void observeValueForKeyPath_ofObject_change_context(NSString* keyPath, NSObject* object,
+                                                              NSDictionary* change, void* context);
+
+  /// Announce a change by hand, in pairs and in one thread; a `KeyValueChange` guard is safer.
+  void willChangeValueForKey(NSString* key);
+  void didChangeValueForKey(NSString* key);
+  void willChange_valuesAtIndexes_forKey(NSKeyValueChange kind, NSIndexSet* indexes, NSString* key);
+  void didChange_valuesAtIndexes_forKey(NSKeyValueChange kind, NSIndexSet* indexes, NSString* key);
+
+  /// The key paths whose changes are changes of `key` too. A class answers with an operation of
+  /// this name, with one named `keyPathsForValuesAffecting` and the key, or by `dependsOn` in its
+  /// description; this one puts the last two together. Asked when a key is first observed.
+  static Ref<NSSet> keyPathsForValuesAffectingValueForKey(Class* aClass, NSString* key);
+
+  /// Whether `setValue:forKey:` announces a change of `key`: always, unless a class has an
+  /// operation of this name that says otherwise.
+  static bool automaticallyNotifiesObserversForKey(Class* aClass, NSString* key);
+
   /// How many owners there are now; for diagnosis only. Immortal Objects answer 0x7FFFFFFF.
   std::uint32_t retainCount() const noexcept;
 
@@ -234,8 +280,9 @@ inline void release(const NSObject* object) noexcept {
 
 namespace detail {
 
-/// Bits of an Object's flags.
+/// Bits of an Object's flags: it is observed; it has a record of what is observed, or had one.
 inline constexpr std::uint8_t flagObserved = 1;
+inline constexpr std::uint8_t flagObservationRecord = 2;
 
 /// The run-time's own way to an Object's header.
 struct ObjectAccess {
@@ -258,7 +305,15 @@ struct ObjectAccess {
 
   /// Makes all weak references to `object` read nil.
   static void emptyWeakBox(const NSObject* object) noexcept;
+
+  /// Ends all observing of `object`.
+  static void dropObservations(const NSObject* object) noexcept;
 };
+
+/// Whether anybody observes `object`: the one test that its changes cost when nobody does.
+inline bool isObserved(const NSObject* object) noexcept {
+  return (ObjectAccess::flags(object).load(std::memory_order_relaxed) & flagObserved) != 0;
+}
 
 }  // namespace detail
 

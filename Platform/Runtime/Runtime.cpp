@@ -126,6 +126,17 @@ const Method* ClassTables::findClassLevel(const Class* aClass, Selector selector
   return findInstance(classOf<Class>(), selector);  // a Class is an Object as well
 }
 
+std::vector<std::string_view> ClassTables::dependenciesOf(const Class* aClass,
+                                                          std::string_view key) {
+  RuntimeGuard guard;
+  std::vector<std::string_view> keyPaths;
+  for (const Class* c = aClass; c != nullptr; c = c->superclass_) {
+    auto [from, to] = c->tables_->dependencies.equal_range(key);
+    for (; from != to; ++from) keyPaths.push_back(from->second);
+  }
+  return keyPaths;
+}
+
 void ClassTables::ensureInitialized(Class* aClass) {
   ClassTables& tables = *aClass->tables_;
   if (tables.initialized.load(std::memory_order_acquire)) return;
@@ -279,6 +290,13 @@ void ClassBuilder::addProperty(std::string_view key, const MethodSpec& getter,
   if (setter != nullptr)
     addTo(class_->tables_->methods, class_, category_, setterName(key), *setter, "property ");
   class_->tables_->propertyKeys.push_back(key);
+}
+
+void ClassBuilder::addDependency(std::string_view keyPath) {
+  if (class_->tables_->propertyKeys.empty())
+    raise(NSInternalInconsistencyException,
+          "class " + std::string(class_->name()) + ": dependsOn stands before any property");
+  class_->tables_->dependencies.emplace(class_->tables_->propertyKeys.back(), keyPath);
 }
 
 void ClassBuilder::setInitialize(void (*function)()) { class_->tables_->initializer = function; }

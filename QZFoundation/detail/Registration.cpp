@@ -10,11 +10,14 @@
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/XJKQueue.h"
+#include "QZFoundation/QZKeyValueSyncer.h"
 
 namespace qz {
 
 void registerQZFoundation() {
   detail::registerNSObjectQZFoundation();
+  detail::registerNSObjectQZObserving();
+  classOf<QZKeyValueSyncer>();
   detail::registerNSSortDescriptorQZFoundation();
   detail::registerNSErrorQZFoundation();
   detail::registerNSStringQZSearch();

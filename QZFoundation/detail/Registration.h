@@ -30,6 +30,7 @@ void registerNSDataQZFoundation();
 void registerNSErrorQZFoundation();
 void registerNSObjectQZFoundation();
 void registerNSPropertyListSerializationQZFoundation();
+void registerNSObjectQZObserving();
 void registerNSSortDescriptorQZFoundation();
 void registerNSStringQZSearch();
 void registerNSStringQZFoundation();

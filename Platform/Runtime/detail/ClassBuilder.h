@@ -33,6 +33,9 @@ class ClassBuilder {
 
   /// Adds the property and its accessors; `setter` is null for a read-only one.
   void addProperty(std::string_view key, const MethodSpec& getter, const MethodSpec* setter);
+
+  /// The property added last changes whenever the value at `keyPath` does.
+  void addDependency(std::string_view keyPath);
   void setInitialize(void (*function)());
 
  private:

@@ -22,6 +22,7 @@ struct ClassTables {
   MethodTable classMethods;
   std::deque<MethodTable::node_type> replaced;
   std::vector<std::string_view> propertyKeys;
+  std::unordered_multimap<std::string_view, std::string_view> dependencies;  // by property
 
   std::recursive_mutex initializing;
   std::atomic<bool> initialized{false};
@@ -31,6 +32,9 @@ struct ClassTables {
   /// The nearest implementation, or null. The caller holds the run-time's lock.
   static const Method* findInstance(const Class* aClass, Selector selector);
   static const Method* findClassLevel(const Class* aClass, Selector selector);
+
+  /// The key paths that `key` was described to depend on, in the class or above. Takes the lock.
+  static std::vector<std::string_view> dependenciesOf(const Class* aClass, std::string_view key);
 
   /// Runs the class's one-time function, and before it those of the classes above.
   static void ensureInitialized(Class* aClass);

@@ -1,0 +1,505 @@
+#include "Platform/Runtime/NSKeyValueObserving.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Collections/NSSet.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/WeakRef.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Observers.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+constexpr auto oldAndNew = NSKeyValueObservingOptionOld | NSKeyValueObservingOptionNew;
+constexpr auto prior = NSKeyValueObservingOptionPrior;
+constexpr auto initial = NSKeyValueObservingOptionInitial;
+
+Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
+
+void add(NSObject* object, NSObject* observer, NSString* path,
+         NSKeyValueObservingOptions options = oldAndNew, void* context = nullptr) {
+  object->addObserver_forKeyPath_options_context(observer, path, options, context);
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(KeyValueObserving, TellsWhatWasAskedFor) {
+  struct {
+    NSKeyValueObservingOptions options;
+    Lines lines;
+  } const cases[] = {
+      {0, {"value setting"}},
+      {NSKeyValueObservingOptionNew, {"value setting new=2"}},
+      {NSKeyValueObservingOptionOld, {"value setting old=1"}},
+      {oldAndNew, {"value setting new=2 old=1"}},
+      {oldAndNew | initial, {"value setting new=1", "value setting new=2 old=1"}},
+      {initial, {"value setting", "value setting"}},
+      {prior, {"value setting prior", "value setting"}},
+      {oldAndNew | prior, {"value setting old=1 prior", "value setting new=2 old=1"}},
+  };
+  for (const auto& each : cases) {
+    auto node = make<Node>(1);
+    auto recorder = make<Recorder>();
+    add(node, recorder, "value"_ns, each.options);
+    node->setValue_forKey(number(2), "value"_ns);
+    EXPECT_EQ(recorder->lines, each.lines) << each.options;
+    node->removeObserver_forKeyPath(recorder, "value"_ns);
+    node->setValue(3);
+    EXPECT_EQ(recorder->lines.size(), each.lines.size());
+  }
+}
+
+TEST(KeyValueObserving, EachWayToChangeAValueIsToldOnce) {
+  struct {
+    const char* what;
+    void (*change)(Node* node);
+    std::size_t times;
+  } const cases[] = {
+      {"set by key, through a setter with a guard",
+       [](Node* node) { node->setValue_forKey(number(5), "value"_ns); }, 1},
+      {"a setter with a guard", [](Node* node) { node->setValue(5); }, 1},
+      {"a field set by key", [](Node* node) { node->setValue_forKey(number(5), "plain"_ns); }, 1},
+      {"a field set unannounced", [](Node* node) { node->plain = 5; }, 0},
+      {"by hand",
+       [](Node* node) {
+         node->willChangeValueForKey("plain"_ns);
+         node->willChangeValueForKey(NSString::stringWithUTF8String("value"));
+         node->plain = 5;
+         node->didChangeValueForKey("plain"_ns);
+         node->didChangeValueForKey("value"_ns);
+       },
+       2},
+      {"by hand around a set by key",
+       [](Node* node) {
+         node->willChangeValueForKey("value"_ns);
+         node->setValue_forKey(number(5), "value"_ns);
+         node->didChangeValueForKey("value"_ns);
+       },
+       1},
+      {"an end without a begin", [](Node* node) { node->didChangeValueForKey("value"_ns); }, 0},
+      {"a class that leaves it to its setter",
+       [](Node* node) { node->setValue_forKey(number(5), "silent"_ns); }, 0},
+      {"a path", [](Node* node) { node->setValue_forKeyPath(number(5), "value"_ns); }, 1},
+  };
+  for (const auto& each : cases) {
+    auto node = make<Node>(1);
+    auto recorder = make<Recorder>();
+    for (NSString* key : {"value"_ns, "plain"_ns, "silent"_ns}) add(node, recorder, key, 0);
+    each.change(node);
+    EXPECT_EQ(recorder->lines.size(), each.times) << each.what;
+  }
+}
+
+TEST(KeyValueObserving, TheChangeIsADictionary) {
+  auto node = make<Node>(1);
+  auto recorder = make<Recorder>();
+  int context = 0;
+  add(node, recorder, "next"_ns, oldAndNew, &context);
+  node->setNext(nullptr);
+  Ref<NSDictionary> change = recorder->last;
+  EXPECT_EQ(recorder->context, &context);
+  EXPECT_TRUE(change->isEqual(NSDictionary::of(
+      {{NSKeyValueChangeKindKey, number(1)},
+       {NSKeyValueChangeNewKey, NSNull::null()},
+       {NSString::stringWithUTF8String("NSKeyValueChangeOldKey"), NSNull::null()}})));
+  EXPECT_EQ(change->count(), 3u);
+  EXPECT_EQ(change->objectForKey("other"_ns), nullptr);
+  EXPECT_EQ(change->objectForKey(number(1)), nullptr);
+  EXPECT_EQ(change->valueForKey(NSKeyValueChangeKindKey)->hash(), number(1)->hash());
+  EXPECT_TRUE(change->mutableCopy()->isEqual(change));
+}
+
+TEST(KeyValueObserving, FunctionsAndTypedChanges) {
+  auto node = make<Node>(1);
+  std::vector<std::pair<int, int>> seen;
+  auto token =
+      observe<int>(node, "value"_ns, [&](int before, int now) { seen.emplace_back(before, now); });
+  auto names =
+      observe<std::string>(node, "name"_ns, [&](const std::string& before, const std::string& now) {
+        seen.emplace_back(before.size(), now.size());
+      });
+  std::optional<Ref<Node>> before;
+  auto nodes = observe(node, "next"_ns, oldAndNew, [&](const ObservedChange& change) {
+    EXPECT_EQ(change.object, node);
+    EXPECT_EQ(change.newAs<Ref<NSNumber>>(), nullptr);  // it is none
+    before = change.oldAs<Ref<Node>>();
+  });
+  node->setValue(7);
+  node->setValue_forKey("seven"_ns, "name"_ns);
+  node->setNext(make<Node>(2));
+  EXPECT_EQ(seen, (std::vector<std::pair<int, int>>{{1, 7}, {0, 5}}));
+  EXPECT_EQ(before, Ref<Node>());
+  auto moved = std::move(token);
+  node->setValue(8);
+  moved.invalidate();
+  node->setValue(9);
+  EXPECT_EQ(seen.size(), 3u);
+  EXPECT_TRUE(names.isActive());
+  node = nullptr;
+  EXPECT_FALSE(names.isActive());
+}
+
+TEST(KeyValueObserving, RefusesWhatCannotBe) {
+  auto node = make<Node>(1);
+  auto recorder = make<Recorder>();
+  add(node, recorder, "value"_ns, 0, &node);
+  struct {
+    const char* reason;
+    std::function<void()> code;
+  } const cases[] = {
+      {"does not observe \"next\"", [&] { node->removeObserver_forKeyPath(recorder, "next"_ns); }},
+      {"does not observe \"value\"",
+       [&] { node->removeObserver_forKeyPath_context(recorder, "value"_ns, &recorder); }},
+      {"does not observe", [&] { node->removeObserver_forKeyPath(node, "value"_ns); }},
+      {"observer is nil", [&] { add(node, nullptr, "value"_ns); }},
+      {"key path is nil", [&] { add(node, recorder, nullptr); }},
+      {"empty", [&] { add(node, recorder, ""_ns); }},
+      {"empty", [&] { add(node, recorder, "next..value"_ns); }},
+      {"empty", [&] { add(node, recorder, "next."_ns); }},
+      {"NSArray",
+       [&] {
+         auto shelf = make<Setting>();
+         shelf->setValue_forKey(NSArray::arrayWithObject(node), "parts"_ns);
+         add(shelf, recorder, "parts.value"_ns);
+       }},
+      {"NSArray", [&] { add(NSArray::array(), recorder, "count"_ns); }},
+  };
+  for (const auto& each : cases)
+    EXPECT_TRUE(raises(NSInvalidArgumentException, each.code, {each.reason}));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { add(node, recorder, "nothing.value"_ns); }));
+  EXPECT_TRUE(raises(NSInternalInconsistencyException,
+                     [&] {
+                       add(node, node, "value"_ns);  // does not handle it
+                       node->setValue(2);
+                     },
+                     {"Node", "value"}));
+  EXPECT_EQ(recorder->lines.size(), 1u) << "told before the other one raised, and of nothing else";
+}
+
+TEST(KeyValueObserving, LatestRegistrationGoesFirstAndByContext) {
+  auto node = make<Node>(1);
+  auto recorder = make<Recorder>();
+  int a = 0;
+  int b = 0;
+  for (void* context : {static_cast<void*>(&a), static_cast<void*>(&b), static_cast<void*>(&a)})
+    add(node, recorder, "value"_ns, 0, context);
+  node->removeObserver_forKeyPath_context(recorder, "value"_ns, &b);
+  node->setValue(2);
+  EXPECT_EQ(recorder->lines.size(), 2u);
+  EXPECT_EQ(recorder->context, &a);
+  node->removeObserver_forKeyPath(recorder, "value"_ns);
+  node->removeObserver_forKeyPath(recorder, "value"_ns);
+  EXPECT_FALSE(detail::isObserved(node));
+}
+
+TEST(KeyValueObserving, DependentKeys) {
+  auto node = make<Node>(1);
+  node->setNext(make<Node>(2));
+  struct {
+    NSString* key;
+    std::function<void()> change;
+    Lines lines;
+  } const cases[] = {
+      // Described with dependsOn; through a path; over another key; by a class's operation.
+      {"twice"_ns, [&] { node->setValue(5); }, {"twice setting new=10 old=2"}},
+      {"total"_ns, [&] { node->next()->setValue(3); }, {"total setting new=8 old=7"}},
+      {"total"_ns, [&] { node->setNext(make<Node>(9)); }, {"total setting new=14 old=8"}},
+      {"total"_ns, [&] { node->next()->setNext(make<Node>(1)); }, {"total setting new=15 old=14"}},
+      {"total"_ns, [&] { node->next()->next()->setValue(2); }, {"total setting new=16 old=15"}},
+      {"label"_ns, [&] { node->setValue(6); }, {"label setting new=12 old=10"}},
+      {"twice"_ns,
+       [&] {  // the key itself around what it depends on
+         const KeyValueChange changing(node, "twice"_ns);
+         node->setValue(7);
+       },
+       {"twice setting new=14 old=12"}},
+      {"ring"_ns, [&] { node->setValue(8); }, {"ring setting new=8 old=7"}},
+  };
+  for (const auto& each : cases) {
+    auto recorder = make<Recorder>();
+    add(node, recorder, each.key);
+    each.change();
+    EXPECT_EQ(recorder->lines, each.lines);
+    node->removeObserver_forKeyPath(recorder, each.key);
+  }
+  EXPECT_FALSE(detail::isObserved(node));
+  EXPECT_FALSE(detail::isObserved(node->next())) << "what was observed for the sake of a key stays";
+}
+
+/// Paths of three keys over a random graph, against reading the path after every step.
+TEST(KeyValueObserving, PathsFollowWhatIsReplaced) {
+  std::mt19937 random(7);
+  std::vector<Ref<Node>> nodes;
+  for (int i = 0; i < 6; ++i) nodes.push_back(make<Node>(i));
+  const auto any = [&] { return nodes[random() % nodes.size()]; };
+  const auto text = [](NSObject* value) {
+    return value == NSNull::null() ? "(null)" : to_string(value);
+  };
+  const auto read = [&](Node* node) {
+    return to_string(node->valueForKeyPath("next.next.value"_ns));
+  };
+
+  Ref<Node> root = nodes[0];
+  std::string told = read(root);
+  auto token = observe(root, "next.next.value"_ns, oldAndNew, [&](const ObservedChange& change) {
+    EXPECT_EQ(text(change.oldValue), told);
+    told = text(change.newValue);
+  });
+  for (int step = 0; step < 3000; ++step) {
+    switch (random() % 4) {
+      case 0:
+        any()->setNext(random() % 4 == 0 ? nullptr : any().get());
+        break;
+      case 1:
+        any()->setValue_forKey(any(), "next"_ns);
+        break;
+      case 2:
+        any()->setValue(step);
+        break;
+      default:  // an Object on the way may go
+        nodes[1 + random() % (nodes.size() - 1)] = make<Node>(step);
+    }
+    ASSERT_EQ(told, read(root)) << step;
+  }
+  token.invalidate();
+  for (Node* node : nodes) EXPECT_FALSE(detail::isObserved(node));
+  for (Node* node : nodes) node->setNext(nullptr);  // rings would stay
+}
+
+/// Applies the changes it is told of to an Array of its own.
+class Mirror : public Derives<Mirror, NSObject> {
+ public:
+  static void describe(ClassDescription<Mirror>& is) { is.named("Mirror"); }
+  void observeValueForKeyPath_ofObject_change_context(NSString*, NSObject*, NSDictionary* change,
+                                                      void*) override {
+    ++changes;
+    const auto kind = valueOf(change, NSKeyValueChangeKindKey);
+    const auto now = as<NSArray>(change->objectForKey(NSKeyValueChangeNewKey));
+    const auto before = as<NSArray>(change->objectForKey(NSKeyValueChangeOldKey));
+    const auto places = as<NSIndexSet>(change->objectForKey(NSKeyValueChangeIndexesKey));
+    ASSERT_NE(kind, 1) << "what changes elements is no setting";
+    ASSERT_EQ(static_cast<bool>(before), kind != NSKeyValueChangeInsertion);
+    ASSERT_EQ(static_cast<bool>(now), kind != NSKeyValueChangeRemoval);
+    const auto indexes = places->indexes();
+    for (std::size_t i = 0; before && i < indexes.size(); ++i)
+      ASSERT_TRUE(elements->objectAtIndex(indexes[i])
+                      ->isEqual(before->objectAtIndex(static_cast<std::uint32_t>(i))));
+    if (kind != NSKeyValueChangeInsertion)
+      for (auto each = indexes.rbegin(); each != indexes.rend(); ++each)
+        elements->removeObjectAtIndex(*each);
+    for (std::size_t i = 0; now && i < indexes.size(); ++i)
+      elements->insertObject_atIndex(now->objectAtIndex(static_cast<std::uint32_t>(i)), indexes[i]);
+  }
+  Ref<NSMutableArray> elements = NSMutableArray::array();
+  int changes = 0;
+
+ private:
+  static int valueOf(NSDictionary* change, NSString* key) {
+    return as<NSNumber>(change->objectForKey(key))->intValue();
+  }
+};
+
+template <class Owner>
+class ToMany : public ::testing::Test {};
+using Owners = ::testing::Types<Setting, Accessing, Holding>;
+TYPED_TEST_SUITE(ToMany, Owners);
+
+TYPED_TEST(ToMany, MirrorFollowsEveryOperation) {
+  auto owner = make<TypeParam>();
+  Ref<NSMutableArray> view = owner->mutableArrayValueForKey("parts"_ns);
+  auto mirror = make<Mirror>();
+  add(owner, mirror, "parts"_ns);
+  auto model = NSMutableArray::array();
+  std::mt19937 random(11);
+  const auto below = [&](std::uint32_t bound) {
+    return static_cast<std::uint32_t>(random() % std::max(bound, 1U));
+  };
+  const auto some = [&] {
+    auto list = NSMutableArray::array();
+    for (std::uint32_t i = below(4); i > 0; --i)
+      list->addObject(number(static_cast<int>(below(9))));
+    return list;
+  };
+  for (int step = 0; step < 600; ++step) {
+    const std::uint32_t size = model->count();
+    const std::uint32_t at = below(size);
+    const Ref<NSNumber> one = number(static_cast<int>(below(9)));
+    const Ref<NSMutableArray> list = some();
+    const NSRange range{at, below(size - at + 1)};
+    const std::uint32_t other = below(size);
+    const int changesBefore = mirror->changes;
+    const auto operation = below(10);
+    int most = 1;
+    for (NSMutableArray* array : {model.get(), view.get()}) switch (operation) {
+        case 0:
+          array->addObject(one);
+          break;
+        case 1:
+          array->insertObject_atIndex(one, at);
+          break;
+        case 2:
+          if (size > 0) array->removeObjectAtIndex(at);
+          break;
+        case 3:
+          if (size > 0) array->replaceObjectAtIndex_withObject(at, one);
+          break;
+        case 4:
+          array->addObjectsFromArray(list);
+          break;
+        case 5:
+          array->removeObject(one);
+          break;
+        case 6:
+          array->replaceObjectsInRange_withObjectsFromArray(range, list);
+          most = 2;
+          break;
+        case 7:
+          if (size > 0) array->exchangeObjectAtIndex_withObjectAtIndex(at, other);
+          break;
+        case 8:
+          array->sortUsingSelector("compare:"_sel);
+          break;
+        default:
+          if (step % 7 == 0) array->removeAllObjects();
+      }
+    ASSERT_TRUE(view->isEqual(model)) << operation;
+    ASSERT_TRUE(owner->valueForKey("parts"_ns)->isEqual(model)) << operation;
+    ASSERT_TRUE(mirror->elements->isEqual(model)) << operation;
+    ASSERT_LE(mirror->changes - changesBefore, most) << operation;
+  }
+  EXPECT_TRUE(raises(NSRangeException, [&] { view->removeObjectAtIndex(999); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { view->addObject(nullptr); }));
+  EXPECT_TRUE(mirror->elements->isEqual(model));
+}
+
+TEST(KeyValueObserving, ArraysOfDictionariesAndWhatIsNoArray) {
+  auto dictionary = make<NSMutableDictionary>();
+  auto recorder = make<Recorder>();
+  add(dictionary, recorder, "list"_ns);
+  dictionary->mutableArrayValueForKey("list"_ns)->addObject(number(1));
+  dictionary->setObject_forKey(number(2), "list"_ns);
+  dictionary->removeObjectForKey("list"_ns);
+  dictionary->setObject_forKey(number(3), number(4));
+  dictionary->setDictionary(NSDictionary::of({{"list"_ns, number(5)}}));
+  EXPECT_EQ(recorder->lines.at(0), "list insertion new=(1) indexes=0");
+  EXPECT_EQ(recorder->lines.at(1), "list setting new=2 old=(1)");
+  EXPECT_EQ(recorder->lines.at(2), "list setting new=(null) old=2");
+  EXPECT_EQ(recorder->lines.at(3), "list setting new=5 old=(null)");
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { dictionary->mutableArrayValueForKey("list"_ns)->count(); },
+                     {"NSNumber"}));
+}
+
+TEST(KeyValueObserving, NeitherSideKeepsTheOtherAlive) {
+  auto node = make<Node>(1);
+  WeakRef<Node> weakNode = node;
+  {
+    auto recorder = make<Recorder>();
+    WeakRef<Recorder> weakRecorder = recorder;
+    add(node, recorder, "next.value"_ns);
+    recorder = nullptr;
+    EXPECT_TRUE(weakRecorder.expired());
+  }
+  auto inner = make<Node>(2);
+  node->setNext(inner);  // nobody to tell, which is noticed
+  EXPECT_FALSE(detail::isObserved(node));
+
+  auto recorder = make<Recorder>();
+  add(node, recorder, "next.value"_ns, NSKeyValueObservingOptionNew);
+  node = nullptr;
+  EXPECT_TRUE(weakNode.expired());
+  EXPECT_FALSE(detail::isObserved(inner)) << "the path ended with its begin";
+  inner->setValue(3);
+  EXPECT_EQ(recorder->lines, Lines());
+
+  // An observer that takes itself off while it is being destroyed, first or last.
+  auto observed = make<Node>(1);
+  { auto quitter = make<Quitter>(observed); }
+  observed->setValue(2);
+  EXPECT_FALSE(detail::isObserved(observed));
+}
+
+TEST(KeyValueObserving, ChangesToTheListDuringDelivery) {
+  auto node = make<Node>(1);
+  Lines order;
+  KeyValueObservation first, second, third, added;
+  const auto note = [&](const char* who) { order.emplace_back(who); };
+  first = observe(node, "value"_ns, 0, [&](const ObservedChange&) {
+    note("first");
+    second.invalidate();
+    if (!added.isActive())
+      added = observe(node, "value"_ns, 0, [&](const ObservedChange&) { note("added"); });
+  });
+  second = observe(node, "value"_ns, 0, [&](const ObservedChange&) { note("second"); });
+  third = observe(node, "value"_ns, 0, [&](const ObservedChange&) {
+    note("third");
+    third.invalidate();  // its own function, which goes on
+    note("still third");
+  });
+  node->setValue(2);
+  EXPECT_EQ(order, (Lines{"first", "third", "still third"}));
+  order.clear();
+  node->setValue(3);
+  EXPECT_EQ(order, (Lines{"first", "added"}));
+
+  // The observed Object's last owner lets go while it is told.
+  Ref<Node> last = make<Node>(1);
+  bool told = false;
+  auto token =
+      observe(last, "value"_ns, NSKeyValueObservingOptionNew, [&](const ObservedChange& change) {
+        last = nullptr;
+        told = change.newAs<int>() == 2 && change.object->hash() != 0;
+      });
+  last->setValue(2);
+  EXPECT_TRUE(told);
+}
+
+TEST(KeyValueObserving, AChangeMadeByAnObserverIsAnotherChange) {
+  auto node = make<Node>(1);
+  auto recorder = make<Recorder>();
+  auto clamp = observe<int>(node, "value"_ns, [&](int, int now) {
+    if (now > 10) node->setValue(10);
+  });
+  add(node, recorder, "value"_ns);
+  node->setValue(99);
+  EXPECT_EQ(recorder->lines, (Lines{"value setting new=10 old=99", "value setting new=99 old=1"}));
+}
+
+TEST(KeyValueObserving, ExceptionsLoseNobody) {
+  auto node = make<Node>(1);
+  auto fails = observe(node, "value"_ns, 0, [](const ObservedChange&) {
+    NSException::raise_reason(NSGenericException, "no"_ns);
+  });
+  auto recorder = make<Recorder>();
+  add(node, recorder, "value"_ns);
+  EXPECT_TRUE(raises(NSGenericException, [&] { node->setValue(2); }, {"no"}));
+  EXPECT_TRUE(raises(NSRangeException, [&] {
+    const KeyValueChange changing(node, "value"_ns);
+    NSException::raise_reason(NSRangeException, "while changing"_ns);
+  }));
+  EXPECT_EQ(recorder->lines.size(), 2u);
+  // An observer that raises before the change stops it, and nothing is left under way.
+  auto objects = observe(node, "name"_ns, prior, [](const ObservedChange&) {
+    NSException::raise_reason(NSGenericException, "not now"_ns);
+  });
+  EXPECT_TRUE(raises(NSGenericException, [&] { node->setValue_forKey("x"_ns, "name"_ns); }));
+  EXPECT_EQ(node->valueForKey("name"_ns)->hash(), ""_ns->hash());
+  objects.invalidate();
+  add(node, recorder, "name"_ns, 0);
+  node->setValue_forKey("x"_ns, "name"_ns);
+  EXPECT_EQ(recorder->lines.back(), "name setting");
+}
+
+}  // namespace
+}  // namespace qz::test

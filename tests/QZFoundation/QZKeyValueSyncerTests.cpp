@@ -1,0 +1,124 @@
+#include "QZFoundation/QZKeyValueSyncer.h"
+
+#include <gtest/gtest.h>
+
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Runtime/WeakRef.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
+
+Ref<QZKeyValueSyncer> sizesAndNames() {
+  auto syncer = QZKeyValueSyncer::initWithPrimaryKey_secondaryKey("size"_ns, "name"_ns);
+  syncer->setPrimaryValue_forSecondaryValue(number(1), "a"_ns);
+  syncer->setPrimaryValue_forSecondaryValue(number(2), "b"_ns);
+  return syncer;
+}
+
+TEST(QZKeyValueSyncer, SetsEachKeyFromTheOther) {
+  auto syncer = sizesAndNames();
+  auto object = make<NSMutableDictionary>();
+  syncer->observeObject(object);
+  syncer->observeObject(object);  // once is enough
+  struct {
+    NSString* key;
+    Ref<NSObject> value;
+    const char* size;
+    const char* name;
+  } const cases[] = {
+      {"size"_ns, number(2), "2", "b"},
+      {"name"_ns, "a"_ns, "1", "a"},
+      {"name"_ns, "a"_ns, "1", "a"},
+      {"size"_ns, number(9), "(null)", "(null)"},  // an unpaired value does not survive
+      {"size"_ns, number(1), "1", "a"},
+      {"name"_ns, "nobody"_ns, "(null)", "(null)"},
+      {"name"_ns, "b"_ns, "2", "b"},
+      {"size"_ns, nullptr, "(null)", "(null)"},
+  };
+  for (const auto& each : cases) {
+    object->setValue_forKey(each.value, each.key);
+    EXPECT_EQ(to_string(object->valueForKey("size"_ns)), each.size) << each.key;
+    EXPECT_EQ(to_string(object->valueForKey("name"_ns)), each.name) << each.key;
+  }
+  syncer->unobserveObject(object);
+  syncer->unobserveObject(object);
+  object->setValue_forKey(number(2), "size"_ns);
+  EXPECT_EQ(object->valueForKey("name"_ns), nullptr);
+}
+
+TEST(QZKeyValueSyncer, TablesKeepTheirOwnLatestPair) {
+  auto syncer = sizesAndNames();
+  syncer->setPrimaryValue_forSecondaryValue(number(1), "c"_ns);
+  EXPECT_EQ(to_string(syncer->secondaryValueForPrimaryValue(number(1))), "c");
+  EXPECT_EQ(to_string(syncer->primaryValueForSecondaryValue("a"_ns)), "1");
+  EXPECT_EQ(syncer->primaryValueForSecondaryValue(nullptr), nullptr);
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { syncer->setPrimaryValue_forSecondaryValue(nullptr, "d"_ns); }));
+  EXPECT_EQ(syncer->primaryValueForSecondaryValue("d"_ns), nullptr);
+}
+
+TEST(QZKeyValueSyncer, UpdatesWhatItWatchesOnDemand) {
+  auto syncer = sizesAndNames();
+  auto one = make<NSMutableDictionary>();
+  auto two = make<NSMutableDictionary>();
+  one->setValue_forKey(number(1), "size"_ns);
+  two->setValue_forKey("b"_ns, "name"_ns);
+  syncer->observeObject(one);
+  syncer->observeObject(two);
+  EXPECT_EQ(one->valueForKey("name"_ns), nullptr) << "not when it begins to watch";
+  syncer->updateSecondaryValueForObject(one);
+  syncer->updatePrimaryValueForObject(two);
+  EXPECT_EQ(to_string(one->valueForKey("name"_ns)), "a");
+  EXPECT_EQ(to_string(two->valueForKey("size"_ns)), "2");
+  syncer->updatePrimaryValues();
+  send<void>(syncer, "updateSecondaryValues"_sel);
+  EXPECT_EQ(to_string(one->valueForKey("size"_ns)), "1");
+  EXPECT_EQ(to_string(two->valueForKey("name"_ns)), "b");
+}
+
+TEST(QZKeyValueSyncer, EndsWithItsWatching) {
+  auto object = make<NSMutableDictionary>();
+  WeakRef<NSMutableDictionary> weak = object;
+  {
+    auto syncer = sizesAndNames();
+    syncer->observeObject(object);
+    object = nullptr;
+    EXPECT_FALSE(weak.expired()) << "what is watched is kept";
+    object = weak.load();
+  }
+  EXPECT_FALSE(detail::isObserved(object));
+  object->setValue_forKey(number(1), "size"_ns);
+  EXPECT_EQ(object->valueForKey("name"_ns), nullptr);
+}
+
+TEST(QZKeyValueSyncer, KeysAreRequired) {
+  struct {
+    NSString* primary;
+    NSString* secondary;
+    const char* reason;
+    int line;
+  } const cases[] = {{nullptr, "b"_ns, "Primary key is nil", 18},
+                     {"a"_ns, nullptr, "Secondary key is nil", 19}};
+  for (const auto& each : cases) {
+    try {
+      QZKeyValueSyncer::initWithPrimaryKey_secondaryKey(each.primary, each.secondary);
+      ADD_FAILURE() << each.reason;
+    } catch (const Raised& raised) {
+      EXPECT_TRUE(raised.is(NSInternalInconsistencyException));
+      EXPECT_EQ(to_string(raised->reason()), each.reason);
+      EXPECT_EQ(to_string(raised->userInfo()->objectForKey("NSAssertionFile"_ns)),
+                "QZKeyValueSyncer");
+      EXPECT_EQ(to_string(raised->userInfo()->objectForKey("NSAssertionLine"_ns)),
+                std::to_string(each.line));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace qz::test
