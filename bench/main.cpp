@@ -46,6 +46,18 @@ int main(int argc, char** argv) {
 #if defined(QZ_BENCH_GLIB)
   qz::bench::compareGLib();
   qz::bench::compareGLibDictionaries();
+  qz::bench::compareObserving();
+#if defined(QZ_BENCH_QT)
+  qz::bench::compareQt();
+  qz::bench::compareQtStrings();
+  qz::bench::compareQtObserving();
+#endif
+#if defined(QZ_BENCH_GLIB)
+  qz::bench::compareGLib();
+  qz::bench::compareGLibObserving();
+#endif
+#if defined(QZ_BENCH_BOOST)
+  qz::bench::compareBoostObserving();
 #endif
 #if defined(QZ_BENCH_SPDLOG)
   qz::bench::compareSpdlog();

@@ -6,6 +6,7 @@
 #include "QZFoundation/QZHMSFormatter.h"
 #include "QZFoundation/QZIndexMap.h"
 #include "QZFoundation/QZLog.h"
+#include "QZFoundation/QZKeyValueSyncer.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"

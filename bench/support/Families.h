@@ -26,5 +26,13 @@ void compareSpdlog();  // defined when QZ_BENCH_SPDLOG is
 void compareQtDictionaries();
 void compareGLib();  // defined when QZ_BENCH_GLIB is
 void compareGLibDictionaries();
+void compareObserving();
+
+void compareQt();  // defined when QZ_BENCH_QT is
+void compareQtStrings();
+void compareQtObserving();
+void compareGLib();  // defined when QZ_BENCH_GLIB is
+void compareGLibObserving();
+void compareBoostObserving();  // defined when QZ_BENCH_BOOST is
 
 }  // namespace qz::bench

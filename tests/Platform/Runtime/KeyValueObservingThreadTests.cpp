@@ -1,0 +1,97 @@
+// Observing from several threads at a time: meant for the thread sanitizer.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "Platform/Runtime/NSKeyValueObserving.h"
+#include "Platform/Runtime/WeakRef.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Observers.h"
+
+namespace qz::test {
+namespace {
+
+void inThreads(int count, const std::function<void(unsigned)>& body) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i) threads.emplace_back(body, static_cast<unsigned>(i));
+  for (std::thread& each : threads) each.join();
+}
+
+TEST(KeyValueObservingThreads, ObserversComeAndGoWhileOneThreadChanges) {
+  auto node = make<Node>(0);
+  node->setNext(make<Node>(0));
+  std::atomic<bool> changing{true};
+  std::atomic<int> told{0};
+  std::thread changer([&] {
+    for (int i = 1; changing; ++i) {
+      node->setValue(i);
+      node->next()->setValue(i);
+    }
+  });
+  inThreads(3, [&](unsigned seed) {
+    std::mt19937 random(seed);
+    for (int i = 0; i < 400; ++i) {
+      // No values: reading them here would race with the thread that changes them.
+      auto token = observe(node, random() % 2 == 0 ? "value"_ns : "twice"_ns, 0,
+                           [&](const ObservedChange&) { ++told; });
+      auto dying = make<Recorder>();
+      node->addObserver_forKeyPath_options_context(dying, "value"_ns, 0, nullptr);
+      if (random() % 2 == 0) node->removeObserver_forKeyPath(dying, "value"_ns);
+      if (random() % 4 == 0) std::this_thread::yield();
+    }
+  });
+  const int before = told;
+  auto last = observe(node, "value"_ns, 0, [&](const ObservedChange&) { ++told; });
+  while (told == before) std::this_thread::yield();
+  changing = false;
+  changer.join();
+  last.invalidate();
+  node->setValue(0);  // the observers that died are noticed now at the latest
+  EXPECT_FALSE(detail::isObserved(node));
+}
+
+TEST(KeyValueObservingThreads, EachThreadWithObjectsOfItsOwn) {
+  inThreads(4, [&](unsigned seed) {
+    std::mt19937 random(seed);
+    int told = 0;
+    int changes = 0;
+    for (int round = 0; round < 300; ++round) {
+      Ref<Node> root = make<Node>(0);
+      auto token = observe<int>(root, "next.value"_ns, [&](int, int) { ++told; });
+      for (int i = 0; i < 5; ++i, ++changes) {
+        if (i == 0 || random() % 2 == 0)
+          root->setNext(make<Node>(i));
+        else
+          root->next()->setValue(i);
+      }
+      if (random() % 2 == 0) root = nullptr;  // the observed goes first
+    }
+    EXPECT_EQ(told, changes);
+  });
+}
+
+TEST(KeyValueObservingThreads, ObservedOnesDieElsewhere) {
+  // What one thread observes is let go by another at any moment.
+  inThreads(3, [&](unsigned seed) {
+    std::mt19937 random(seed);
+    for (int round = 0; round < 200; ++round) {
+      Ref<Node> root = make<Node>(0);
+      root->setNext(make<Node>(1));
+      auto token = observe(root, "next.value"_ns, 0, [](const ObservedChange&) {});
+      std::thread other([inner = root->next(), mine = std::move(root)]() mutable {
+        mine = nullptr;
+        inner->setValue(2);
+        inner = nullptr;
+      });
+      if (random() % 2 == 0) token.invalidate();
+      other.join();
+      EXPECT_FALSE(token.isActive());
+    }
+  });
+}
+
+}  // namespace
+}  // namespace qz::test
