@@ -24,7 +24,8 @@
 ///   A change that an observer makes while it is told is another change, and told at once, so
 ///   observers further on in the order hear of it first.
 /// - A path of several keys follows the Objects on the way when they are replaced, provided their
-///   changes are announced. It cannot lead through Arrays and Sets: observe their elements.
+///   changes are announced. It cannot lead through Arrays and Sets: observe their elements. It may
+///   end with an operator, as "parts.@count", which changes whenever "parts" does.
 /// - Observers and what they observe may go at any time: neither keeps the other alive, and what is
 ///   left of the registration goes too. During delivery the observer and the observed are kept.
 /// - An observer that is removed during delivery is not told any more; one that is added is told

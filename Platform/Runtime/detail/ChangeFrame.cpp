@@ -126,8 +126,9 @@ class Values {
     if (value_ && object == object_ && isIndexed == isIndexed_ &&
         (path == path_ || path->isEqualToString(path_)))
       return value_;
-    Ref<NSObject> value =
-        observation.levels() == 1 ? object->valueForKey(path) : object->valueForKeyPath(path);
+    Ref<NSObject> value = observation.levels() == 1 && !observation.hasOperator()
+                              ? object->valueForKey(path)
+                              : object->valueForKeyPath(path);
     if (isIndexed) value = elementsAt(value, frame_.indexes);
     if (!value) value = NSNull::null();
     object_ = std::move(object);
@@ -139,7 +140,7 @@ class Values {
   /// Only those who observe the changed key itself are told of elements.
   static bool isIndexedFor(const ChangeFrame& frame, const Pending& pending) {
     return frame.kind != NSKeyValueChangeSetting && pending.isDirect &&
-           pending.observation->isLast(pending.level);
+           pending.observation->isLast(pending.level) && !pending.observation->hasOperator();
   }
 
  private:

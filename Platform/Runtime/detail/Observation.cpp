@@ -32,12 +32,18 @@ Observation::Observation(NSObject* root, NSString* keyPath, NSKeyValueObservingO
     : options(wanted), root_(root), keyPath_(as<NSString>(keyPath->copy())) {
   const std::u16string_view path = keyPath_->view();
   if (path.empty()) refusePath(keyPath_, "it is empty");
-  levelCount_ = static_cast<std::uint32_t>(1 + std::ranges::count(path, u'.'));
-  if (levelCount_ == 1) {
+  // What an operator computes changes with what stands before it.
+  const std::size_t operation = path.find(u"@");
+  hasOperator_ =
+      operation != std::u16string_view::npos && (operation == 0 || path[operation - 1] == u'.');
+  const std::u16string_view followed = hasOperator_ ? path.substr(0, operation) : path;
+  levelCount_ = static_cast<std::uint32_t>(std::ranges::count(followed, u'.')) + !hasOperator_;
+  if (levelCount_ == 0) refusePath(keyPath_, "it begins with an operator");
+  if (path.find(u'.') == std::u16string_view::npos) {
     first_.key = keyPath_;
     return;
   }
-  deeper_ = std::make_unique<Level[]>(levelCount_ - 1);
+  if (levelCount_ > 1) deeper_ = std::make_unique<Level[]>(levelCount_ - 1);
   std::u16string_view rest = path;
   for (std::uint32_t i = 0; i < levelCount_; ++i) {
     const std::size_t dot = std::min(rest.find(u'.'), rest.size());

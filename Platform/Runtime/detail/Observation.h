@@ -53,6 +53,8 @@ class Observation final : public NSObject {
   Level& level(std::uint32_t index) noexcept { return index == 0 ? first_ : deeper_[index - 1]; }
   /// The thread in which a change is under way that the observer will be told of.
   std::atomic<const void*>& changingIn() noexcept { return changingIn_; }
+  /// The path goes on with an operator such as "@count" behind the last level.
+  bool hasOperator() const noexcept { return hasOperator_; }
   bool isLast(std::uint32_t index) const noexcept { return index + 1 == levelCount_; }
 
   Ref<NSObject> root() const { return root_.load(); }
@@ -81,6 +83,7 @@ class Observation final : public NSObject {
   std::atomic<bool> active_{true};
   std::atomic<const void*> changingIn_{nullptr};
   std::uint32_t levelCount_ = 1;
+  bool hasOperator_ = false;
   Ref<NSString> keyPath_;
   Ref<NSString> dependentKey_;
   KeyValueObserver function_;

@@ -401,6 +401,17 @@ TEST(KeyValueObserving, ArraysOfDictionariesAndWhatIsNoArray) {
                      {"NSNumber"}));
 }
 
+TEST(KeyValueObserving, OperatorsChangeWithWhatTheyAreOf) {
+  auto shelf = make<Setting>();
+  auto recorder = make<Recorder>();
+  add(shelf, recorder, "parts.@count"_ns);
+  add(shelf, recorder, "parts.@max.value"_ns);
+  shelf->mutableArrayValueForKey("parts"_ns)->addObject(make<Node>(7));
+  EXPECT_EQ(recorder->lines, (Lines{"parts.@count setting new=1 old=0",
+                                    "parts.@max.value setting new=7 old=(null)"}));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { add(shelf, recorder, "@count"_ns); }));
+}
+
 TEST(KeyValueObserving, NeitherSideKeepsTheOtherAlive) {
   auto node = make<Node>(1);
   WeakRef<Node> weakNode = node;
