@@ -29,6 +29,7 @@ int main(int argc, char** argv) {
   qz::bench::compareKeyValueAccess();
   qz::bench::compareCollections();
   qz::bench::compareDictionaries();
+  qz::bench::compareArrays();
   qz::bench::compareSorting();
   qz::bench::compareStrings();
   qz::bench::compareMessages();

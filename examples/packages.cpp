@@ -1,15 +1,22 @@
-// Reads the machine's package database, sorts it into a map by size, and replays that map on Arrays
-// kept beside it.
+// Imports the machine's package table, a delimited text, into Objects; asks it by key path, groups
+// and sums it up; then sorts it into a map and replays that map on Arrays kept beside it.
 //
-//     packages [database]     (default: /var/lib/dpkg/status)
+//     packages [table]     (default: what dpkg-query lists)
+//
+// A table has a line for each package, each field of it followed by a tab: name, version, section,
+// installed size in KiB, and whether it is "installed".
+#include <algorithm>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <iterator>
 #include <string>
 
 #include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSSortDescriptor.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Values/NSData.h"
 #include "Platform/Values/NSNumber.h"
 #include "QZFoundation/QZFoundation.h"
 
@@ -24,47 +31,47 @@ class Package : public Derives<Package, NSObject> {
         .field<&Package::name>("name")
         .field<&Package::version>("version")
         .field<&Package::section>("section")
-        .field<&Package::installedSize>("installedSize");
+        .field<&Package::installedSize>("installedSize")
+        .field<&Package::status>("status")
+        .method<&Package::isInstalled>("isInstalled")
+        .method<&Package::isLibrary>("isLibrary");
   }
 
-  std::string name;
-  std::string version;
-  std::string section;
+  bool isInstalled() const { return status->isEqualToString("installed"_ns); }
+  bool isLibrary() const {
+    return section->hasSuffix("libs"_ns) || section->hasSuffix("libdevel"_ns);
+  }
+
+  Ref<NSString> name = ""_ns;
+  Ref<NSString> version = ""_ns;
+  Ref<NSString> section = ""_ns;
   std::uint64_t installedSize = 0;  // KiB
+  Ref<NSString> status = ""_ns;
 };
 
-// The database is a sequence of records, each a run of "Field: value" lines, parted by empty lines.
-// Fields are set by key, so a size arrives as text and is stored as a number.
-Ref<NSMutableArray> readPackages(std::istream& database) {
-  auto packages = make<NSMutableArray>();
-  auto package = make<Package>();
-  bool installed = false;
-  auto finish = [&] {
-    if (installed && !package->name.empty()) packages->addObject(package);
-    package = make<Package>();
-    installed = false;
-  };
-  for (std::string line; std::getline(database, line);) {
-    if (line.empty()) {
-      finish();
-      continue;
-    }
-    const std::size_t colon = line.find(": ");
-    if (line.front() == ' ' || colon == std::string::npos) continue;  // more of the field before
-    const std::string field = line.substr(0, colon);
-    auto value = NSString::stringWithUTF8String(line.substr(colon + 2));
-    if (field == "Status")
-      installed = value->isEqualToString("install ok installed"_ns);
-    else if (field == "Package")
-      package->setValue_forKey(value, "name"_ns);
-    else if (field == "Version")
-      package->setValue_forKey(value, "version"_ns);
-    else if (field == "Section")
-      package->setValue_forKey(value, "section"_ns);
-    else if (field == "Installed-Size")
-      package->setValue_forKey(value, "installedSize"_ns);
-  }
-  finish();
+Ref<NSString> listOfInstalledPackages() {
+  constexpr auto format =
+      "--showformat=${Package}\\t${Version}\\t${Section}\\t${Installed-Size}\\t"
+      "${db:Status-Status}\\t\\n";
+  auto arguments = NSArray::arrayWithObjects({"--show"_ns, NSString::stringWithUTF8String(format)});
+  Ref<NSData> output = dataByRunningTask_withArguments("/usr/bin/dpkg-query"_ns, arguments);
+  return NSString::initWithData_encoding(output, NSUTF8StringEncoding);
+}
+
+Ref<NSString> contentsOf(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return nullptr;
+  return NSString::stringWithUTF8String(
+      std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
+}
+
+// Every field is set by key: a size arrives as text and is stored as a number.
+Ref<NSMutableArray> readPackages(NSString* table) {
+  auto keys = NSArray::arrayWithObjects(
+      {"name"_ns, "version"_ns, "section"_ns, "installedSize"_ns, "status"_ns});
+  auto packages = arrayWithDelimitedText_objectDelimiter_fieldDelimiter_keys_objectClass(
+      table, "\n"_ns, "\t"_ns, keys, classOf<Package>());
+  filterObjectsWithSelector(packages, "isInstalled"_sel);
   return packages;
 }
 
@@ -95,16 +102,54 @@ Ref<NSMutableArray> someDevelopmentLibraries(NSArray* sections) {
   return found;
 }
 
+std::uint64_t numberAt(NSArray* array, NSString* keyPath) {
+  return as<NSNumber>(array->valueForKeyPath(keyPath))->unsignedLongLongValue();
+}
+
+// One line for each section, the largest first: what is in it, by operators of key paths.
+void printSections(NSArray* packages, std::uint32_t rows) {
+  auto groups = make<NSMutableArray>();
+  for (NSObject* section :
+       as<NSArray>(packages->valueForKeyPath("@distinctUnionOfObjects.section"_ns)))
+    groups->addObject(arrayByMatchingValue_forKeyPath(packages, section, "section"_ns));
+  groups->sortUsingComparator(
+      [](NSObject* a, NSObject* b) { return compare_usingKeyPath(b, a, "@sum.installedSize"_ns); });
+  std::cout << "\nThe largest of " << groups->count() << " sections:\n";
+  for (NSArray* group : elements<NSArray>(groups)) {
+    if (rows-- == 0) break;
+    auto largest = as<Package>(objectMatchingValue_forKeyPath(
+        group, group->valueForKeyPath("@max.installedSize"_ns), "installedSize"_ns));
+    std::cout << std::setw(10) << std::right
+              << megabytes(group->valueForKeyPath("@sum.installedSize"_ns)) << "  " << std::setw(5)
+              << numberAt(group, "@count"_ns) << " packages in " << std::left << std::setw(20)
+              << to_string(firstObject(group)->valueForKey("section"_ns)) << "the largest is "
+              << largest->name << '\n';
+  }
+}
+
+void printAnswers(NSArray* packages) {
+  Ref<NSArray> libraries = arrayByFilteringWithSelector(packages, "isLibrary"_sel);
+  std::cout << libraries->count() << " of them are libraries, the first by name "
+            << to_string(firstObject(
+                   arrayForKeyPath(sortedArrayUsingKeyPath(libraries, "name"_ns), "name"_ns)))
+            << ".\n";
+  auto byName = dictionaryIndexedByKeyPath(packages->objectEnumerator(), "name"_ns);
+  if (auto shell = as<Package>(byName->objectForKey("bash"_ns)))
+    std::cout << "bash is " << shell->version << ", in the section " << shell->section << ".\n";
+}
+
 int show(const char* path) {
-  std::ifstream database(path);
-  if (!database) {
-    std::cerr << "packages: cannot read " << path
-              << "; name a package database in the format of dpkg's status file\n";
+  Ref<NSString> table = path == nullptr ? listOfInstalledPackages() : contentsOf(path);
+  if (!table) {
+    std::cerr << "packages: cannot read " << (path == nullptr ? "the list of packages" : path)
+              << '\n';
     return 1;
   }
-  Ref<NSMutableArray> packages = readPackages(database);
+  Ref<NSMutableArray> packages = readPackages(table);
   const auto count = static_cast<std::int32_t>(packages->count());
-  std::cout << count << " packages are installed (" << path << ").\n";
+  std::cout << count << " packages are installed.\n";
+  printAnswers(packages);
+  printSections(packages, 6);
 
   // Three Arrays in parallel; only the packages are sorted, the others follow by the map.
   auto sizes = as<NSArray>(packages->valueForKey("installedSize"_ns));
@@ -136,7 +181,7 @@ int show(const char* path) {
 
 int main(int argc, char** argv) {
   try {
-    return show(argc > 1 ? argv[1] : "/var/lib/dpkg/status");
+    return show(argc > 1 ? argv[1] : nullptr);
   } catch (const std::exception& error) {
     std::cerr << "packages: " << error.what() << '\n';
     return 1;

@@ -9,6 +9,7 @@ void compareObjects();
 void compareKeyValueAccess();
 void compareCollections();
 void compareDictionaries();
+void compareArrays();
 void compareSorting();
 void compareStrings();
 void compareMessages();

@@ -50,6 +50,7 @@ void Person::describe(ClassDescription<Person>& is) {
   is.named("BenchPerson")
       .property<&Person::age, &Person::setAge>("age")
       .property<&Person::employer>("employer")
+      .method<&Person::isAdult>("isAdult")
       .method<&Person::compareByAge>("compareByAge:");
 }
 

@@ -36,6 +36,7 @@ class Person : public Derives<Person, NSObject> {
 
   int age() const { return age_; }
   void setAge(int age) { age_ = age; }
+  bool isAdult() const { return age_ >= 500'000; }
   Ref<Company> employer() const { return employer_; }
   NSComparisonResult compareByAge(Person* other) const {
     return static_cast<NSComparisonResult>((age_ > other->age_) - (age_ < other->age_));

@@ -38,6 +38,7 @@ int Address::zip() const { return zip_; }
 Handle<Address> Company::address() const { return address_; }
 int Person::age() const { return age_; }
 void Person::setAge(int age) { age_ = age; }
+bool Person::isAdult() const { return age_ >= 500'000; }
 Handle<Company> Person::employer() const { return employer_; }
 int Person::compareByAge(const Person& other) const {
   return (age_ > other.age_) - (age_ < other.age_);

@@ -74,6 +74,7 @@ class Person : public Object {
       : age_(age), employer_(std::move(employer)) {}
   virtual int age() const;
   virtual void setAge(int age);
+  virtual bool isAdult() const;
   virtual Handle<Company> employer() const;
   virtual int compareByAge(const Person& other) const;
 

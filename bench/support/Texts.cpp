@@ -1,5 +1,6 @@
 #include "bench/support/Texts.h"
 
+#include <iterator>
 #include <string_view>
 
 #include "bench/support/Data.h"
@@ -39,6 +40,22 @@ std::string lineText() {
   for (const std::int32_t length : randomInts(1'000'000, 61)) {
     text.append(static_cast<std::size_t>(length), 'a');
     text += '\n';
+  }
+  return text;
+}
+
+std::string recordText() {
+  constexpr std::size_t length = 20'000'000;
+  constexpr std::string_view sections[] = {"libs", "libdevel", "admin", "utils", "oldlibs"};
+  const auto names = randomNames(length / 25);
+  std::string text;
+  for (std::size_t i = 0; text.size() < length; ++i) {
+    text += names[i % names.size()];
+    text += '\t';
+    text += std::to_string(i % 10) + "." + std::to_string(i % 97) + "-" + std::to_string(i % 7);
+    text += '\t';
+    text += sections[i % std::size(sections)];
+    text += "\t\n";
   }
   return text;
 }

@@ -17,4 +17,8 @@ std::string mixedText();
 /// 1,000,000 lines of 0 to 60 bytes.
 std::string lineText();
 
+/// About 20 MB of records, each on a line, with three fields that a tab ends each: names, versions
+/// and sections of packages.
+std::string recordText();
+
 }  // namespace qz::bench
