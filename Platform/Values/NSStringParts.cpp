@@ -122,17 +122,39 @@ std::uint32_t NSMutableString::replaceOccurrencesOfString_withString_options_ran
 
 // Components --------------------------------------------------------------------------------------
 
+namespace {
+
+/// What stands between separators.
+class Pieces {
+ public:
+  explicit Pieces(const NSString* text) : text_(text) {}
+
+  /// The next separator, of `width` units, stands at `at`.
+  void cut(std::size_t at, std::size_t width) {
+    pieces_.take(detail::makeString(text_->view().substr(start_, at - start_)));
+    start_ = at + width;
+  }
+
+  Ref<NSArray> finish() {
+    pieces_.take(text_->substringFromIndex(static_cast<std::uint32_t>(start_)));
+    return pieces_.finish();
+  }
+
+ private:
+  const NSString* text_;
+  std::size_t start_ = 0;
+  detail::ArrayBuilder pieces_;
+};
+
+}  // namespace
+
 Ref<NSArray> NSString::componentsSeparatedByString(NSString* separator) const {
   const std::u16string_view between = requireString(separator, "componentsSeparatedByString:");
-  const std::u16string_view text = view();
-  detail::ArrayBuilder pieces;
-  std::size_t start = 0;
-  detail::forEachOccurrence(text, between, [&](std::size_t at) {
-    pieces.take(detail::makeString(text.substr(start, at - start)));
-    start = at + between.size();
+  Pieces pieces(this);
+  detail::forEachOccurrence(view(), between, [&](std::size_t at) {
+    pieces.cut(at, between.size());
     return true;
   });
-  pieces.take(substringFromIndex(static_cast<std::uint32_t>(start)));
   return pieces.finish();
 }
 
@@ -140,17 +162,12 @@ Ref<NSArray> NSString::componentsSeparatedByCharactersInSet(NSCharacterSet* set)
   const detail::CodePointSet& members =
       detail::requireSet(set, "componentsSeparatedByCharactersInSet:").members();
   const std::u16string_view text = view();
-  detail::ArrayBuilder pieces;
-  std::size_t start = 0;
+  Pieces pieces(this);
   for (std::size_t at = 0; at < text.size();) {
     const detail::Character each = detail::characterAt(text, at);
-    if (members.holds(each.point)) {
-      pieces.take(detail::makeString(text.substr(start, at - start)));
-      start = at + each.width;
-    }
+    if (members.holds(each.point)) pieces.cut(at, each.width);
     at += each.width;
   }
-  pieces.take(substringFromIndex(static_cast<std::uint32_t>(start)));
   return pieces.finish();
 }
 

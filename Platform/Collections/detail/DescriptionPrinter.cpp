@@ -20,24 +20,12 @@ bool isPlain(char16_t unit) {
 
 void appendEscapedUnit(std::u16string& to, char16_t unit) {
   constexpr std::u16string_view digits = u"0123456789ABCDEF";
-  switch (unit) {
-    case u'"':
-      to += u"\\\"";
-      return;
-    case u'\\':
-      to += u"\\\\";
-      return;
-    case u'\n':
-      to += u"\\n";
-      return;
-    case u'\r':
-      to += u"\\r";
-      return;
-    case u'\t':
-      to += u"\\t";
-      return;
-    default:
-      break;
+  constexpr std::u16string_view named = u"\"\\\n\r\t";
+  constexpr std::u16string_view names = u"\"\\nrt";
+  if (const std::size_t at = named.find(unit); at != std::u16string_view::npos) {
+    to += u'\\';
+    to += names[at];
+    return;
   }
   if (unit >= 0x20 && unit != 0x7F) {
     to += unit;

@@ -157,6 +157,11 @@ TYPED_TEST(EveryMutableArray, RefusesWithoutChanging) {
   refuses(NSRangeException, [&] { array->replaceObjectAtIndex_withObject(3, "x"_ns); });
   refuses(NSRangeException, [&] { array->exchangeObjectAtIndex_withObjectAtIndex(0, 3); });
   refuses(NSRangeException, [&] { array->removeObjectsInRange({2, 2}); });
+  refuses(NSRangeException, [&] { array->removeObject_inRange("c"_ns, {2, 2}); });
+  refuses(NSRangeException, [&] { array->insertObjectsFromArray_atIndex(array, 4); });
+  refuses(NSRangeException, [&] {
+    array->replaceObjectsInRange_withObjectsFromArray_range({0, 1}, array, {2, 2});
+  });
   refuses(NSRangeException, [&] {
     array->replaceObjectsInRange_withObjectsFromArray({4, 0}, array);
   });
@@ -249,7 +254,7 @@ TYPED_TEST(EveryMutableArray, DoesAsAVectorDoes) {
     const auto object = letters({&letter, 1})[0];
     const std::uint32_t at = pick(model.size());
     const std::uint32_t length = pick(std::min<std::size_t>(model.size() - at, 9));
-    switch (pick(4)) {
+    switch (pick(7)) {
       case 0:
         array->addObject(object), model += letter;
         break;
@@ -266,6 +271,20 @@ TYPED_TEST(EveryMutableArray, DoesAsAVectorDoes) {
         array->replaceObjectsInRange_withObjectsFromArray({at, length}, this->of("12345"));
         model.replace(at, length, "12345");
         break;
+      case 5:
+        array->replaceObjectsInRange_withObjectsFromArray_range({at, length}, this->of("12345"),
+                                                                {1, 3});
+        model.replace(at, length, "234");
+        break;
+      case 6:
+        array->insertObjectsFromArray_atIndex(this->of("xy"), at), model.insert(at, "xy");
+        break;
+      case 7: {
+        const auto end = model.begin() + at + length;
+        array->removeObject_inRange(object, {at, length});
+        model.erase(std::remove(model.begin() + at, end, letter), end);
+        break;
+      }
     }
     ASSERT_EQ(text(array), model) << "step " << step;
   }
