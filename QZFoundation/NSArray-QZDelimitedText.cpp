@@ -23,28 +23,16 @@ std::u16string_view requireDelimiter(NSString* delimiter, const char* what) {
   return delimiter->view();
 }
 
-/// Finds delimiters, mostly of one unit, in pieces that are mostly short.
-class Delimiter {
- public:
-  explicit Delimiter(std::u16string_view units) : units_(units) {}
-
-  /// Takes from `rest` what stands before the delimiter, and the delimiter; false when there is
-  /// none, and `rest` is as it was.
-  bool cut(std::u16string_view& rest, std::u16string_view& piece) const {
-    const std::size_t at = find(rest);
-    if (at == std::u16string_view::npos) return false;
-    piece = rest.substr(0, at);
-    rest.remove_prefix(at + units_.size());
-    return true;
-  }
-
- private:
-  std::size_t find(std::u16string_view text) const {
-    return units_.size() == 1 ? text.find(units_[0]) : detail::findUnits(text, units_);
-  }
-
-  std::u16string_view units_;
-};
+/// Takes from `rest` what stands before the next `delimiter`, and the delimiter; false when there
+/// is none, and `rest` is as it was.
+bool cut(std::u16string_view& rest, std::u16string_view delimiter, std::u16string_view& piece) {
+  const std::size_t at = delimiter.size() == 1 ? detail::findUnit(rest, delimiter[0])
+                                               : detail::findUnits(rest, delimiter);
+  if (at == std::u16string_view::npos) return false;
+  piece = rest.substr(0, at);
+  rest.remove_prefix(at + delimiter.size());
+  return true;
+}
 
 }  // namespace
 
@@ -60,15 +48,13 @@ Ref<NSMutableArray> arrayWithDelimitedText_objectDelimiter_fieldDelimiter_keys_o
   std::vector<Ref<NSString>> names;
   for (NSString* key : elements<NSString>(keys)) names.push_back(NSString::stringWithString(key));
 
-  const Delimiter records(recordEnd);
-  const Delimiter fields(fieldEnd);
   detail::ArrayBuilder objects;
   std::u16string_view rest = settledText->view();
   std::u16string_view record;
   std::u16string_view field;
-  while (records.cut(rest, record)) {
+  while (cut(rest, recordEnd, record)) {
     Ref<NSObject> object = objectClass->newObject();
-    for (std::size_t i = 0; i < names.size() && fields.cut(record, field); ++i)
+    for (std::size_t i = 0; i < names.size() && cut(record, fieldEnd, field); ++i)
       object->setValue_forKey(detail::makeString(field), names[i]);
     objects.take(std::move(object));
   }

@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include "Platform/Runtime/Class.h"
 #include "Platform/Runtime/Derives.h"
@@ -160,7 +161,7 @@ struct FieldAccess<T, Field, V C::*> {
   static constexpr bool isText = std::is_same_v<V, std::string>;
   using Outer = std::conditional_t<isText, Ref<NSString>, V>;
   using Inner = std::conditional_t<isText, NSString*, V>;
-  static_assert(isObjectType<V> || isText || isInteger(kindOf<V>()) || isFloating(kindOf<V>()),
+  static_assert(isObjectType<V> || isText || isScalar(kindOf<V>()),
                 "a field is a scalar, a std::string or a Ref");
 
   struct Get {
@@ -176,7 +177,7 @@ struct FieldAccess<T, Field, V C::*> {
       if constexpr (isText)
         static_cast<T*>(self)->*Field = unboxText(value);
       else
-        static_cast<T*>(self)->*Field = value;
+        static_cast<T*>(self)->*Field = std::move(value);
     }
   };
   static constexpr MethodSpec getter() { return MethodMaker<Get, Outer>::spec(); }

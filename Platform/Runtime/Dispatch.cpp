@@ -39,8 +39,6 @@ bool sameType(const ValueType& a, const ValueType& b) {
   return (a.kind != Kind::Bytes && a.kind != Kind::Value) || *a.type == *b.type;
 }
 
-bool isScalar(Kind kind) { return isInteger(kind) || isFloating(kind); }
-
 void dropAnswer(Word word, const ValueType& type) noexcept {
   if (type.kind == Kind::Object)
     release(reinterpret_cast<NSObject*>(word));

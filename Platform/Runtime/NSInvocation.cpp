@@ -14,11 +14,9 @@ using detail::Word;
 
 namespace {
 
-bool isScalar(Kind kind) { return detail::isInteger(kind) || detail::isFloating(kind); }
-
 // `given` as a word of type `wanted`, borrowed.
 Word converted(TypedWord given, const ValueType& wanted, const char* what) {
-  if (isScalar(given.type->kind) && isScalar(wanted.kind))
+  if (detail::isScalar(given.type->kind) && detail::isScalar(wanted.kind))
     return detail::convertScalar(given.word, given.type->kind, wanted.kind);
   const bool sameKind = given.type->kind == wanted.kind;
   const bool typed = wanted.kind == Kind::Bytes || wanted.kind == Kind::Value;

@@ -16,7 +16,6 @@
 namespace qz {
 
 class NSCharacterSet;
-class NSCharacterSet;
 class NSData;
 class NSMutableString;
 

@@ -6,6 +6,7 @@
 #include <QVariant>
 #include <algorithm>
 #include <memory>
+#include <numeric>
 
 #include "bench/support/Comparison.h"
 #include "bench/support/Data.h"
@@ -178,6 +179,18 @@ void sortByProperty(benchmark::State& state) {
   });
 }
 
+void findByProperty(benchmark::State& state) {
+  std::vector<std::int32_t> ages(100'000);
+  std::iota(ages.begin(), ages.end(), 10'000);
+  const People people = makePeople(ages);
+  for (auto _ : state) {
+    auto found = std::ranges::find_if(
+        people, [&](const auto& each) { return each->property("age").toInt() == ages.back(); });
+    benchmark::DoNotOptimize(found);
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(ages.size()));
+}
+
 }  // namespace
 
 void compareQt() {
@@ -194,6 +207,7 @@ void compareQt() {
   comparePeer("SortStrings", "Qt", &sortStrings<&randomNames>);
   comparePeer("SortPaths", "Qt", &sortStrings<&randomPaths>);
   comparePeer("SortByKeyPath", "Qt", &sortByProperty);
+  comparePeer("MatchByKeyPath", "Qt", &findByProperty);
   compareMemoryPeer("BoxedInts", "Qt", &keepVariants);
 }
 

@@ -3,7 +3,9 @@
 #include <QString>
 #include <QStringList>
 #include <algorithm>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "bench/support/Comparison.h"
 #include "bench/support/Data.h"
@@ -83,6 +85,26 @@ void formatNameAndCount(State& state) {
   repeat(state, [&] { return QStringLiteral("%1 (%2)").arg(name).arg(42); });
 }
 
+struct Record {
+  QString name;
+  QString version;
+  QString section;
+};
+
+void readRecords(State& state) {
+  const QString text = QString::fromStdString(recordText());
+  repeat(state, [&] {
+    std::vector<std::unique_ptr<Record>> records;
+    const QStringList lines = text.split(u'\n');
+    for (const QString& line : lines) {
+      const QStringList fields = line.split(u'\t');
+      if (fields.size() == 4)
+        records.push_back(std::make_unique<Record>(Record{fields[0], fields[1], fields[2]}));
+    }
+    return records;
+  });
+}
+
 }  // namespace
 
 void compareQtStrings() {
@@ -96,6 +118,7 @@ void compareQtStrings() {
   comparePeer("LowerShort", "Qt", &lowerShort);
   comparePeer("SortInsensitively", "Qt", &sortInsensitively);
   comparePeer("Format", "Qt", &formatNameAndCount);
+  comparePeer("DelimitedText", "Qt", &readRecords);
 }
 
 }  // namespace qz::bench

@@ -52,6 +52,7 @@ constexpr bool isInteger(Kind kind) noexcept { return kind >= Kind::Bool && kind
 constexpr bool isFloating(Kind kind) noexcept {
   return kind == Kind::Float || kind == Kind::Double;
 }
+constexpr bool isScalar(Kind kind) noexcept { return isInteger(kind) || isFloating(kind); }
 
 /// Describes the C++ type of an argument, an answer or a property.
 struct ValueType {

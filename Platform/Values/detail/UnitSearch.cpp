@@ -14,6 +14,7 @@ std::vector<std::uint32_t> repeatedPrefixes(std::u16string_view part) {
 }
 
 std::size_t findUnits(std::u16string_view text, std::u16string_view part) {
+  if (part.size() == 1) return findUnit(text, part[0]);
   std::size_t where = text.npos;
   forEachOccurrence(text, part, [&where](std::size_t location) {
     where = location;

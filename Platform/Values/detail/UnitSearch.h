@@ -60,6 +60,15 @@ carefully:
 #endif
   if (at < next) at = next;
   if (at >= starts) return;
+  // A few starts are soon compared, and need no table.
+  if (starts - at <= 16) {
+    for (; at < starts; ++at) {
+      if (std::memcmp(units + at, part.data(), 2 * part.size()) != 0) continue;
+      if (!found(at)) return;
+      at += last;
+    }
+    return;
+  }
   const std::vector<std::uint32_t> fallback = repeatedPrefixes(part);
   std::size_t matched = 0;
   for (; at < text.size(); ++at) {
@@ -70,6 +79,22 @@ carefully:
       matched = 0;
     }
   }
+}
+
+/// Where `unit` occurs first; npos when it does not.
+inline std::size_t findUnit(std::u16string_view text, char16_t unit) noexcept {
+  std::size_t at = 0;
+#if defined(__SSE2__)
+  const __m128i wanted = _mm_set1_epi16(static_cast<short>(unit));
+  for (; at + 8 <= text.size(); at += 8) {
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
+    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(units, wanted)));
+    if (mask != 0) return at + static_cast<std::size_t>(std::countr_zero(mask)) / 2;
+  }
+#endif
+  for (; at < text.size(); ++at)
+    if (text[at] == unit) return at;
+  return std::u16string_view::npos;
 }
 
 /// Where `part` occurs first, or last; npos when it does not, or is empty.
