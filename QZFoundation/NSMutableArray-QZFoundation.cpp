@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -65,18 +66,24 @@ std::vector<std::uint32_t> removals(NSArray* indices, std::uint32_t count) {
   return places;
 }
 
-/// Which elements go when one is removed at each of `places`, which fall or stay the same.
-std::vector<bool> removedElements(const std::vector<std::uint32_t>& places, std::uint32_t count) {
-  std::vector<bool> removed(count);
-  std::uint32_t next = 0;
-  for (std::size_t i = 0; i < places.size(); ++i) {
-    // What was removed so far stood here or behind, so the element here now is the next that stays.
-    if (i == 0 || places[i] != places[i - 1]) next = places[i];
-    while (removed[next]) ++next;
-    removed[next] = true;
+/// The elements of which some have been removed, by the indices they had at first.
+class Remaining {
+ public:
+  explicit Remaining(std::uint32_t count) : next_(count + 1) {
+    std::iota(next_.begin(), next_.end(), 0U);
   }
-  return removed;
-}
+
+  /// Removes the first one that is left from `index` on.
+  void removeFrom(std::uint32_t index) {
+    while (next_[index] != index) index = next_[index] = next_[next_[index]];
+    next_[index] = index + 1;
+  }
+
+  bool has(std::uint32_t index) const { return next_[index] == index; }
+
+ private:
+  std::vector<std::uint32_t> next_;  // of one that is left: itself; else one closer to the next
+};
 
 }  // namespace
 
@@ -89,9 +96,12 @@ void removeObjectsAtIndices(NSMutableArray* self, NSArray* indices) {
     for (std::uint32_t place : places) self->removeObjectAtIndex(place);
     return;
   }
-  const std::vector<bool> removed = removedElements(places, count);
-  std::size_t index = 0;
-  self->filterUsingPredicate([&](NSObject*) { return !removed[index++]; });
+  // As the places fall, what was removed before stood there or behind: the element that is at a
+  // place now is the first one left from there on.
+  Remaining remaining(count);
+  for (std::uint32_t place : places) remaining.removeFrom(place);
+  std::uint32_t index = 0;
+  self->filterUsingPredicate([&](NSObject*) { return remaining.has(index++); });
 }
 
 void reverseOrder(NSMutableArray* self) {

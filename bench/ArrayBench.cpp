@@ -142,6 +142,7 @@ void readRecords(benchmark::State& state) {
 
 class PlainRecord : public plain::Object {
  public:
+  virtual const std::u16string& title() const { return name; }
   std::u16string name;
   std::u16string version;
   std::u16string section;
@@ -169,6 +170,33 @@ void splitRecords(benchmark::State& state) {
     }
     benchmark::DoNotOptimize(records);
   }
+}
+
+void indexByText(benchmark::State& state) {
+  std::vector<Ref<Record>> records;
+  for (const std::string& name : randomNames(searched)) {
+    records.push_back(make<Record>());
+    records.back()->name = NSString::stringWithUTF8String(name);
+  }
+  const auto array = NSArray::fromRange(records);
+  const auto last = NSString::stringWithUTF8String(randomNames(searched).back());
+  for (auto _ : state)
+    benchmark::DoNotOptimize(indexOfObjectMatchingValue_forKeyPath(array, last, "name"_ns));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(searched));
+}
+
+void indexByTextGetter(benchmark::State& state) {
+  std::vector<std::unique_ptr<PlainRecord>> records;
+  for (const std::string& name : randomNames(searched)) {
+    records.push_back(std::make_unique<PlainRecord>());
+    records.back()->name = widened(name);
+  }
+  const std::u16string last = records.back()->name;
+  for (auto _ : state) {
+    auto found = std::ranges::find_if(records, [&](auto& each) { return each->title() == last; });
+    benchmark::DoNotOptimize(found);
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(searched));
 }
 
 }  // namespace
