@@ -136,6 +136,11 @@ TYPED_TEST(EveryArray, MakesOtherArrays) {
       NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) != "b"; });
   EXPECT_EQ(text(array->filteredArrayUsingPredicate(notB)), "ac");
   EXPECT_EQ(to_string(array->componentsJoinedByString(", "_ns)), "a, b, c");
+  auto shouted = *array | std::views::filter([&](NSObject* each) {
+    return notB->evaluateWithObject(each);
+  }) | std::views::transform([](NSObject* each) { return as<NSString>(each)->uppercaseString(); });
+  EXPECT_EQ(text(NSArray::fromRange(shouted)), "AC");
+  EXPECT_EQ(text(NSMutableArray::fromRange(shouted)), "AC");
   EXPECT_EQ(text(array->mutableCopy()), "abc");
   EXPECT_TRUE(isKind<NSMutableArray>(array->mutableCopy().get()));
   EXPECT_FALSE(isKind<NSMutableArray>(array->copy().get()));
