@@ -77,7 +77,7 @@ std::optional<double> readPropertyListDate(std::string_view text) {
   if (!text.ends_with('Z')) return std::nullopt;
   Fields fields(text.substr(0, text.size() - 1));
   int year = 0, month = 1, day = 1, hour = 0, minute = 0, second = 0;
-  if (!fields.number(4, year)) return std::nullopt;
+  if (!fields.number(4, year) || year == 0) return std::nullopt;
   struct Part {
     char mark;
     int* value;

@@ -27,7 +27,7 @@ Ref<NSNumber> readPropertyListInteger(std::string_view text);
 /// a sign. Nil when the text is something else.
 Ref<NSNumber> readPropertyListReal(std::string_view text);
 
-/// ISO 8601, "2024-02-29T12:00:00Z", from the year 0 on; may end behind the year or any later part
+/// ISO 8601, "2024-02-29T12:00:00Z", from the year 1 on; may end behind the year or any later part
 /// but for the "Z". Answers seconds since 1970; no value for a day or time that there is not.
 std::optional<double> readPropertyListDate(std::string_view text);
 

@@ -1,0 +1,121 @@
+// The command qzplist, through its command line.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+struct Outcome {
+  int status;
+  std::string output;
+};
+
+class Qzplist : public testing::Test {
+ protected:
+  /// Runs the command in the directory, what it says of errors mixed in.
+  Outcome run(const std::string& arguments) const {
+    const auto program =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "tools" /
+        "qzplist";
+    const std::string line =
+        "cd '" + directory_.path() + "' && '" + program.string() + "' " + arguments + " 2>&1";
+    FILE* const pipe = ::popen(line.c_str(), "r");
+    Outcome result;
+    std::array<char, 4096> buffer;
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
+      result.output.append(buffer.data(), count);
+    const int status = ::pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+  }
+
+  void expect(const std::string& arguments, int status, const std::string& output) const {
+    const Outcome result = run(arguments);
+    EXPECT_EQ(result.status, status) << arguments;
+    EXPECT_EQ(result.output, output) << arguments;
+  }
+
+  std::string contents(const std::string& name) const {
+    std::ostringstream text;
+    text << std::ifstream(directory_.path() + "/" + name).rdbuf();
+    return text.str();
+  }
+
+  const TemporaryDirectory directory_;
+};
+
+TEST_F(Qzplist, ConvertsChecksAndPrints) {
+  directory_.write("list",
+                   "{ name = \"A \\\"b\\\"\\n\"; e = (); key = <0fbd>; list = (1, { x = y; }); }");
+  expect("convert binary list -o list.binary", 0, "");
+  expect("convert xml list.binary", 0, "");  // in its place
+  expect("check list list.binary", 0, "list: text\nlist.binary: xml\n");
+  const std::string shown =
+      "{\n  \"e\": []\n  \"key\": <0fbd>\n  \"list\": [\n    \"1\"\n    {\n      \"x\": \"y\"\n"
+      "    }\n  ]\n  \"name\": \"A \\\"b\\\"\\n\"\n}\n";
+  expect("print list.binary", 0, shown);
+  expect(
+      "convert binary <list | '"
+      "cat' > piped",
+      0, "");
+  expect("print < piped", 0, shown);
+
+  directory_.write("bad", "<plist>\n<true>x</true></plist>");
+  expect("check list bad none", 1,
+         "list: text\nqzplist: bad: line 2, column 1: <true> is not empty\n"
+         "qzplist: none: No such file or directory\n");
+  directory_.write("numbers", "<plist><array><integer>1</integer></array></plist>");
+  expect("convert text numbers", 1, "qzplist: numbers: root[0]: old-style text has no numbers\n");
+  EXPECT_EQ(contents("numbers"), "<plist><array><integer>1</integer></array></plist>");
+}
+
+TEST_F(Qzplist, ReadsAndSetsByKeyPath) {
+  directory_.write("list", "<plist><dict/></plist>");
+  expect("set list name 'Ada & <Grace>'", 0, "");
+  expect("set list a.b -t integer 18446744073709551615", 0, "");
+  expect("set list 'dotted\\.key' -t bool true", 0, "");
+  expect("set list marks -t array '(1, <ff>)'", 0, "");
+  expect("set list marks.2 -t real 2.5", 0, "");
+  expect("set list marks.0 -t date 2024-02-29T12:00:00Z", 0, "");
+  expect("set list d -t data /w==", 0, "");
+  expect("get list name", 0, "Ada & <Grace>\n");
+  expect("get list a.b", 0, "18446744073709551615\n");
+  expect("get list 'dotted\\.key'", 0, "true\n");
+  expect("get list marks", 0, "[\n  2024-02-29T12:00:00Z\n  <ff>\n  2.5\n]\n");
+  expect("get list a text", 1, "qzplist: -: root.b: old-style text has no numbers\n");
+  expect("get list d text", 0, "<ff>\n");
+  expect("remove list marks.0", 0, "");
+  expect("get list marks.0", 0, "<ff>\n");
+  expect("remove list name", 0, "");
+  expect("get list name", 1, "qzplist: \"name\": there is no such key\n");
+  expect("check list", 0, "list: xml\n");
+
+  const std::string before = contents("list");
+  expect("set list marks.7 x", 1, "qzplist: \"7\": the array has 2 elements\n");
+  expect("set list marks.x x", 1, "qzplist: \"x\": an array is indexed by numbers\n");
+  expect("set list d.x x", 1, "qzplist: \"x\": the value before is no dictionary or array\n");
+  expect("set list n -t integer 1e5", 1, "qzplist: \"1e5\" is no value of the type integer\n");
+  expect("set list n -t array '{}'", 1, "qzplist: this is no array\n");
+  expect("remove list none", 1, "qzplist: \"none\": there is no such key\n");
+  EXPECT_EQ(contents("list"), before);
+}
+
+TEST_F(Qzplist, RefusesWrongUse) {
+  EXPECT_EQ(run("").status, 2);
+  EXPECT_EQ(run("--help").status, 0);
+  for (const char* arguments : {"frob", "convert", "convert yaml x", "convert xml x -o", "get x",
+                                "set x y", "set x y -t colour z", "print a b"})
+    EXPECT_EQ(run(arguments).status, 2) << arguments;
+}
+
+}  // namespace
+}  // namespace qz::test
