@@ -38,6 +38,7 @@ int main(int argc, char** argv) {
   qz::bench::compareFiles();
   qz::bench::compareFormatters();
   qz::bench::compareSystem();
+  qz::bench::comparePropertyLists();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();

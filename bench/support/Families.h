@@ -18,6 +18,7 @@ void compareWatching();
 void compareFiles();
 void compareFormatters();
 void compareSystem();
+void comparePropertyLists();
 
 void compareQt();  // defined when QZ_BENCH_QT is
 void compareQtStrings();

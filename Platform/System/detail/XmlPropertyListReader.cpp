@@ -24,15 +24,18 @@ using pugi::xml_node;
 enum class Tag { Array, Data, Date, Dict, False, Integer, Key, Real, String, True, Unknown };
 
 Tag tagOf(const char* name) {
-  const auto is = [name](const char* other, Tag tag) {
-    return std::strcmp(name, other) == 0 ? tag : Tag::Unknown;
+  // Names are short: a call takes longer than the comparison.
+  const auto is = [name](std::string_view other, Tag tag) {
+    std::size_t i = 0;
+    while (i < other.size() && name[i] == other[i]) ++i;
+    return i == other.size() && name[i] == '\0' ? tag : Tag::Unknown;
   };
   switch (name[0]) {
     case 'a':
       return is("array", Tag::Array);
     case 'd':
       if (name[1] == 'i') return is("dict", Tag::Dict);
-      return std::strcmp(name, "data") == 0 ? Tag::Data : is("date", Tag::Date);
+      return is("data", Tag::Data) == Tag::Data ? Tag::Data : is("date", Tag::Date);
     case 'f':
       return is("false", Tag::False);
     case 'i':
@@ -126,11 +129,12 @@ class Reader {
 
  private:
   // What pugixml would pass over or change in texts is left to this reader: escapes and ends of
-  // lines, text outside the root (which makes this a "fragment"), comments inside of texts.
+  // lines, text outside the root (which makes this a "fragment"), comments inside of texts. A text
+  // that an element begins with is the element's own value, which saves every other node.
   Ref<NSObject> read(unsigned blanks) {
     constexpr unsigned everything = pugi::parse_cdata | pugi::parse_comments | pugi::parse_pi |
                                     pugi::parse_declaration | pugi::parse_doctype |
-                                    pugi::parse_fragment;
+                                    pugi::parse_fragment | pugi::parse_embed_pcdata;
     buffer_ = std::make_unique_for_overwrite<char[]>(source_.size() + 1);
     std::memcpy(buffer_.get(), source_.data(), source_.size());
     // pugixml puts a zero in the place of the last byte and overlooks that it may have been text.
@@ -260,7 +264,10 @@ class Reader {
 
   // Walking: elements, with nothing but blanks and comments between them --------------------------
 
-  xml_node firstElement(xml_node parent) { return elementFrom(parent.first_child()); }
+  xml_node firstElement(xml_node parent) {
+    if (!isBlankText(parent.value())) failAt(parent.value(), "there is text between the elements");
+    return elementFrom(parent.first_child());
+  }
   xml_node nextElement(xml_node node) { return elementFrom(node.next_sibling()); }
   xml_node elementFrom(xml_node node) {
     for (; node && node.type() != pugi::node_element; node = node.next_sibling()) {
@@ -275,15 +282,12 @@ class Reader {
 
   /// Of a leaf, decoded; good until the next call.
   std::string_view text(xml_node node) {
+    const char* const start = node.value();
     const xml_node first = node.first_child();
-    if (!first) return {};
-    if (first.type() == pugi::node_pcdata && !first.next_sibling()) {
-      const std::string_view raw = first.value();
-      if (isPlainXmlText(raw)) return raw;
-    } else if (!keepsBlanks_) {
-      throw BlanksMatter();
-    }
+    if (first && !keepsBlanks_) throw BlanksMatter();
+    if (!first && isPlainXmlText(start)) return start;
     text_.clear();
+    if (*start != '\0') append(start, true);
     for (xml_node part = first; part; part = part.next_sibling()) {
       const bool isText = part.type() == pugi::node_pcdata;
       if (isText || part.type() == pugi::node_cdata)
@@ -327,6 +331,9 @@ class Reader {
 
   [[noreturn]] void fail(xml_node node, std::string reason) const {
     throw PropertyListFailure{std::move(reason), placeOf(node)};
+  }
+  [[noreturn]] void failAt(const char* text, std::string reason) const {
+    throw PropertyListFailure{std::move(reason), static_cast<std::size_t>(text - buffer_.get())};
   }
 
   const std::string_view source_;
