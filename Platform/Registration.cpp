@@ -30,11 +30,16 @@
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/System/NSPropertyListUID.h"
 #include "Platform/System/NSTask.h"
+#include "Platform/System/NSUserDefaults.h"
+#include "Platform/System/detail/PropertyListFiles.h"
+#include "Platform/Text/NSCoder.h"
 #include "Platform/Text/NSDateFormatter.h"
 #include "Platform/Text/NSFormatter.h"
+#include "Platform/Text/NSKeyedArchiver.h"
 #include "Platform/Text/NSLocale.h"
 #include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Text/NSTimeZone.h"
+#include "Platform/Text/NSValueTransformer.h"
 #include "Platform/Values/NSAttributedString.h"
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSData.h"
@@ -109,6 +114,7 @@ void registerPlatform() {
   mention<NSBundle>();
   mention<NSPropertyListSerialization>();
   mention<NSPropertyListUID>();
+  mention<NSUserDefaults>();
   mention<NSFileHandle>();
   mention<NSFileManager>();
   mention<NSDirectoryEnumerator>();
@@ -121,6 +127,11 @@ void registerPlatform() {
   mention<NSFormatter>();
   mention<NSNumberFormatter>();
   mention<NSDateFormatter>();
+  mention<NSValueTransformer>();
+  mention<NSCoder>();
+  mention<NSKeyedArchiver>();
+  mention<NSKeyedUnarchiver>();
+  detail::describePropertyListFiles();
 }
 
 }  // namespace qz

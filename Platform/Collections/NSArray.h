@@ -67,6 +67,15 @@ class NSArray : public Derives<NSArray, NSObject> {
   static Ref<NSArray> arrayWithArray(NSArray* other);
   static Ref<NSArray> initWithArray(NSArray* other) { return arrayWithArray(other); }
 
+  /// The Array in a property-list file, in any format; nil when it cannot be read or holds
+  /// something else. NSPropertyListSerialization says why.
+  static Ref<NSArray> arrayWithContentsOfFile(NSString* path);
+  static Ref<NSArray> initWithContentsOfFile(NSString* path);
+
+  /// Writes an XML property list, if `atomically` all or nothing. False when that fails or an
+  /// element has no place in one.
+  bool writeToFile_atomically(NSString* path, bool atomically) const;
+
   // The primitives.
 
   /// How many elements.

@@ -95,6 +95,15 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
 
   static Ref<NSDictionary> of(std::initializer_list<Entry> entries);
 
+  /// The Dictionary in a property-list file, in any format; nil when it cannot be read or holds
+  /// something else. NSPropertyListSerialization says why.
+  static Ref<NSDictionary> dictionaryWithContentsOfFile(NSString* path);
+  static Ref<NSDictionary> initWithContentsOfFile(NSString* path);
+
+  /// Writes an XML property list, if `atomically` all or nothing. False when that fails or a key or
+  /// value has no place in one.
+  bool writeToFile_atomically(NSString* path, bool atomically) const;
+
   /// Of any range of pairs (key, Object), such as a `std::map` of Refs or another Dictionary.
   template <std::ranges::input_range R>
   static Ref<NSDictionary> fromRange(R&& pairs) {

@@ -61,6 +61,8 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   /// A new Array with the elements of `other`.
   static Ref<NSMutableArray> arrayWithArray(NSArray* other);
   static Ref<NSMutableArray> initWithArray(NSArray* other) { return arrayWithArray(other); }
+  static Ref<NSMutableArray> arrayWithContentsOfFile(NSString* path);
+  static Ref<NSMutableArray> initWithContentsOfFile(NSString* path);
   static Ref<NSMutableArray> initWithCapacity(std::uint32_t capacity) {
     return arrayWithCapacity(capacity);
   }

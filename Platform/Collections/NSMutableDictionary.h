@@ -43,6 +43,8 @@ class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
   static Ref<NSMutableDictionary> initWithDictionary_copyItems(NSDictionary* other,
                                                                bool copiesItems);
   static Ref<NSMutableDictionary> of(std::initializer_list<Entry> entries);
+  static Ref<NSMutableDictionary> dictionaryWithContentsOfFile(NSString* path);
+  static Ref<NSMutableDictionary> initWithContentsOfFile(NSString* path);
   template <class... Objects>
   static Ref<NSMutableDictionary> dictionaryWithObjectsAndKeys(const Objects&... objectsAndKeys) {
     return alternating(std::array<NSObject*, sizeof...(Objects)>{objectsAndKeys...});

@@ -1,0 +1,66 @@
+/// @file
+/// Private: the file behind user defaults.
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "Platform/Runtime/NSObject.h"
+
+namespace qz {
+class NSDictionary;
+class NSError;
+class NSMutableDictionary;
+class NSString;
+}  // namespace qz
+
+namespace qz::detail {
+
+/// The values in one file, and those that are to go there. Lives as long as the process.
+///
+/// The file is read and written under a lock on another file beside it, because the file itself is
+/// replaced each time. In the process one mutex guards everything.
+class DefaultsStore {
+ public:
+  /// The one of that file; always the same.
+  static DefaultsStore& at(const std::string& path);
+
+  const std::string& path() const noexcept { return path_; }
+
+  /// Nil when there is none.
+  Ref<NSObject> value(NSString* key);
+
+  /// All of them.
+  Ref<NSDictionary> values();
+
+  /// Keeps `value`, nil for its absence, and has the file written before long.
+  void set(NSObject* value, NSString* key);
+
+  /// Writes and reads. Nil on success. `changed` says whether values are others than before.
+  Ref<NSError> synchronize(bool* changed);
+
+ private:
+  explicit DefaultsStore(std::string path);
+
+  // A process that forks while a thread writes would leave its child with locks nobody opens.
+  static void beforeFork();
+  static void afterFork();
+  static void afterForkInChild();
+
+  // With the mutex held.
+  void readIfNew();
+  Ref<NSError> readFile();
+  Ref<NSError> exchange();
+  Ref<NSError> writeFile(NSDictionary* values) const;
+  void keepDamagedFile(const std::string& why) const;
+  Ref<NSDictionary> merged() const;
+
+  const std::string path_;
+  std::mutex mutex_;
+  bool isRead_ = false;
+  Ref<NSDictionary> saved_;           // what the file says
+  Ref<NSMutableDictionary> changes_;  // Null for what is to go
+};
+
+}  // namespace qz::detail

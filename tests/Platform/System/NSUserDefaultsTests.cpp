@@ -1,0 +1,211 @@
+#include "Platform/System/NSUserDefaults.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/System/Diagnostics.h"
+#include "Platform/System/detail/ArgumentDefaults.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSError.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "tests/support/Raises.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+class UserDefaults : public testing::Test {
+ protected:
+  UserDefaults() {
+    ::setenv("XDG_CONFIG_HOME", directory_.path().c_str(), 1);
+    defaults_ = NSUserDefaults::initWithSuiteName("suite"_ns);
+  }
+
+  std::string file() const { return directory_.path() + "/suite/defaults.plist"; }
+
+  std::string contents() const {
+    std::ostringstream text;
+    text << std::ifstream(file()).rdbuf();
+    return text.str();
+  }
+
+  /// Runs `work` in another process, to its orderly end; whether that was well.
+  template <class Work>
+  static pid_t start(Work work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      work();
+      std::exit(0);
+    }
+    return child;
+  }
+  static void expectEnd(pid_t child) {
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  }
+
+  const TemporaryDirectory directory_;
+  Ref<NSUserDefaults> defaults_;
+};
+
+TEST_F(UserDefaults, TheFirstDomainWithAValueAnswers) {
+  EXPECT_EQ(to_string(defaults_->path()), file());
+  EXPECT_EQ(defaults_->objectForKey("n"_ns), nullptr);
+  auto registered = NSMutableDictionary::of({{"n"_ns, "12.5x"_ns}, {"list"_ns, NSArray::array()}});
+  defaults_->registerDefaults(registered);
+  registered->removeAllObjects();  // a copy was taken
+  EXPECT_EQ(defaults_->integerForKey("n"_ns), 12);
+  EXPECT_EQ(defaults_->doubleForKey("n"_ns), 12.5);
+  EXPECT_TRUE(defaults_->boolForKey("n"_ns));
+  defaults_->setInteger_forKey(INT64_MAX, "n"_ns);
+  EXPECT_EQ(defaults_->integerForKey("n"_ns), INT64_MAX);
+  EXPECT_EQ(to_string(defaults_->stringForKey("n"_ns)), "9223372036854775807");
+  EXPECT_EQ(defaults_->arrayForKey("n"_ns), nullptr);
+  EXPECT_EQ(defaults_->dictionaryRepresentation()->count(),
+            2u + defaults_->argumentDomain()->count());
+  defaults_->removeObjectForKey("n"_ns);
+  EXPECT_EQ(to_string(defaults_->valueForKey("n"_ns)), "12.5x");
+
+  auto list = NSMutableArray::arrayWithObjects({"a"_ns, "b"_ns});
+  defaults_->setObject_forKey(list, "list"_ns);
+  list->removeAllObjects();
+  EXPECT_EQ(defaults_->stringArrayForKey("list"_ns)->count(), 2u);
+  EXPECT_FALSE(isKind<NSMutableArray>(defaults_->objectForKey("list"_ns)));
+  defaults_->setObject_forKey(NSArray::arrayWithObject(NSNumber::of(1)), "list"_ns);
+  EXPECT_EQ(defaults_->stringArrayForKey("list"_ns), nullptr);
+  for (const auto& [text, truth] : {std::pair{"YES"_ns, true},
+                                    {"true"_ns, true},
+                                    {"2"_ns, true},
+                                    {"NO"_ns, false},
+                                    {"0"_ns, false},
+                                    {""_ns, false}}) {
+    defaults_->setObject_forKey(text, "truth"_ns);
+    EXPECT_EQ(defaults_->boolForKey("truth"_ns), truth) << text;
+  }
+}
+
+TEST_F(UserDefaults, OnlyPropertyListsAndNamesAreTaken) {
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { defaults_->setObject_forKey(NSNull::null(), "k"_ns); }, {"NSNull"}));
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [&] { defaults_->setObject_forKey("v"_ns, nullptr); }));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { defaults_->objectForKey(nullptr); }));
+  for (NSString* name : {static_cast<NSString*>(nullptr), ""_ns, "a/b"_ns, ".."_ns})
+    EXPECT_EQ(NSUserDefaults::initWithSuiteName(name), nullptr);
+}
+
+TEST_F(UserDefaults, AreThereInTheNextProcess) {
+  // Neither of the writers waits for anything: one is written at its end, the other while it runs.
+  expectEnd(start([this] {
+    defaults_->setObject_forKey("first"_ns, "a"_ns);
+    defaults_->setBool_forKey(true, "truth"_ns);
+  }));
+  EXPECT_TRUE(defaults_->synchronize());
+  EXPECT_EQ(to_string(defaults_->objectForKey("a"_ns)), "first");
+  EXPECT_EQ(as<NSNumber>(defaults_->objectForKey("truth"_ns))->kind(), NumberKind::Bool);
+
+  defaults_->removeObjectForKey("a"_ns);
+  defaults_->setObject_forKey("x\x01"_ns, "control"_ns);  // which XML has no room for
+  for (int i = 0; i < 1000 && contents().find("first") != std::string::npos; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_TRUE(contents().starts_with("bplist00"));
+  expectEnd(start([this] {
+    const bool isGone = defaults_->objectForKey("a"_ns) == nullptr;
+    const bool isThere = equal(defaults_->objectForKey("control"_ns), "x\x01"_ns);
+    if (!isGone || !isThere) ::_exit(1);
+  }));
+}
+
+TEST_F(UserDefaults, SeveralProcessesWriteAtOnce) {
+  constexpr int processes = 4, names = 20;
+  std::vector<pid_t> children;
+  for (int p = 0; p < processes; ++p)
+    children.push_back(start([this, p] {
+      for (int n = 0; n < names; ++n) {
+        defaults_->setInteger_forKey(n, NSString::stringWithFormat("%d-%d"_ns, p, n));
+        defaults_->setInteger_forKey(p, "last"_ns);
+        if (!defaults_->synchronize()) ::_exit(1);
+      }
+    }));
+  for (pid_t child : children) expectEnd(child);
+  // What another process removed and what this one sets meet.
+  defaults_->setInteger_forKey(7, "mine"_ns);
+  expectEnd(start([this] { defaults_->removeObjectForKey("0-0"_ns); }));
+  EXPECT_TRUE(defaults_->synchronize());
+  EXPECT_EQ(defaults_->objectForKey("0-0"_ns), nullptr);
+  EXPECT_EQ(defaults_->integerForKey("mine"_ns), 7);
+  for (int p = 0; p < processes; ++p)
+    EXPECT_EQ(defaults_->integerForKey(NSString::stringWithFormat("%d-%d"_ns, p, names - 1)),
+              names - 1);
+}
+
+TEST_F(UserDefaults, ADamagedFileIsKept) {
+  static std::string said;
+  NSSetDiagnosticFunction([](std::string_view text) { said = text; });
+  directory_.write("suite/defaults.plist", "<plist><dict><key>");
+  EXPECT_EQ(defaults_->objectForKey("k"_ns), nullptr);
+  NSSetDiagnosticFunction(nullptr);
+  EXPECT_NE(said.find("line 1, column"), std::string::npos) << said;
+  defaults_->setObject_forKey("v"_ns, "k"_ns);
+  EXPECT_TRUE(defaults_->synchronize());
+  EXPECT_NE(contents().find("<string>v</string>"), std::string::npos);
+  std::ifstream kept(file() + ".damaged");
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "<plist><dict><key>");
+}
+
+TEST_F(UserDefaults, WhatCannotBeWrittenStaysSet) {
+  directory_.write("suite", "a file in the folder's place");
+  defaults_->setObject_forKey("v"_ns, "k"_ns);
+  Ref<NSError> error;
+  EXPECT_FALSE(defaults_->synchronizeReturningError(&error));
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code(), ENOTDIR) << error;
+  EXPECT_EQ(to_string(defaults_->objectForKey("k"_ns)), "v");
+  std::filesystem::remove(directory_.path() + "/suite");
+  EXPECT_TRUE(defaults_->synchronize());
+  EXPECT_NE(contents().find("<string>v</string>"), std::string::npos);
+}
+
+TEST_F(UserDefaults, ChangesAreAnnounced) {
+  int count = 0;
+  auto token = NSNotificationCenter::defaultCenter()->observe(
+      NSUserDefaultsDidChangeNotification, defaults_, [&](NSNotification*) { ++count; });
+  defaults_->setInteger_forKey(1, "a"_ns);
+  defaults_->registerDefaults(NSDictionary::of({{"b"_ns, "c"_ns}}));
+  EXPECT_EQ(count, 2);
+  EXPECT_TRUE(defaults_->synchronize());
+  EXPECT_EQ(count, 2);  // nobody else wrote
+  expectEnd(start([this] { defaults_->setInteger_forKey(2, "a"_ns); }));
+  EXPECT_TRUE(defaults_->synchronize());
+  EXPECT_EQ(count, 3);
+  EXPECT_EQ(defaults_->integerForKey("a"_ns), 2);
+}
+
+TEST(ArgumentDefaults, NamesAndValuesAreTold) {
+  auto words =
+      NSArray::arrayWithObjects({"program"_ns, "-first"_ns, "one two"_ns, "file"_ns, "-list"_ns,
+                                 "(a, {b = c;})"_ns, "--long"_ns, "x"_ns, "-minus"_ns, "-5"_ns,
+                                 "-flag"_ns, "-first"_ns, "(broken"_ns, "-3"_ns, "-end"_ns});
+  auto values = detail::defaultsOfArguments(words);
+  EXPECT_EQ(values->count(), 3u);
+  EXPECT_EQ(to_string(values->objectForKey("first"_ns)), "(broken");
+  EXPECT_EQ(as<NSArray>(values->objectForKey("list"_ns))->count(), 2u);
+  EXPECT_EQ(to_string(values->objectForKey("minus"_ns)), "-5");
+}
+
+}  // namespace
+}  // namespace qz::test
