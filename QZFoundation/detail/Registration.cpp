@@ -1,17 +1,21 @@
 #include "QZFoundation/detail/Registration.h"
 
+#include "QZFoundation/QZAlternateTextValueTransformer.h"
 #include "QZFoundation/QZDisk.h"
 #include "QZFoundation/QZFileManagerErrorHandler.h"
 #include "QZFoundation/QZFileWatcher.h"
 #include "QZFoundation/QZHMSFormatter.h"
+#include "QZFoundation/QZFileValueTransformer.h"
 #include "QZFoundation/QZIndexMap.h"
 #include "QZFoundation/QZLog.h"
 #include "QZFoundation/QZKeyValueSyncer.h"
+#include "QZFoundation/QZMathValueTransformer.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/XJKQueue.h"
 #include "QZFoundation/QZKeyValueSyncer.h"
+#include "QZFoundation/QZWordSeparator.h"
 
 namespace qz {
 
@@ -57,6 +61,14 @@ void registerQZFoundation() {
   detail::registerNSFileManagerQZCopy();
   classOf<QZHMSFormatter>();
   classOf<QZStorageSizeFormatter>();
+  detail::registerNSUserDefaultsQZFoundation();
+  detail::registerNSCoderQZFoundation();
+  detail::registerNSObjectQZInfoDictionary();
+  detail::registerNSValueTransformerQZFoundation();
+  classOf<QZMathValueTransformer>();
+  classOf<QZFileValueTransformer>();
+  classOf<QZAlternateTextValueTransformer>();
+  classOf<QZWordSeparator>();
 }
 
 }  // namespace qz

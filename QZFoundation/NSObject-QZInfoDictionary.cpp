@@ -1,0 +1,199 @@
+#include "QZFoundation/NSObject-QZInfoDictionary.h"
+
+#include <string>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/System/NSUserDefaults.h"
+#include "Platform/Text/NSTimeZone.h"
+#include "Platform/Values/NSNumber.h"
+
+namespace qz {
+namespace {
+
+Ref<NSObject> entry(NSDictionary* info, NSString* key) {
+  return info != nullptr ? info->objectForKey(key) : nullptr;
+}
+
+Ref<NSDictionary> propertiesOf(NSDictionary* info) {
+  auto properties = as<NSDictionary>(entry(info, "properties"_ns));
+  return properties ? properties : NSDictionary::dictionary();
+}
+
+/// Runs `work`; what configuration files have wrong is passed over.
+template <class Work>
+void tolerantly(Work work) {
+  try {
+    work();
+  } catch (const Raised&) {
+  }
+}
+
+// Any Object --------------------------------------------------------------------------------------
+
+Ref<NSObject> plainObject(Class* aClass, NSDictionary* /*info*/) { return aClass->newObject(); }
+
+// Sent to what `alloc` answered, whose class is what counts.
+Ref<NSObject> initialized(NSObject* self, NSDictionary* info) {
+  return initWithInfoDictionary(self->classObject(), info);
+}
+
+Ref<NSDictionary> emptyInfo(NSObject*) { return NSDictionary::dictionary(); }
+
+// Formatters --------------------------------------------------------------------------------------
+
+Ref<NSArray> noOrder(NSFormatter*) { return NSArray::array(); }
+Ref<NSArray> dateOrder(NSDateFormatter*) {
+  return NSArray::arrayWithObject("formattingBehavior"_ns);
+}
+
+Ref<NSArray> keysInOrder(NSFormatter* formatter, NSDictionary* properties) {
+  const Ref<NSArray> first = propertyOrder(formatter);
+  if (first->count() == 0) return properties->allKeys();
+  auto keys = NSMutableArray::arrayWithArray(first);
+  const Ref<NSArray> all = properties->allKeys();
+  for (NSObject* key : *all)
+    if (!keys->containsObject(key)) keys->addObject(key);
+  return keys;
+}
+
+Ref<NSObject> formatterOfInfo(Class* aClass, NSDictionary* info) {
+  auto formatter = as<NSFormatter>(aClass->newObject());
+  if (!formatter) return nullptr;
+  const Ref<NSDictionary> properties = propertiesOf(info);
+  const Ref<NSArray> keys = keysInOrder(formatter, properties);
+  for (NSObject* each : *keys) {
+    const auto key = as<NSString>(Ref<NSObject>(each));
+    const Ref<NSObject> value = properties->objectForKey(each);
+    if (key && value) tolerantly([&] { formatter->setValue_forKey(value, key); });
+  }
+  return formatter;
+}
+
+Ref<NSString> formatOf(NSDictionary* properties) {
+  const Ref<NSObject> key = properties->objectForKey("formatKey"_ns);
+  if (!key) return as<NSString>(properties->objectForKey("format"_ns));
+  const auto name = as<NSString>(key);
+  return name ? NSUserDefaults::standardUserDefaults()->stringForKey(name) : nullptr;
+}
+
+Ref<NSObject> percentFormatter(Class* aClass, NSString* format) {
+  if (aClass == classOf<NSDateFormatter>())
+    return NSDateFormatter::initWithDateFormat_allowNaturalLanguage(format, true);
+  auto formatter = as<NSDateFormatter>(aClass->newObject());
+  formatter->setFormatterBehavior(NSDateFormatterBehavior::PercentFormat);
+  formatter->setDateFormat(format);
+  formatter->setAllowsNaturalLanguage(true);
+  return formatter;
+}
+
+void setTimeZone(NSDateFormatter* formatter, NSObject* operation) {
+  auto* const name = as<NSString>(operation);
+  if (name == nullptr) return;
+  tolerantly([&] {
+    const Ref<NSObject> zone =
+        classOf<NSTimeZone>()->performSelector(NSSelectorFromString(name)).object();
+    formatter->setTimeZone(as<NSTimeZone>(zone));
+  });
+}
+
+Ref<NSObject> dateFormatterOfInfo(Class* aClass, NSDictionary* info) {
+  const Ref<NSDictionary> properties = propertiesOf(info);
+  const auto number = [&](NSString* key) { return as<NSNumber>(properties->objectForKey(key)); };
+  const auto behavior = number("formatterBehavior"_ns);
+  const auto code = behavior
+                        ? behavior->intValue()
+                        : static_cast<std::int32_t>(NSDateFormatter::defaultFormatterBehavior());
+  if (code == static_cast<std::int32_t>(NSDateFormatterBehavior::PercentFormat))
+    return percentFormatter(aClass, formatOf(properties));
+
+  auto formatter = as<NSDateFormatter>(formatterOfInfo(aClass, info));
+  const auto style = [](NSNumber* value) {
+    return static_cast<NSDateFormatterStyle>(value->intValue());
+  };
+  if (const auto time = number("timeStyle"_ns)) formatter->setTimeStyle(style(time));
+  if (const auto date = number("dateStyle"_ns)) formatter->setDateStyle(style(date));
+  setTimeZone(formatter, entry(info, "timeZoneSelector"_ns));
+  return formatter;
+}
+
+// Sort descriptors --------------------------------------------------------------------------------
+
+Ref<NSObject> sortDescriptorOfInfo(Class* /*aClass*/, NSDictionary* info) {
+  const Ref<NSObject> ascending = entry(info, "ascending"_ns);
+  bool isAscending = false;
+  if (ascending) tolerantly([&] { isAscending = send<bool>(ascending, "boolValue"_sel); });
+  return NSSortDescriptor::initWithKey_ascending_selector(
+      as<NSString>(entry(info, "key"_ns)), isAscending,
+      NSSelectorFromString(as<NSString>(entry(info, "selector"_ns))));
+}
+
+Ref<NSDictionary> sortDescriptorInfo(NSSortDescriptor* self) {
+  auto info = NSMutableDictionary::dictionary();
+  if (const Ref<NSString> key = self->key()) info->setObject_forKey(key, "key"_ns);
+  info->setObject_forKey(NSNumber::of(self->ascending()), "ascending"_ns);
+  if (const Ref<NSString> selector = NSStringFromSelector(self->selector()))
+    info->setObject_forKey(selector, "selector"_ns);
+  info->setObject_forKey(NSStringFromClass(self->classObject()), "class"_ns);
+  return as<NSDictionary>(info->copy());
+}
+
+}  // namespace
+
+Ref<NSObject> objectFromInfoDictionary(Class* aClass, NSDictionary* info) {
+  if (info == nullptr) return nullptr;
+  Class* const named = NSClassFromString(as<NSString>(entry(info, "class"_ns)));
+  return initWithInfoDictionary(named != nullptr ? named : aClass, info);
+}
+
+Ref<NSArray> objectsFromInfoDictionaries(Class* aClass, NSArray* infos) {
+  auto objects = NSMutableArray::array();
+  for (NSObject* info : infos)
+    if (Ref<NSObject> object = objectFromInfoDictionary(aClass, as<NSDictionary>(info)))
+      objects->addObject(object);
+  return as<NSArray>(objects->copy());
+}
+
+Ref<NSObject> initWithInfoDictionary(Class* aClass, NSDictionary* info) {
+  return send<Ref<NSObject>>(aClass, "initWithInfoDictionary:"_sel, info);
+}
+
+Ref<NSDictionary> infoDictionary(NSObject* self) {
+  return send<Ref<NSDictionary>>(self, "infoDictionary"_sel);
+}
+
+Ref<NSArray> propertyOrder(NSFormatter* self) {
+  return send<Ref<NSArray>>(self, "propertyOrder"_sel);
+}
+
+Ref<NSString> formatKey(NSFormatter*) { return nullptr; }
+
+void setFormatKey(NSFormatter* self, NSString* key) {
+  const Ref<NSObject> format = NSUserDefaults::standardUserDefaults()->objectForKey(key);
+  send<void>(self, "setDateFormat:"_sel, format);
+}
+
+void detail::registerNSObjectQZInfoDictionary() {
+  extend<NSObject>("QZInfoDictionary")
+      .classMethod<&objectFromInfoDictionary>("objectFromInfoDictionary:")
+      .classMethod<&objectsFromInfoDictionaries>("objectsFromInfoDictionaries:")
+      .classMethod<&plainObject>("initWithInfoDictionary:")
+      .method<&initialized>("initWithInfoDictionary:")
+      .method<&emptyInfo>("infoDictionary");
+  extend<NSFormatter>("QZInfoDictionary")
+      .classMethod<&formatterOfInfo>("initWithInfoDictionary:")
+      .method<&noOrder>("propertyOrder")
+      .property<&formatKey, &setFormatKey>("formatKey");
+  extend<NSDateFormatter>("QZInfoDictionary")
+      .classMethod<&dateFormatterOfInfo>("initWithInfoDictionary:")
+      .method<&dateOrder>("propertyOrder");
+  extend<NSSortDescriptor>("QZInfoDictionary")
+      .classMethod<&sortDescriptorOfInfo>("initWithInfoDictionary:")
+      .method<&sortDescriptorInfo>("infoDictionary");
+}
+
+}  // namespace qz

@@ -1,0 +1,156 @@
+#include "QZFoundation/NSObject-QZInfoDictionary.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/System/NSUserDefaults.h"
+#include "Platform/Text/NSKeyedArchiver.h"
+#include "Platform/Text/NSTimeZone.h"
+#include "Platform/Values/NSData.h"
+#include "Platform/Values/NSDate.h"
+#include "Platform/Values/NSError.h"
+#include "Platform/Values/NSNumber.h"
+#include "QZFoundation/NSCoder-QZFoundation.h"
+#include "QZFoundation/NSUserDefaults-QZFoundation.h"
+#include "tests/support/Raises.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+using Entry = NSDictionary::Entry;
+
+Ref<NSDateFormatter> dateFormatter(NSDictionary* properties, NSObject* zone = nullptr) {
+  auto info = NSMutableDictionary::of({{"properties"_ns, properties}});
+  if (zone != nullptr) info->setObject_forKey(zone, "timeZoneSelector"_ns);
+  return as<NSDateFormatter>(objectFromInfoDictionary(classOf<NSDateFormatter>(), info));
+}
+
+TEST(InfoDictionary, ChoosesTheClass) {
+  EXPECT_EQ(objectFromInfoDictionary(classOf<NSObject>(), nullptr), nullptr);
+  auto plain = objectFromInfoDictionary(classOf<NSMutableDictionary>(),
+                                        NSDictionary::of({{"class"_ns, "NoSuchClass"_ns}}));
+  EXPECT_TRUE(plain->isMemberOfClass(classOf<NSMutableDictionary>()));
+  EXPECT_EQ(infoDictionary(plain)->count(), 0u);
+  auto named = objectFromInfoDictionary(classOf<NSObject>(),
+                                        NSDictionary::of({{"class"_ns, "NSDateFormatter"_ns}}));
+  EXPECT_TRUE(isKind<NSDateFormatter>(named));
+  auto odd = NSDictionary::of({{"class"_ns, NSNumber::of(7)}});
+  EXPECT_TRUE(objectFromInfoDictionary(classOf<NSFormatter>(), odd)
+                  ->isMemberOfClass(classOf<NSFormatter>()));
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [] {
+    objectFromInfoDictionary(classOf<NSNumber>(), NSDictionary::dictionary());
+  }));
+
+  EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), NSArray::array())->count(), 0u);
+  EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), nullptr)->count(), 0u);
+  auto several = objectsFromInfoDictionaries(
+      classOf<NSObject>(), NSArray::arrayWithObjects({odd, "no dictionary"_ns, odd}));
+  EXPECT_EQ(several->count(), 2u);
+}
+
+TEST(InfoDictionary, SortDescriptorsComeBack) {
+  for (bool ascending : {true, false}) {
+    auto was = NSSortDescriptor::initWithKey_ascending_selector("a.b"_ns, ascending,
+                                                                "caseInsensitiveCompare:"_sel);
+    auto info = infoDictionary(was);
+    EXPECT_EQ(info->count(), 4u);
+    EXPECT_TRUE(equal(info->objectForKey("class"_ns), "NSSortDescriptor"_ns));
+    EXPECT_TRUE(equal(objectFromInfoDictionary(classOf<NSFormatter>(), info), was));
+  }
+  auto bare = as<NSSortDescriptor>(
+      objectFromInfoDictionary(classOf<NSSortDescriptor>(), NSDictionary::dictionary()));
+  EXPECT_FALSE(bare->ascending());
+  EXPECT_EQ(bare->key(), nullptr);
+}
+
+TEST(InfoDictionary, FormatterPropertiesAreSetAsFarAsTheyGo) {
+  auto formatter = dateFormatter(NSDictionary::of({{"noSuchKey"_ns, "x"_ns},
+                                                   {"dateFormat"_ns, "yyyy"_ns},
+                                                   {"locale"_ns, "no locale"_ns},
+                                                   {"lenient"_ns, NSNumber::of(true)}}));
+  EXPECT_TRUE(equal(formatter->dateFormat(), "yyyy"_ns));
+  EXPECT_TRUE(formatter->isLenient());
+  EXPECT_TRUE(equal(propertyOrder(formatter), NSArray::arrayWithObject("formattingBehavior"_ns)));
+  EXPECT_EQ(propertyOrder(make<NSFormatter>())->count(), 0u);
+  EXPECT_EQ(formatKey(formatter), nullptr);
+  auto odd = NSDictionary::of({{"properties"_ns, NSArray::array()}});
+  EXPECT_TRUE(isKind<NSDateFormatter>(objectFromInfoDictionary(classOf<NSDateFormatter>(), odd)));
+}
+
+TEST(InfoDictionary, DateFormattersHaveBehaviours) {
+  const TemporaryDirectory directory;
+  ::setenv("XDG_CONFIG_HOME", directory.path().c_str(), 1);
+  auto defaults = NSUserDefaults::standardUserDefaults();
+  defaults->registerDefaults(NSDictionary::of({{"InfoTestFormat"_ns, "%Y!"_ns}}));
+  const auto old = NSNumber::of(1000);
+  auto percent = dateFormatter(NSDictionary::of(
+      {{"formatterBehavior"_ns, old}, {"format"_ns, "%d"_ns}, {"lenient"_ns, NSNumber::of(true)}}));
+  EXPECT_EQ(percent->formatterBehavior(), NSDateFormatterBehavior::PercentFormat);
+  EXPECT_TRUE(equal(percent->dateFormat(), "%d"_ns));
+  EXPECT_TRUE(percent->allowsNaturalLanguage());
+  EXPECT_FALSE(percent->isLenient());  // nothing else counts
+  auto byKey = dateFormatter(NSDictionary::of({{"formatterBehavior"_ns, old},
+                                               {"format"_ns, "%d"_ns},
+                                               {"formatKey"_ns, "InfoTestFormat"_ns}}));
+  EXPECT_TRUE(equal(byKey->dateFormat(), "%Y!"_ns));
+  auto byMissingKey = dateFormatter(NSDictionary::of({{"formatterBehavior"_ns, old},
+                                                      {"format"_ns, "%d"_ns},
+                                                      {"formatKey"_ns, "NoSuchDefault"_ns}}));
+  EXPECT_TRUE(equal(byMissingKey->stringFromDate(NSDate::date()), ""_ns));
+
+  auto styled = dateFormatter(NSDictionary::of({{"formatterBehavior"_ns, NSNumber::of(1040)},
+                                                {"dateStyle"_ns, NSNumber::of(3)},
+                                                {"timeStyle"_ns, NSNumber::of(1)}}),
+                              "systemTimeZone"_ns);
+  EXPECT_EQ(styled->dateStyle(), NSDateFormatterStyle::Long);
+  EXPECT_EQ(styled->timeStyle(), NSDateFormatterStyle::Short);
+  EXPECT_TRUE(equal(styled->timeZone(), NSTimeZone::systemTimeZone()));
+  EXPECT_TRUE(dateFormatter(NSDictionary::dictionary(), "noSuchZone"_ns));
+  EXPECT_TRUE(dateFormatter(NSDictionary::dictionary(), NSNumber::of(1)));
+
+  setFormatKey(styled, "InfoTestFormat"_ns);
+  EXPECT_TRUE(equal(styled->dateFormat(), "%Y!"_ns));
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [] { setFormatKey(make<NSFormatter>(), "InfoTestFormat"_ns); }));
+}
+
+TEST(InfoDictionary, DefaultsAreRegisteredFromFiles) {
+  const TemporaryDirectory directory;
+  ::setenv("XDG_CONFIG_HOME", directory.path().c_str(), 1);
+  auto defaults = NSUserDefaults::initWithSuiteName("loads"_ns);
+  const auto path = [&](const std::string& name, const std::string& bytes) {
+    return NSString::stringWithUTF8String(directory.write(name, bytes));
+  };
+  EXPECT_FALSE(loadDefaultsFromFile(defaults, path("array", "(a, b)")));
+  EXPECT_FALSE(loadDefaultsFromFile(defaults, path("broken", "<plist>")));
+  EXPECT_FALSE(loadDefaultsFromFile(defaults, "/no/such/file"_ns));
+  EXPECT_FALSE(loadDefaultsFromFile(defaults, nullptr));
+  EXPECT_FALSE(loadDefaultsFromBundle(defaults, nullptr));
+  EXPECT_EQ(defaults->registrationDomain()->count(), 0u);
+  path("b.resources/Defaults.plist", "{ size = 12; }");
+  path("b.resources/Info.plist", "{}");
+  auto bundle =
+      NSBundle::bundleWithPath(NSString::stringWithUTF8String(directory.path() + "/b.resources"));
+  EXPECT_TRUE(loadDefaultsFromBundle(defaults, bundle));
+  EXPECT_EQ(defaults->integerForKey("size"_ns), 12);
+}
+
+TEST(InfoDictionary, CodersTakeValuesByKey) {
+  auto from = NSMutableDictionary::of({{"a"_ns, "1"_ns}, {"b"_ns, NSNumber::of(2)}});
+  auto keys = NSArray::arrayWithObjects({"a"_ns, "b"_ns, "missing"_ns});
+  auto archiver = make<NSKeyedArchiver>();
+  encodeValuesOfObject_forKeys(archiver, from, keys);
+  auto reader = NSKeyedUnarchiver::initForReadingFromData_classes_error(archiver->encodedData(),
+                                                                        nullptr, nullptr);
+  auto to = NSMutableDictionary::of({{"missing"_ns, "goes"_ns}});
+  decodeValuesToObject_forKeys(reader, to, keys);
+  EXPECT_TRUE(equal(to, from)) << to;
+}
+
+}  // namespace
+}  // namespace qz::test

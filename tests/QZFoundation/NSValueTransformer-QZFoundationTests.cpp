@@ -1,0 +1,189 @@
+#include "QZFoundation/NSValueTransformer-QZFoundation.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <thread>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSNull.h"
+#include "Platform/Values/NSNumber.h"
+#include "QZFoundation/QZAlternateTextValueTransformer.h"
+#include "QZFoundation/QZFileValueTransformer.h"
+#include "QZFoundation/QZMathValueTransformer.h"
+#include "QZFoundation/QZWordSeparator.h"
+#include "tests/support/Raises.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+Ref<NSValueTransformer> named(const char* name) {
+  return valueTransformerWithDynamicName(NSString::stringWithUTF8String(name));
+}
+
+/// What "QZMath-<operator>-<operand>" makes of a value, there and back.
+std::string math(const char* name, double value) {
+  auto transformer = named(name);
+  const auto number = NSNumber::of(value);
+  return to_string(transformer->transformedValue(number)) + " " +
+         to_string(transformer->reverseTransformedValue(number));
+}
+
+TEST(ValueTransformers, AreFoundByName) {
+  auto twice = NSValueTransformer::transformerWithFunctions(
+      [](NSObject* value) { return NSNumber::of(2 * as<NSNumber>(value)->intValue()); });
+  EXPECT_EQ(NSValueTransformer::valueTransformerForName("Twice"_ns), nullptr);
+  NSValueTransformer::setValueTransformer_forName(twice, "Twice"_ns);
+  EXPECT_EQ(NSValueTransformer::valueTransformerForName("Twice"_ns), twice);
+  EXPECT_EQ(valueTransformerWithDynamicName("Twice"_ns), twice);
+  EXPECT_TRUE(NSValueTransformer::valueTransformerNames()->containsObject("Twice"_ns));
+  EXPECT_EQ(to_string(twice->transformedValue(NSNumber::of(4))), "8");
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [&] { twice->reverseTransformedValue(NSNumber::of(4)); }));
+  NSValueTransformer::setValueTransformer_forName(nullptr, "Twice"_ns);
+  EXPECT_EQ(NSValueTransformer::valueTransformerForName("Twice"_ns), nullptr);
+  EXPECT_EQ(NSValueTransformer::valueTransformerForName(nullptr), nullptr);
+  EXPECT_TRUE(raises(NSInvalidArgumentException,
+                     [&] { NSValueTransformer::setValueTransformer_forName(twice, nullptr); }));
+  auto negated = NSValueTransformer::valueTransformerForName(NSNegateBooleanTransformerName);
+  EXPECT_EQ(to_string(negated->transformedValue(NSNumber::of(true))), "0");
+  EXPECT_EQ(to_string(negated->reverseTransformedValue(nullptr)), "1");
+}
+
+TEST(ValueTransformers, AreRegisteredFromSeveralThreads) {
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([t] {
+      for (int i = 0; i < 500; ++i) {
+        auto own = NSString::stringWithFormat("T%d-%d"_ns, t, i);
+        NSValueTransformer::setValueTransformer_forName(make<NSValueTransformer>(), own);
+        NSValueTransformer::setValueTransformer_forName(make<NSValueTransformer>(), "shared"_ns);
+        auto shared = NSValueTransformer::valueTransformerForName("shared"_ns);
+        EXPECT_TRUE(shared->transformedValue(own) == own);
+        EXPECT_TRUE(NSValueTransformer::valueTransformerForName(own));
+      }
+    });
+  for (std::thread& each : threads) each.join();
+}
+
+TEST(ValueTransformers, DynamicNamesMakeEachOnce) {
+  auto made = named("QZMath-multiply-100");
+  EXPECT_EQ(named("QZMath-multiply-100"), made);
+  EXPECT_EQ(NSValueTransformer::valueTransformerForName("QZMath-multiply-100"_ns), made);
+  for (const char* none : {"", "-", "NoSuch-1", "QZMath", "QZMath-add", "QZMath-add-1-2",
+                           "QZMath-add--1", "QZFile-POSIX", "QZFile-posix-URL", "NSFunction"}) {
+    EXPECT_EQ(named(none), nullptr) << none;
+    EXPECT_EQ(NSValueTransformer::valueTransformerForName(NSString::stringWithUTF8String(none)),
+              nullptr);
+  }
+  EXPECT_EQ(valueTransformerWithDynamicName(nullptr), nullptr);
+  EXPECT_TRUE(isKind<QZAlternateTextValueTransformer>(named("QZAlternateText")));
+  // The platform's own class makes plain ones, whatever it is told.
+  EXPECT_TRUE(named("NS-anything")->isMemberOfClass(classOf<NSValueTransformer>()));
+  EXPECT_EQ(reasonRaised(NSInvalidArgumentException, [] { named("QZMath-power-2"); }),
+            "QZMathValueTransformer invalid operator \"power\"");
+  EXPECT_EQ(NSValueTransformer::valueTransformerForName("QZMath-power-2"_ns), nullptr);
+}
+
+TEST(ValueTransformers, MathGoesThereAndBack) {
+  EXPECT_EQ(math("QZMath-multiply-100", 0.5), "50 0.005");
+  EXPECT_EQ(math("QZMath-divide-0", 1), "inf 0");
+  EXPECT_EQ(math("QZMath-add-x", 3), "3 3");
+  EXPECT_EQ(math("QZMath-subtract-2.5", 3), "0.5 5.5");
+  const char* comparisons[] = {"equals",         "notequal", "greater",
+                               "greaterorequal", "less",     "lessorequal"};
+  // For 2, 3, 4 and NaN against 3: what comes of it, and what comes back.
+  const char* expected[] = {"0 0,1 1,0 0,0 0", "1 1,0 0,1 1,1 1", "0 1,0 1,1 0,0 0",
+                            "0 1,1 0,1 0,0 0", "1 0,0 1,0 1,0 0", "1 0,1 0,0 1,0 0"};
+  for (std::size_t i = 0; i < std::size(comparisons); ++i) {
+    const std::string name = std::string("QZMath-") + comparisons[i] + "-3";
+    EXPECT_EQ(math(name.c_str(), 2) + "," + math(name.c_str(), 3) + "," + math(name.c_str(), 4) +
+                  "," + math(name.c_str(), std::nan("")),
+              expected[i])
+        << comparisons[i];
+  }
+  auto transformer = named("QZMath-multiply-100");
+  EXPECT_EQ(transformer->transformedValue(nullptr), nullptr);
+  EXPECT_EQ(transformer->reverseTransformedValue(nullptr), nullptr);
+  EXPECT_EQ(to_string(transformer->transformedValue("1.5"_ns)), "150");
+  for (std::int32_t code : {-1, 10})
+    EXPECT_TRUE(raises(NSInvalidArgumentException,
+                       [&] { QZMathValueTransformer::initWithMathOperation_operand(code, 1); }));
+  EXPECT_EQ(send<Ref<Class>>(classOf<QZMathValueTransformer>(), "transformedValueClass"_sel),
+            classOf<NSNumber>());
+}
+
+TEST(ValueTransformers, FilesChangeTheirStyle) {
+  const auto there = [](const char* name, NSObject* value) {
+    return to_string(named(name)->transformedValue(value));
+  };
+  const auto back = [](const char* name, NSObject* value) {
+    return to_string(named(name)->reverseTransformedValue(value));
+  };
+  EXPECT_EQ(there("QZFile-POSIX-URL", "/tmp/a b"_ns), "file:///tmp/a%20b");
+  EXPECT_EQ(back("QZFile-POSIX-URL", "file:///tmp/a%20b"_ns), "/tmp/a b");
+  const std::string classic = there("QZFile-POSIX-HFS", "/usr/lib"_ns);
+  EXPECT_TRUE(classic.ends_with(":usr:lib")) << classic;
+  EXPECT_EQ(back("QZFile-POSIX-HFS", NSString::stringWithUTF8String(classic)), "/usr/lib");
+  EXPECT_EQ(there("QZFile-URL-POSIX", "not a url"_ns), "(null)");
+  EXPECT_EQ(there("QZFile-POSIX-URL", ""_ns), "(null)");
+  EXPECT_EQ(there("QZFile-POSIX-URL", nullptr), "(null)");
+  EXPECT_EQ(there("QZFile-POSIX-URL", NSNumber::of(1)), "(null)");
+
+  const TemporaryDirectory directory;
+  auto path = NSString::stringWithUTF8String(directory.write("file", ""));
+  auto exists = as<NSNumber>(named("QZFile-POSIX-exists")->transformedValue(path));
+  EXPECT_EQ(exists->kind(), NumberKind::Bool);
+  EXPECT_TRUE(exists->boolValue());
+  EXPECT_EQ(there("QZFile-POSIX-exists", path->stringByAppendingString("2"_ns)), "0");
+  const std::string reason =
+      "\"exists\" cannot be used as the input style for a file value transformer";
+  EXPECT_EQ(reasonRaised(NSInvalidArgumentException,
+                         [] { named("QZFile-POSIX-exists")->reverseTransformedValue("x"_ns); }),
+            reason);
+  EXPECT_EQ(reasonRaised(NSInvalidArgumentException,
+                         [] { named("QZFile-exists-URL")->transformedValue("x"_ns); }),
+            reason);
+  auto other = QZFileValueTransformer::initWithInputStyle_outputStyle(0, 4);
+  EXPECT_EQ(other->transformedValue("/tmp"_ns), nullptr);
+  EXPECT_EQ(other->reverseTransformedValue("/tmp"_ns), nullptr);
+}
+
+TEST(ValueTransformers, TextsAreChosenByNumber) {
+  auto offOn = named("QZAlternateText-Off-On");
+  struct Case {
+    Ref<NSObject> value;
+    const char* text;
+  };
+  for (const auto& [value, text] : std::vector<Case>{{NSNumber::of(0), "Off"},
+                                                     {NSNumber::of(1), "On"},
+                                                     {NSNumber::of(7), "On"},
+                                                     {NSNumber::of(-1), "Off"},
+                                                     {NSNumber::of(NSNotFound), ""},
+                                                     {"1"_ns, "On"},
+                                                     {NSNull::null(), ""},
+                                                     {nullptr, ""}})
+    EXPECT_EQ(to_string(offOn->transformedValue(value)), text) << value;
+  EXPECT_EQ(to_string(named("QZAlternateText")->transformedValue(NSNumber::of(0))), "");
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { offOn->reverseTransformedValue("On"_ns); }));
+}
+
+TEST(ValueTransformers, WordsAreSeparatedAtTitlecaseLetters) {
+  send<void>(classOf<QZWordSeparator>(), "initialize"_sel);
+  auto separator = NSValueTransformer::valueTransformerForName("QZWordSeparator"_ns);
+  ASSERT_TRUE(separator);
+  const auto words = [&](NSObject* value) { return to_string(separator->transformedValue(value)); };
+  EXPECT_EQ(words("value"_ns), "Value");
+  EXPECT_EQ(words("someWords"_ns), "SomeWords");
+  EXPECT_EQ(words("aǅbǈc"_ns), "A ǅb ǈc");
+  EXPECT_EQ(words(""_ns), "");
+  EXPECT_EQ(words(nullptr), "(null)");
+  EXPECT_TRUE(
+      raises(NSInvalidArgumentException, [&] { separator->reverseTransformedValue("Value"_ns); }));
+}
+
+}  // namespace
+}  // namespace qz::test
