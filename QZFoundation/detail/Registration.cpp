@@ -3,19 +3,18 @@
 #include "QZFoundation/QZAlternateTextValueTransformer.h"
 #include "QZFoundation/QZDisk.h"
 #include "QZFoundation/QZFileManagerErrorHandler.h"
+#include "QZFoundation/QZFileValueTransformer.h"
 #include "QZFoundation/QZFileWatcher.h"
 #include "QZFoundation/QZHMSFormatter.h"
-#include "QZFoundation/QZFileValueTransformer.h"
 #include "QZFoundation/QZIndexMap.h"
-#include "QZFoundation/QZLog.h"
 #include "QZFoundation/QZKeyValueSyncer.h"
+#include "QZFoundation/QZLog.h"
 #include "QZFoundation/QZMathValueTransformer.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
-#include "QZFoundation/XJKQueue.h"
-#include "QZFoundation/QZKeyValueSyncer.h"
 #include "QZFoundation/QZWordSeparator.h"
+#include "QZFoundation/XJKQueue.h"
 
 namespace qz {
 

@@ -40,13 +40,13 @@ class LoopThread {
   Ref<NSRunLoop> loop = thread->runLoop();
 };
 
-class Recorder : public Derives<Recorder, NSObject> {
+class LoopRecorder : public Derives<LoopRecorder, NSObject> {
  public:
-  static void describe(ClassDescription<Recorder>& is) {
-    is.named("Recorder")
-        .method<&Recorder::write>("write:")
-        .method<&Recorder::tick>("tick")
-        .method<&Recorder::fail>("fail:");
+  static void describe(ClassDescription<LoopRecorder>& is) {
+    is.named("LoopRecorder")
+        .method<&LoopRecorder::write>("write:")
+        .method<&LoopRecorder::tick>("tick")
+        .method<&LoopRecorder::fail>("fail:");
   }
   void write(NSObject* what) {
     thread = NSThread::currentThread();
@@ -70,7 +70,7 @@ class NSRunLoopTest : public ::testing::Test {
     }
   }
   Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
-  Ref<Recorder> recorder = make<Recorder>();
+  Ref<LoopRecorder> recorder = make<LoopRecorder>();
 };
 
 TEST_F(NSRunLoopTest, ServesInOrderWhateverThreadItComesFrom) {
