@@ -24,6 +24,7 @@ namespace {
 /// The operations by which an Object changes one of its Arrays; null where it has none.
 struct ArrayAccessors {
   ArrayAccessors(NSObject* object, NSString* key) {
+    object->classObject();  // a class that nobody has mentioned has not entered its names yet
     std::string name = key->UTF8String();
     const auto find = [object](const std::string& text) {
       const Selector selector(detail::findSelector(text));
