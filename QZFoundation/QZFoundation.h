@@ -49,6 +49,7 @@
 #include "QZFoundation/QZMathValueTransformer.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
+#include "QZFoundation/QZThreadedTask.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/QZWordSeparator.h"
 #include "QZFoundation/XJKQueue.h"

@@ -49,6 +49,7 @@ int main(int argc, char** argv) {
   qz::bench::compareGLib();
   qz::bench::compareGLibDictionaries();
   qz::bench::compareObserving();
+  qz::bench::compareThreadedTask();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();

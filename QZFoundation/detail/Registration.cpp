@@ -12,6 +12,7 @@
 #include "QZFoundation/QZMathValueTransformer.h"
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
+#include "QZFoundation/QZThreadedTask.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/QZWordSeparator.h"
 #include "QZFoundation/XJKQueue.h"
@@ -22,6 +23,7 @@ void registerQZFoundation() {
   detail::registerNSObjectQZFoundation();
   detail::registerNSObjectQZObserving();
   classOf<QZKeyValueSyncer>();
+  classOf<QZThreadedTask>();
   detail::registerNSSortDescriptorQZFoundation();
   detail::registerNSErrorQZFoundation();
   detail::registerNSStringQZSearch();

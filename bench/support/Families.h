@@ -29,6 +29,7 @@ void compareQtDictionaries();
 void compareGLib();  // defined when QZ_BENCH_GLIB is
 void compareGLibDictionaries();
 void compareObserving();
+void compareThreadedTask();
 
 void compareQt();  // defined when QZ_BENCH_QT is
 void compareQtStrings();

@@ -74,7 +74,7 @@ class Setting : public Derives<Setting, NSObject> {
   Ref<NSArray> parts() const { return parts_; }
   void setParts(NSArray* parts) {
     KeyValueChange changing(this, "parts"_ns);
-    parts_ = parts == nullptr ? Ref<NSArray>() : as<NSArray>(parts->copy());
+    parts_ = parts == nullptr ? nullptr : as<NSArray>(parts->copy());
   }
 
  private:

@@ -1,0 +1,369 @@
+#include "QZFoundation/QZThreadedTask.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Concurrency/MainThread.h"
+#include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/Concurrency/NSThread.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSKeyValueObserving.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSDate.h"
+#include "Platform/Values/NSError.h"
+#include "tests/support/Observers.h"
+#include "tests/support/Raises.h"
+
+namespace qz::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Ref<NSDate> inSeconds(double seconds) { return NSDate::dateWithTimeIntervalSinceNow(seconds); }
+
+/// Serves the main thread's loop until the condition holds; false when it does not in 20 seconds.
+template <class Condition>
+bool serveUntil(const Condition& condition) {
+  const auto limit = inSeconds(20);
+  while (!condition())
+    if (!NSRunLoop::mainRunLoop()->runMode_beforeDate(NSDefaultRunLoopMode, limit)) return false;
+  return true;
+}
+
+/// Writes down what it is told of a task, and on which thread.
+class Delegate : public Derives<Delegate, NSObject> {
+ public:
+  static void describe(ClassDescription<Delegate>& is) {
+    is.named("TaskDelegate")
+        .method<&Delegate::begin>("threadedTaskDidBegin:")
+        .method<&Delegate::complete>("threadedTaskDidComplete:");
+  }
+  void begin(NSNotification* notification) { note("begin", notification); }
+  void complete(NSNotification* notification) { note("complete", notification); }
+
+  Lines lines;
+  Ref<NSObject> sender;
+
+ private:
+  void note(const char* what, NSNotification* notification) {
+    lines.push_back(std::string(what) + (NSThread::isMainThread() ? "" : " elsewhere"));
+    sender = notification->object();
+    EXPECT_EQ(notification->userInfo(), nullptr);
+  }
+};
+
+class LateDelegate : public Derives<LateDelegate, NSObject> {
+ public:
+  static void describe(ClassDescription<LateDelegate>& is) {
+    is.named("LateTaskDelegate").method<&LateDelegate::complete>("threadedTaskDidComplete:");
+  }
+  void complete(NSNotification*) { ++times; }
+  int times = 0;
+};
+
+/// A task as applications derive it, that counts what reaches the main thread.
+class Copying : public Derives<Copying, QZThreadedTask> {
+ public:
+  static void describe(ClassDescription<Copying>& is) { is.named("CopyingTask"); }
+  using Derives::Derives;
+
+  void setPercentCompleteNumber(NSNumber* percent) override {
+    percents.push_back(percent->floatValue());
+    Super::setPercentCompleteNumber(percent);
+  }
+  void setProgressMessage(NSString* message) override {
+    messages.push_back(to_string(message));
+    Super::setProgressMessage(message);
+  }
+  std::vector<float> percents;
+  Lines messages;
+};
+
+/// Overrides by Selector.
+class Abortable : public Derives<Abortable, QZThreadedTask> {
+ public:
+  static void describe(ClassDescription<Abortable>& is) {
+    is.named("AbortableTask").method<&Abortable::work>("performTask");
+  }
+  void work() {
+    while (!abortRequestReceived()) std::this_thread::yield();
+    setTaskResult("stopped"_ns);
+  }
+};
+
+TEST(QZThreadedTask, AnnouncesBeginAndEndOnTheMainThread) {
+  struct {
+    const char* what;
+    std::function<void(QZThreadedTask*)> work;
+    const char* result;
+    const char* error;
+  } const cases[] = {
+      {"a result", [](QZThreadedTask* task) { task->setTaskResult("done"_ns); }, "done", nullptr},
+      {"a platform exception",
+       [](QZThreadedTask*) { NSException::raise_reason(NSGenericException, "no room"_ns); },
+       "(null)", "no room"},
+      {"an exception without a reason",
+       [](QZThreadedTask*) { NSException::raise_reason(NSGenericException, nullptr); }, "(null)",
+       "NSGenericException"},
+      {"an exception of the C++ library",
+       [](QZThreadedTask* task) {
+         task->setTaskResult("half"_ns);
+         throw std::runtime_error("h\xC3\xA4lf");
+       },
+       "half", "hälf"},
+      {"an Error that the work reports itself",
+       [](QZThreadedTask* task) {
+         task->setTaskError(NSError::errorWithDomain_code_userInfo("d"_ns, 3, nullptr));
+       },
+       "(null)", ""},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.what);
+    Lines* seen = nullptr;
+    bool onWorker = false;
+    auto task = make<QZThreadedTask>([&](QZThreadedTask* self) {
+      onWorker = !NSThread::isMainThread();
+      EXPECT_EQ(*seen, Lines{"begin"}) << "before the work";
+      each.work(self);
+    });
+    auto delegate = make<Delegate>();
+    seen = &delegate->lines;
+    task->setDelegate(delegate);
+    task->setDelegate(delegate);
+    EXPECT_EQ(task->delegate(), delegate);
+    task->start();
+    ASSERT_TRUE(serveUntil([&] { return delegate->lines.size() >= 2; }));
+    EXPECT_EQ(delegate->lines, (Lines{"begin", "complete"}));
+    EXPECT_EQ(delegate->sender, task);
+    EXPECT_TRUE(onWorker);
+    EXPECT_EQ(to_string(task->taskResult()), each.result);
+    const Ref<NSError> error = task->taskError();
+    ASSERT_EQ(static_cast<bool>(error), each.error != nullptr);
+    if (error && *each.error != '\0') {
+      EXPECT_EQ(error->code(), -1);
+      EXPECT_EQ(to_string(error->localizedDescription()), each.error);
+    }
+    delegate->sender = nullptr;
+  }
+}
+
+TEST(QZThreadedTask, WhatIsNoExceptionEndsTheRun) {
+  auto task = make<QZThreadedTask>([](QZThreadedTask*) { throw 42; });
+  auto delegate = make<Delegate>();
+  task->setDelegate(delegate);
+  EXPECT_THROW(task->doThreadedOperation(), int);
+  EXPECT_EQ(delegate->lines, Lines{"begin"});
+  EXPECT_EQ(task->taskError(), nullptr);
+}
+
+TEST(QZThreadedTask, AnObserverThatRaisesDoesNotStopTheRun) {
+  std::atomic<bool> worked{false};
+  auto task = make<QZThreadedTask>([&](QZThreadedTask*) { worked = true; });
+  auto token = NSNotificationCenter::defaultCenter()->observe(
+      QZThreadedTaskDidBeginNotification, task,
+      [](NSNotification*) { NSException::raise_reason(NSGenericException, "observer"_ns); });
+  auto delegate = make<LateDelegate>();
+  task->setDelegate(delegate);
+  task->start();
+  // It is the main thread's exception, and gets out of its loop.
+  EXPECT_TRUE(raises(NSGenericException, [&] { serveUntil([&] { return delegate->times > 0; }); },
+                     {"observer"}));
+  EXPECT_TRUE(serveUntil([&] { return delegate->times > 0; }));
+  EXPECT_TRUE(worked);
+  EXPECT_EQ(task->taskError(), nullptr);
+}
+
+TEST(QZThreadedTask, DelegatesComeAndGo) {
+  auto task = make<QZThreadedTask>();
+  auto first = make<Delegate>();
+  auto late = make<LateDelegate>();
+  {
+    auto gone = make<Delegate>();
+    task->setDelegate(gone);
+  }
+  EXPECT_EQ(task->delegate(), nullptr);
+  task->setDelegate(first);
+  task->setDelegate(late);
+  task->doThreadedOperation();
+  EXPECT_EQ(first->lines, Lines());
+  EXPECT_EQ(late->times, 1);
+  task->setDelegate(nullptr);
+  task->doThreadedOperation();  // a task may run again
+  EXPECT_EQ(late->times, 1);
+}
+
+TEST(QZThreadedTask, AbortAndOverridesBySelector) {
+  auto task = make<Abortable>();
+  auto recorder = make<Recorder>();
+  auto late = make<LateDelegate>();
+  task->addObserver_forKeyPath_options_context(recorder, "abortRequestReceived"_ns,
+                                               NSKeyValueObservingOptionNew, nullptr);
+  task->setDelegate(late);
+  WeakRef<QZThreadedTask> weak(task.get());
+  task->start();
+  send<void>(task, "abort"_sel);
+  task->abort();
+  EXPECT_EQ(recorder->lines, Lines{"abortRequestReceived setting new=1"});
+  task = nullptr;
+  ASSERT_TRUE(serveUntil([&] { return late->times > 0; }));
+  while (!weak.expired()) std::this_thread::yield();  // nothing but its thread kept it
+}
+
+TEST(QZThreadedTask, AttributesAndFlags) {
+  auto task = make<QZThreadedTask>();
+  EXPECT_TRUE(task->displayProgress());
+  EXPECT_FALSE(task->canAbort() || task->abortRequestReceived() || task->knowsPercentComplete());
+  EXPECT_EQ(task->percentComplete(), 0);
+  task->setTaskResult("r"_ns);
+  EXPECT_EQ(to_string(task->taskAttributeForKey("taskResult"_ns)), "r");
+  task->setTaskResult(nullptr);
+  EXPECT_EQ(task->taskAttributeForKey(QZThreadedTaskResultKey), nullptr);
+  task->setTaskAttribute_forKey("n"_ns, QZThreadedTaskNameKey);
+  EXPECT_EQ(to_string(task->taskAttributeForKey("taskName"_ns)), "n");
+  auto recorder = make<Recorder>();
+  for (NSString* key : {"canAbort"_ns, "displayProgress"_ns, "percentComplete"_ns,
+                        "knowsPercentComplete"_ns, "secondaryProgressMessage"_ns, "taskError"_ns})
+    task->addObserver_forKeyPath_options_context(recorder, key, 0, nullptr);
+  for (int again = 0; again < 2; ++again) {  // the second time nothing changes
+    task->setCanAbort(true);
+    task->setDisplayProgress(false);
+    task->setPercentComplete(12.5F);
+    task->setPercentCompleteNumber(NSNumber::of(12.5F));
+    task->setKnowsPercentCompleteNumber(NSNumber::of(true));
+    task->setSecondaryProgressMessage("two"_ns);
+  }
+  EXPECT_EQ(recorder->lines,
+            (Lines{"canAbort setting", "displayProgress setting", "percentComplete setting",
+                   "knowsPercentComplete setting", "secondaryProgressMessage setting"}));
+}
+
+/// Runs updates on another thread, which the main thread is not serving meanwhile.
+void onWorker(const std::function<void()>& updates) { std::thread(updates).join(); }
+
+TEST(QZThreadedTask, UpdatesBetweenTwoTurnsCostOneDelivery) {
+  auto task = make<Copying>();
+  onWorker([&] {
+    for (int i = 1; i <= 1000; ++i) task->updatePercentComplete(static_cast<float>(i));
+    for (int i = 1; i <= 10; ++i) {
+      task->updateProgressMessage(NSString::stringWithUTF8String("m" + std::to_string(i)));
+      task->updateSecondaryProgressMessage("s"_ns);
+      task->updateKnowsPercentComplete(i % 2 == 0);
+    }
+  });
+  EXPECT_EQ(task->percentComplete(), 0);
+  int turns = 0;
+  auto told = observe<float>(task, "percentComplete"_ns, [&](float, float) { ++turns; });
+  while (NSRunLoop::mainRunLoop()->runPending()) {
+  }
+  EXPECT_EQ(task->percents, std::vector<float>{1000});
+  EXPECT_EQ(turns, 1);
+  EXPECT_EQ(task->messages, Lines{"m10"});
+  EXPECT_EQ(to_string(task->secondaryProgressMessage()), "s");
+  EXPECT_TRUE(task->knowsPercentComplete());
+}
+
+TEST(QZThreadedTask, NilIsDeliveredAndNeverUndoesWhatCameAfterIt) {
+  struct {
+    Lines updates;  // "-" for nil
+    Lines delivered;
+  } const cases[] = {{{"-"}, {"(null)"}},
+                     {{"a", "-"}, {"(null)"}},
+                     {{"-", "a"}, {"a"}},
+                     {{"a", "-", "b", "-", "c"}, {"c"}},
+                     {{"-", "-"}, {"(null)"}}};
+  for (const auto& each : cases) {
+    auto task = make<Copying>();
+    onWorker([&] {
+      for (const std::string& text : each.updates)
+        task->updateProgressMessage(text == "-" ? nullptr
+                                                : NSString::stringWithUTF8String(text).get());
+    });
+    while (NSRunLoop::mainRunLoop()->runPending()) {
+    }
+    EXPECT_EQ(task->messages, each.delivered);
+    task->updateProgressMessage();  // nothing is pending
+    EXPECT_EQ(task->messages, each.delivered);
+  }
+}
+
+TEST(QZThreadedTask, ABusyLockDropsWhatIsNotForced) {
+  auto task = make<Copying>();
+  std::string raised;
+  auto token = observe(task, "progressMessage"_ns, 0, [&](const ObservedChange&) {
+    onWorker([&] { task->updatePercentComplete(5); });  // would wait for ever if it waited
+    task->updateProgressMessage_force("dropped"_ns, false);
+    raised = reasonRaised(NSInternalInconsistencyException,
+                          [&] { task->updateProgressMessage("forced"_ns); });
+  });
+  onWorker([&] { task->updateProgressMessage("first"_ns); });
+  while (NSRunLoop::mainRunLoop()->runPending()) {
+  }
+  EXPECT_NE(raised, "");
+  EXPECT_EQ(task->messages, Lines{"first"});
+  EXPECT_EQ(task->percents, std::vector<float>());
+}
+
+TEST(QZThreadedTask, WaitsForAChange) {
+  auto task = make<QZThreadedTask>();
+  auto node = make<Node>(1);
+  const auto past = NSDate::distantPast();
+  EXPECT_FALSE(task->waitForChangeInObject_forKeyPath_beforeDate(node, "value"_ns, past));
+  EXPECT_FALSE(task->waitForChangeInObject_forKeyPath_beforeDate(node, "value"_ns, nullptr));
+  EXPECT_FALSE(task->waitForChangeInObject_forKeyPath_beforeDate(nullptr, "value"_ns, past));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] {
+    task->waitForChangeInObject_forKeyPath_beforeDate(node, "nothing.value"_ns, past);
+  }));
+  EXPECT_FALSE(detail::isObserved(node));
+
+  const auto number = [](int value) { return NSNumber::numberWithInt(value); };
+  const auto waitFor = [&](int value, NSDate* limit) {
+    return task->waitUntilValueInObject_forKeyPath_equalsObject_beforeDate(node, "value"_ns,
+                                                                           number(value), limit);
+  };
+  EXPECT_TRUE(waitFor(1, past)) << "it is there";
+  EXPECT_FALSE(waitFor(2, inSeconds(0.01)));
+  struct {
+    int set;
+    int expected;
+    bool answer;
+  } const cases[] = {{5, 5, true}, {6, 7, false}};  // at most one change is waited for
+  for (const auto& each : cases) {
+    std::thread changer([&] {
+      while (!detail::isObserved(node)) std::this_thread::yield();
+      node->setValue(each.set);
+    });
+    EXPECT_EQ(waitFor(each.expected, inSeconds(20)), each.answer);
+    changer.join();
+  }
+  // Two who wait with one task are woken each by its own change.
+  auto other = make<Node>(1);
+  std::atomic<bool> woken{false};
+  std::thread waiter([&] {
+    woken = task->waitForChangeInObject_forKeyPath_beforeDate(other, "value"_ns, inSeconds(20));
+  });
+  while (!detail::isObserved(other)) std::this_thread::yield();
+  std::thread changer([&] {
+    while (!detail::isObserved(node)) std::this_thread::yield();
+    node->setValue(8);
+  });
+  EXPECT_TRUE(task->waitForChangeInObject_forKeyPath_beforeDate(node, "value"_ns, inSeconds(20)));
+  changer.join();
+  EXPECT_FALSE(woken);
+  other->setValue(2);
+  waiter.join();
+  EXPECT_TRUE(woken);
+  // Other observations are a derived task's own.
+  EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] {
+    task->observeValueForKeyPath_ofObject_change_context("value"_ns, node, nullptr, nullptr);
+  }));
+}
+
+}  // namespace
+}  // namespace qz::test

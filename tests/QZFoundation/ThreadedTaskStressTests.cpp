@@ -1,0 +1,122 @@
+// Tasks, observers and progress all at once: for the thread sanitizer. A second and two workers by
+// default; QZ_STRESS_SECONDS=120 and QZ_STRESS_WORKERS=8 make it a long run.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Concurrency/MainThread.h"
+#include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSKeyValueObserving.h"
+#include "Platform/Values/NSDate.h"
+#include "QZFoundation/QZThreadedTask.h"
+#include "tests/support/Observers.h"
+
+namespace qz::test {
+namespace {
+
+int setting(const char* name, int otherwise) {
+  const char* text = std::getenv(name);
+  return text == nullptr ? otherwise : std::max(1, std::atoi(text));
+}
+
+/// What all runs together have done.
+struct Totals {
+  std::atomic<std::int64_t> updates{0};
+  std::atomic<int> started{0};
+  std::atomic<int> completed{0};
+  std::atomic<int> disorder{0};
+  std::atomic<int> lastMissing{0};
+};
+
+/// Reports progress until it is told to stop; the last message always arrives.
+class Busy : public Derives<Busy, QZThreadedTask> {
+ public:
+  static void describe(ClassDescription<Busy>& is) {
+    is.named("BusyTask").method<&Busy::begin>("begin:").method<&Busy::complete>("complete:");
+  }
+  Busy(Totals* totals, unsigned seed) : totals_(totals), random_(seed) {
+    // The task itself observes its notifications, on the main thread.
+    const auto center = NSNotificationCenter::defaultCenter();
+    center->addObserver_selector_name_object(this, "begin:"_sel, QZThreadedTaskDidBeginNotification,
+                                             this);
+    center->addObserver_selector_name_object(this, "complete:"_sel,
+                                             QZThreadedTaskDidCompleteNotification, this);
+  }
+
+  void performTask() override {
+    const int updates = 2000 + static_cast<int>(random_() % 4000);
+    for (int i = 0; i < updates && !abortRequestReceived(); ++i) {
+      updatePercentComplete(static_cast<float>(i));
+      if (i % 64 == 0) updateSecondaryProgressMessage(NSString::stringWithUTF8String("s"));
+      ++totals_->updates;
+    }
+    updateProgressMessage("last"_ns);
+    updateKnowsPercentComplete(true);
+    if (random_() % 4 == 0) throw std::runtime_error("on purpose");
+  }
+
+ private:
+  void begin(NSNotification*) { isBegun_ = true; }
+  void complete(NSNotification*) {
+    if (!isBegun_) ++totals_->disorder;
+    // What was forced before the end came into the queue before the notification.
+    if (to_string(progressMessage()) != "last" || !knowsPercentComplete()) ++totals_->lastMissing;
+    ++totals_->completed;
+  }
+
+  Totals* totals_;
+  std::mt19937 random_;
+  bool isBegun_ = false;
+};
+
+TEST(ThreadedTaskStress, TasksObserversAndProgress) {
+  const int workers = setting("QZ_STRESS_WORKERS", 2);
+  const auto end = NSDate::dateWithTimeIntervalSinceNow(setting("QZ_STRESS_SECONDS", 1));
+  NSRunLoop* const loop = NSRunLoop::mainRunLoop();
+  Totals totals;
+  std::atomic<bool> isOver{false};
+  std::atomic<int> running{workers};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < workers; ++i)
+    threads.emplace_back([&, seed = static_cast<unsigned>(i)] {
+      std::mt19937 random(seed);
+      while (!isOver) {
+        auto task = make<Busy>(&totals, static_cast<unsigned>(random()));
+        auto recorder = make<Recorder>();
+        std::atomic<int> told{0};
+        auto token = observe(task, "percentComplete"_ns, 0, [&](const ObservedChange&) { ++told; });
+        task->addObserver_forKeyPath_options_context(recorder, "abortRequestReceived"_ns, 0,
+                                                     nullptr);
+        ++totals.started;
+        task->start();
+        if (random() % 3 == 0) task->abort();
+        while (totals.started - totals.completed > 2 * workers && !isOver)
+          std::this_thread::yield();
+        // The main thread may be in the middle of telling what is taken off now, and what the
+        // function uses is gone after it: so this is done there.
+        callOnMainThread([&] { token.invalidate(); });
+      }
+      --running;
+      loop->perform([] {});
+    });
+  while (running > 0 || totals.completed < totals.started) {
+    loop->runMode_beforeDate(NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceNow(0.05));
+    if (NSDate::date()->compare(end) != NSOrderedAscending) isOver = true;
+  }
+  for (std::thread& each : threads) each.join();
+  EXPECT_GT(totals.started, 0);
+  EXPECT_EQ(totals.completed, totals.started);
+  EXPECT_EQ(totals.disorder, 0);
+  EXPECT_EQ(totals.lastMissing, 0);
+  RecordProperty("updates", std::to_string(totals.updates));
+}
+
+}  // namespace
+}  // namespace qz::test
