@@ -94,6 +94,8 @@ std::uint32_t indexOfObject_inArraySortedUsingSelector(NSArray* self, NSObject* 
     step /= 2;
     const std::uint64_t place = base + step;
     if (place >= count) continue;
+    elements.expect(base + step / 2);
+    elements.expect(place + 1 + step / 2);
     const auto index = static_cast<std::uint32_t>(place);
     NSObject* element = elements[index];
     if (element == object) return index;

@@ -32,6 +32,11 @@ class ArrayReader {
     return held_;
   }
 
+  /// Says that the element at `index`, if there is one, may be wanted next.
+  void expect(std::uint64_t index) const {
+    if (settled_ && index < settled_->size()) __builtin_prefetch(settled_->data() + index);
+  }
+
  private:
   Ref<NSArray> array_;
   std::optional<std::span<NSObject* const>> settled_;
