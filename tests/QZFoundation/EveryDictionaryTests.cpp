@@ -1,6 +1,8 @@
 // What the library adds to Dictionaries, for every class of them.
 #include <gtest/gtest.h>
 
+#include <map>
+#include <random>
 #include <string>
 
 #include "Platform/Collections/NSArray.h"
@@ -257,6 +259,75 @@ TEST(NSMutableDictionaryQZFoundation, RemovesAndSetsValues) {
   EXPECT_EQ(text(d), "{b:2 n:-5 1:6 }");
   EXPECT_EQ(as<NSNumber>(d->objectForKey("n"_ns))->kind(), NumberKind::Int);
   EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { setInteger_forKey(d, 1, nullptr); }));
+}
+
+// A tree of Dictionaries, Arrays and Strings, all of them mutable.
+Ref<NSObject> randomTree(std::mt19937& random, int depth) {
+  const auto kind = random() % (depth == 0 ? 1 : 3);
+  if (kind == 0) return NSMutableString::stringWithString(number(int(random() % 9))->stringValue());
+  if (kind == 1) {
+    auto array = NSMutableArray::array();
+    for (auto i = random() % 4; i > 0; --i) array->addObject(randomTree(random, depth - 1));
+    return array;
+  }
+  auto dictionary = make<NSMutableDictionary>();
+  for (auto i = random() % 4; i > 0; --i)
+    dictionary->setObject_forKey(randomTree(random, depth - 1), number(int(i)));
+  return dictionary;
+}
+
+void changeEverything(NSObject* tree) {
+  if (auto* array = as<NSMutableArray>(tree)) {
+    for (NSObject* each : *array) changeEverything(each);
+    array->addObject("new"_ns);
+  } else if (auto* dictionary = as<NSMutableDictionary>(tree)) {
+    for (const auto& [key, value] : *dictionary) changeEverything(value);
+    dictionary->setObject_forKey("new"_ns, "new"_ns);
+  } else if (auto* string = as<NSMutableString>(tree)) {
+    string->appendString("!"_ns);
+  }
+}
+
+TEST(NSDictionaryQZFoundation, CopiesOfAnyTreeAreEqualAndApart) {
+  std::mt19937 random(5);
+  for (int i = 0; i < 300; ++i) {
+    const auto tree = randomTree(random, 4);
+    const std::string before = text(tree);
+    const auto frozen = deepCopy(tree);
+    const auto thawed = copyMutableContainers(tree);
+    ASSERT_TRUE(frozen->isEqual(tree) && thawed->isEqual(frozen)) << before;
+    changeEverything(frozen);  // nothing in it can change
+    ASSERT_EQ(text(frozen), before);
+    changeEverything(thawed);
+    ASSERT_EQ(text(tree), before);
+    changeEverything(tree);
+    ASSERT_EQ(text(frozen), before);
+  }
+}
+
+TEST(NSMutableDictionaryQZFoundation, MergesAndInvertsAsMapsDo) {
+  std::mt19937 random(6);
+  for (int i = 0; i < 200; ++i) {
+    std::map<int, int> mine, theirs;
+    auto d = make<NSMutableDictionary>(), other = make<NSMutableDictionary>();
+    for (int k = 0; k < 12; ++k) {
+      const int key = int(random() % 9), value = int(random() % 1000);
+      (k % 2 == 0 ? mine : theirs)[key] = value;
+      setInteger_forKey(k % 2 == 0 ? d : other, value, number(key));
+    }
+    mergeWithDictionary_usingSelector(d, other, "numberByAddingNumber:"_sel);
+    for (auto& [key, value] : mine)
+      if (const auto found = theirs.find(key); found != theirs.end()) value += found->second;
+    ASSERT_EQ(d->count(), mine.size());
+    std::map<int, int> inverse;
+    for (const auto& [key, value] : mine) {
+      ASSERT_EQ(integerForKey(d, number(key)), value);
+      inverse[value] = key;
+    }
+    if (inverse.size() != mine.size()) continue;  // two keys with one value
+    ASSERT_TRUE(inverseDictionary(inverseDictionary(d))->isEqual(d));
+    ASSERT_EQ(inverseDictionary(d)->count(), inverse.size());
+  }
 }
 
 }  // namespace
