@@ -7,6 +7,7 @@
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/detail/NumberText.h"
@@ -166,7 +167,11 @@ void QZVersionNumber::removeObjectFromDigitsAtIndex(std::uint32_t index) {
 }
 
 void QZVersionNumber::addDigit(NSNumber* digit) {
-  insertObject_inDigitsAtIndex(digit, countOfDigits());
+  const Selector asObservable = "mutableArrayValueForKey:"_sel;
+  if (!respondsToSelector(asObservable))
+    return insertObject_inDigitsAtIndex(digit, countOfDigits());
+  // Through the view that tells the observers.
+  send<Ref<NSMutableArray>>(this, asObservable, "digits"_ns)->addObject(digit);
 }
 
 // As an Object ------------------------------------------------------------------------------------
