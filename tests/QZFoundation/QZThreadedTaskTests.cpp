@@ -245,7 +245,10 @@ TEST(QZThreadedTask, AttributesAndFlags) {
 }
 
 /// Runs updates on another thread, which the main thread is not serving meanwhile.
-void onWorker(const std::function<void()>& updates) { std::thread(updates).join(); }
+void onWorker(const std::function<void()>& updates) {
+  NSThread::mainThread();  // this one, and not the first to ask
+  std::thread(updates).join();
+}
 
 TEST(QZThreadedTask, UpdatesBetweenTwoTurnsCostOneDelivery) {
   auto task = make<Copying>();
