@@ -10,10 +10,12 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/detail/KeptForEver.h"
 #include "Platform/Text/NSLocale.h"
 #include "Platform/Text/detail/IcuText.h"
 #include "Platform/Text/detail/LocaleNames.h"
@@ -132,7 +134,7 @@ std::string nameOfOffset(std::int32_t seconds) {
 // The zones that were asked for by their name in the tz database, which are finite in number.
 struct KnownZones {
   std::mutex mutex;
-  std::map<std::u16string, NSTimeZone*, std::less<>> byName;
+  std::map<std::u16string, Ref<NSTimeZone>, std::less<>> byName;
 };
 KnownZones& knownZones() {
   static auto* const zones = new KnownZones;
@@ -172,7 +174,7 @@ Ref<NSTimeZone> NSTimeZone::named(std::u16string_view name) {
   // Fixed zones have as many names as there are offsets: those are not kept.
   if (isFixed || name.starts_with(u"GMT") || name.starts_with(u"UTC")) return made;
   const std::lock_guard lock(known.mutex);
-  return known.byName.try_emplace(std::u16string(name), Ref<NSTimeZone>(made).leak()).first->second;
+  return known.byName.try_emplace(std::u16string(name), std::move(made)).first->second;
 }
 
 Ref<NSTimeZone> NSTimeZone::ofMachine() {
@@ -187,8 +189,8 @@ Ref<NSTimeZone> NSTimeZone::systemTimeZone() {
   NSTimeZone* zone = machineZone.load(std::memory_order_acquire);
   if (zone != nullptr) return zone;
   Ref<NSTimeZone> made = ofMachine();
-  if (machineZone.compare_exchange_strong(zone, made.get(), std::memory_order_acq_rel))
-    return Ref<NSTimeZone>(made.leak());  // kept for ever, and once more for the caller
+  detail::keepForEver(made);  // before anybody can load it
+  if (machineZone.compare_exchange_strong(zone, made.get(), std::memory_order_acq_rel)) return made;
   return zone;
 }
 
@@ -200,7 +202,8 @@ Ref<NSTimeZone> NSTimeZone::defaultTimeZone() {
 }
 
 void NSTimeZone::setDefaultTimeZone(NSTimeZone* zone) {
-  processZone.store(Ref<NSTimeZone>(zone).leak(), std::memory_order_release);
+  detail::keepForEver(zone);
+  processZone.store(zone, std::memory_order_release);
 }
 
 const NSTimeZone& NSTimeZone::inForce() {

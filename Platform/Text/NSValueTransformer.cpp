@@ -11,6 +11,7 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/Runtime/detail/KeptForEver.h"
 #include "Platform/Values/NSNumber.h"
 
 namespace qz {
@@ -60,7 +61,7 @@ class Names {
   }
 
   void set(NSValueTransformer* transformer, NSString* name) {
-    retain(transformer);  // for ever: a reader may be about to retain the one before it
+    detail::keepForEver(transformer);
     const std::lock_guard lock(mutex_);
     const std::size_t hash = name->hash();
     if (Entry* entry = entryFor(name, hash))

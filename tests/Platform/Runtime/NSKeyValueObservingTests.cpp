@@ -240,8 +240,14 @@ TEST(KeyValueObserving, DependentKeys) {
 /// Paths of three keys over a random graph, against reading the path after every step.
 TEST(KeyValueObserving, PathsFollowWhatIsReplaced) {
   std::mt19937 random(7);
+  std::vector<WeakRef<Node>> all;
+  const auto made = [&](int value) {
+    auto node = make<Node>(value);
+    all.emplace_back(node.get());
+    return node;
+  };
   std::vector<Ref<Node>> nodes;
-  for (int i = 0; i < 6; ++i) nodes.push_back(make<Node>(i));
+  for (int i = 0; i < 6; ++i) nodes.push_back(made(i));
   const auto any = [&] { return nodes[random() % nodes.size()]; };
   const auto text = [](NSObject* value) {
     return value == NSNull::null() ? "(null)" : to_string(value);
@@ -268,13 +274,14 @@ TEST(KeyValueObserving, PathsFollowWhatIsReplaced) {
         any()->setValue(step);
         break;
       default:  // an Object on the way may go
-        nodes[1 + random() % (nodes.size() - 1)] = make<Node>(step);
+        nodes[1 + random() % (nodes.size() - 1)] = made(step);
     }
     ASSERT_EQ(told, read(root)) << step;
   }
   token.invalidate();
   for (Node* node : nodes) EXPECT_FALSE(detail::isObserved(node));
-  for (Node* node : nodes) node->setNext(nullptr);  // rings would stay
+  for (const WeakRef<Node>& each : all)  // rings would stay
+    if (const Ref<Node> node = each.load()) node->setNext(nullptr);
 }
 
 /// Applies the changes it is told of to an Array of its own.
