@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Platform/Collections/NSMutableDictionary.h"
@@ -178,7 +179,8 @@ Ref<NSError> DefaultsStore::synchronize(bool* changed) {
   const std::lock_guard lock(mutex_);
   const Ref<NSDictionary> before = merged();
   Ref<NSError> error = changes_->count() == 0 ? readFile() : exchange();
-  if (changed != nullptr) *changed = !before->isEqualToDictionary(merged());
+  if (!before->isEqualToDictionary(merged())) isNews_ = true;
+  if (changed != nullptr) *changed = std::exchange(isNews_, false);
   return error;
 }
 
