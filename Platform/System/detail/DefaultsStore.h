@@ -59,7 +59,7 @@ class DefaultsStore {
   const std::string path_;
   std::mutex mutex_;
   bool isRead_ = false;
-  bool isNews_ = false;  // others' changes came with a save that nobody asked for
+  bool isNews_ = false;               // others' changes came with a save that nobody asked for
   Ref<NSDictionary> saved_;           // what the file says
   Ref<NSMutableDictionary> changes_;  // Null for what is to go
 };
