@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Text/NSCoder.h"
 #include "Platform/Values/NSFoundationVersion.h"
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSNumber.h"
@@ -12,6 +13,7 @@ namespace qz {
 
 void QZStorageSizeFormatter::describe(ClassDescription<QZStorageSizeFormatter>& is) {
   is.named("QZStorageSizeFormatter")
+      .initializer<&QZStorageSizeFormatter::initWithCoder>("initWithCoder:")
       .classMethod<&QZStorageSizeFormatter::storageSizeStringForBytes>("storageSizeStringForBytes:")
       .property<&QZStorageSizeFormatter::storageSizeMode,
                 &QZStorageSizeFormatter::setStorageSizeMode>("storageSizeMode");
@@ -54,6 +56,12 @@ QZStorageSizeFormatter::QZStorageSizeFormatter()
 
 Ref<QZStorageSizeFormatter> QZStorageSizeFormatter::init() {
   return make<QZStorageSizeFormatter>();
+}
+
+Ref<QZStorageSizeFormatter> QZStorageSizeFormatter::initWithCoder(NSCoder* coder) {
+  auto made = init();
+  made->takeSettings(coder);
+  return made;
 }
 
 Ref<NSString> QZStorageSizeFormatter::storageSizeStringForBytes(std::uint64_t bytes) {

@@ -30,6 +30,10 @@ class QZStorageSizeFormatter : public Derives<QZStorageSizeFormatter, NSNumberFo
   QZStorageSizeFormatter();
   static Ref<QZStorageSizeFormatter> init();
 
+  /// The number formatter's settings from an archive, and the mode of the platform: the mode is
+  /// never archived.
+  static Ref<QZStorageSizeFormatter> initWithCoder(NSCoder* coder);
+
   /// "1.5 MB" by one formatter of the process, in the format "#,##0.0;0;#,##0.0" and the process's
   /// locale: "0 bytes", "512.0 bytes", "1.0 KB". A count from 2⁶³ on shows as "--". Any thread.
   static Ref<NSString> storageSizeStringForBytes(std::uint64_t bytes);

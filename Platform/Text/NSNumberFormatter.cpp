@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Text/NSCoder.h"
 #include "Platform/Text/detail/NumberEngine.h"
 #include "Platform/Values/detail/StringStorage.h"
 
@@ -18,6 +19,8 @@ void NSNumberFormatter::describe(ClassDescription<NSNumberFormatter>& is) {
   is.named("NSNumberFormatter")
       .classMethod<&Formatter::localizedStringFromNumber_numberStyle>(
           "localizedStringFromNumber:numberStyle:")
+      .initializer<&Formatter::initWithCoder>("initWithCoder:")
+      .method<&Formatter::encodeWithCoder>("encodeWithCoder:")
       .method<&Formatter::stringFromNumber>("stringFromNumber:")
       .method<&Formatter::numberFromString>("numberFromString:")
       .property<&Formatter::numberStyle, &Formatter::setNumberStyle>("numberStyle")

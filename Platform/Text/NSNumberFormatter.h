@@ -11,6 +11,7 @@
 
 namespace qz {
 
+class NSCoder;
 class NSLocale;
 class NSNumber;
 
@@ -205,12 +206,21 @@ class NSNumberFormatter : public Derives<NSNumberFormatter, NSFormatter> {
   Ref<NSNumber> maximum() const;
   void setMaximum(NSNumber* maximum);
 
+  // In archives -----------------------------------------------------------------------------------
+
+  /// What was set, each setting under its key; what was not set is not stored.
+  void encodeWithCoder(NSCoder* coder) const;
+
+  /// What is of another kind than it should be counts as not set.
+  static Ref<NSNumberFormatter> initWithCoder(NSCoder* coder);
+
   /// A formatter of the same class with the same settings.
   Ref<NSObject> copy() const override;
 
  protected:
-  /// Takes over all that is set in `other`.
+  /// Takes over all that is set in `other`, or in an archive.
   void takeSettings(const NSNumberFormatter& other);
+  void takeSettings(NSCoder* coder);
 
  private:
   const detail::NumberEngine& engine() const;
