@@ -53,7 +53,7 @@ enum NSSearchPathDomainMask : std::uint32_t {
 ///     Music, Pictures,     ~/Downloads, ~/Videos, ~/Music,
 ///     SharedPublic         ~/Pictures, ~/Public
 ///
-/// The sources are the XDG Base Directory Specification and xdg-user-dirs(1).
+/// The places are the XDG base directories and those of xdg-user-dirs(1).
 Ref<NSArray> NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory,
                                                  std::uint32_t domainMask, bool expandTilde);
 
