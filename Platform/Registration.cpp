@@ -40,6 +40,7 @@
 #include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Text/NSTimeZone.h"
 #include "Platform/Text/NSValueTransformer.h"
+#include "Platform/Text/detail/ArchivedValues.h"
 #include "Platform/Values/NSAttributedString.h"
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSData.h"
@@ -132,6 +133,7 @@ void registerPlatform() {
   mention<NSKeyedArchiver>();
   mention<NSKeyedUnarchiver>();
   detail::describePropertyListFiles();
+  detail::describeArchivedValues();
 }
 
 }  // namespace qz

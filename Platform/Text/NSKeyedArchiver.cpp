@@ -4,10 +4,10 @@
 #include <unordered_map>
 
 #include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Collections/NSMutableSet.h"
-#include "Platform/Collections/NSSortDescriptor.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
@@ -54,13 +54,21 @@ class NSKeyedArchiver::Contents {
   Ref<NSObject> reference(NSKeyedArchiver* archiver, NSObject* object) {
     const auto known = indices_.find(object);
     if (known != indices_.end()) return uid(known->second.index);
+    if (depth_ == deepest)
+      detail::raise(NSInvalidArgumentException, "encodeObject:forKey: nested too deep");
     const std::uint32_t index = objects_->count();
     indices_.emplace(object, Known{index, object});
     objects_->addObject(nullObject);  // keeps the place while the contents are numbered
-    if (depth_ == deepest)
-      detail::raise(NSInvalidArgumentException, "encodeObject:forKey: nested too deep");
+    const Ref<NSMutableDictionary> outer = current_;
     ++depth_;
-    objects_->replaceObjectAtIndex_withObject(index, form(archiver, object));
+    try {
+      objects_->replaceObjectAtIndex_withObject(index, form(archiver, object));
+    } catch (...) {  // whoever catches it may go on without this Object
+      current_ = outer;
+      --depth_;
+      indices_.erase(object);
+      throw;
+    }
     --depth_;
     return uid(index);
   }
@@ -76,6 +84,11 @@ class NSKeyedArchiver::Contents {
     if (auto* array = as<NSArray>(object)) {
       auto made = ofClass(isKind<NSMutableArray>(object) ? "NSMutableArray" : "NSArray");
       made->setObject_forKey(references(archiver, array), elementsKey);
+      return made;
+    }
+    if (auto* counted = as<NSCountedSet>(object)) {
+      auto made = ofClass("NSCountedSet");
+      made->setObject_forKey(references(archiver, repeated(counted)), elementsKey);
       return made;
     }
     if (auto* set = as<NSSet>(object)) {
@@ -116,6 +129,15 @@ class NSKeyedArchiver::Contents {
     auto made = ofClass(className);
     made->setObject_forKey(leaf, contentsKey);
     return made;
+  }
+
+  // Each member as often as it counts: a number in its place could ask a reader for anything.
+  static Ref<NSArray> repeated(NSCountedSet* set) {
+    auto all = NSMutableArray::array();
+    const Ref<NSArray> members = set->allObjects();
+    for (NSObject* member : *members)
+      for (std::uint32_t i = set->countForObject(member); i > 0; --i) all->addObject(member);
+    return all;
   }
 
   Ref<NSArray> references(NSKeyedArchiver* archiver, NSArray* objects) {

@@ -19,10 +19,11 @@ class NSError;
 ///     auto again = as<Person>(NSKeyedUnarchiver::unarchivedObjectOfClasses_fromData_error(
 ///         NSArray::arrayWithObject(classOf<Person>()), data, &error));
 ///
-/// Takes Strings, Numbers, Data, Dates, Null, Arrays, Dictionaries and Sets, mutable or not, sort
-/// descriptors, and every Object whose class has `encodeWithCoder:`; any other raises
-/// NSInvalidArgumentException, and so does what is nested deeper than 1000 levels. An Object that
-/// is referred to several times is written, and read, once.
+/// Takes Strings, Numbers, Data, Dates, Null, Arrays, Dictionaries and Sets, mutable or not, and
+/// counted Sets, and every Object whose class has `encodeWithCoder:`, as number formatters, sort
+/// descriptors, URLs, UUIDs and index paths have; any other raises NSInvalidArgumentException, and
+/// so does what is nested deeper than 1000 levels. An Object that is referred to several times is
+/// written, and read, once.
 ///
 /// The archive is a binary property list, a Dictionary: "$version" is 1; "$objects" has the Objects
 /// ("$null" first), to which NSPropertyListUIDs refer by index; "$top" has the references under the
@@ -53,7 +54,8 @@ class NSKeyedArchiver final : public Derives<NSKeyedArchiver, NSCoder> {
 /// archive says must not choose which code runs.
 ///
 /// Property-list values, Null, Arrays, Dictionaries and Sets are always expected. Classes are told
-/// with those below them.
+/// with those below them. A sort descriptor brings the Selector that sorting by it sends: look at
+/// it before sorting by one from an archive that others may have written.
 class NSKeyedUnarchiver final : public Derives<NSKeyedUnarchiver, NSCoder> {
  public:
   static void describe(ClassDescription<NSKeyedUnarchiver>& is);

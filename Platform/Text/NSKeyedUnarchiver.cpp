@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Collections/NSMutableSet.h"
@@ -135,6 +136,8 @@ class NSKeyedUnarchiver::Contents {
     if (name == "NSMutableData") return required<NSData>(values, contentsKey)->mutableCopy();
     if (name == "NSArray") return elements(unarchiver, values, elementsKey);
     if (name == "NSMutableArray") return elements(unarchiver, values, elementsKey)->mutableCopy();
+    if (name == "NSCountedSet")
+      return NSCountedSet::setWithArray(elements(unarchiver, values, elementsKey));
     if (name == "NSSet" || name == "NSMutableSet") {
       const auto all = elements(unarchiver, values, elementsKey);
       if (name == "NSSet") return NSSet::setWithArray(all);

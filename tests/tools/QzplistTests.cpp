@@ -1,56 +1,12 @@
 // The command qzplist, through its command line.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <array>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Command.h"
 
 namespace qz::test {
 namespace {
 
-struct Outcome {
-  int status;
-  std::string output;
-};
-
-class Qzplist : public testing::Test {
+class Qzplist : public CommandTest {
  protected:
-  /// Runs the command in the directory, what it says of errors mixed in.
-  Outcome run(const std::string& arguments) const {
-    const auto program =
-        std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "tools" /
-        "qzplist";
-    const std::string line =
-        "cd '" + directory_.path() + "' && '" + program.string() + "' " + arguments + " 2>&1";
-    FILE* const pipe = ::popen(line.c_str(), "r");
-    Outcome result;
-    std::array<char, 4096> buffer;
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
-      result.output.append(buffer.data(), count);
-    const int status = ::pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-  }
-
-  void expect(const std::string& arguments, int status, const std::string& output) const {
-    const Outcome result = run(arguments);
-    EXPECT_EQ(result.status, status) << arguments;
-    EXPECT_EQ(result.output, output) << arguments;
-  }
-
-  std::string contents(const std::string& name) const {
-    std::ostringstream text;
-    text << std::ifstream(directory_.path() + "/" + name).rdbuf();
-    return text.str();
-  }
-
-  const TemporaryDirectory directory_;
+  Qzplist() : CommandTest("qzplist") {}
 };
 
 TEST_F(Qzplist, ConvertsChecksAndPrints) {
@@ -63,10 +19,7 @@ TEST_F(Qzplist, ConvertsChecksAndPrints) {
       "{\n  \"e\": []\n  \"key\": <0fbd>\n  \"list\": [\n    \"1\"\n    {\n      \"x\": \"y\"\n"
       "    }\n  ]\n  \"name\": \"A \\\"b\\\"\\n\"\n}\n";
   expect("print list.binary", 0, shown);
-  expect(
-      "convert binary <list | '"
-      "cat' > piped",
-      0, "");
+  expect("convert binary <list | cat > piped", 0, "");
   expect("print < piped", 0, shown);
 
   directory_.write("bad", "<plist>\n<true>x</true></plist>");

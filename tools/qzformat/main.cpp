@@ -16,6 +16,7 @@
 #include "QZFoundation/QZHMSFormatter.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
+#include "QZFoundation/QZWordSeparator.h"
 
 namespace qz::tool {
 namespace {
@@ -83,6 +84,7 @@ Show formatting(const Ref<NSFormatter>& formatter, bool isReverse) {
 }
 
 Show transforming(const std::string& name, bool isReverse) {
+  classOf<QZWordSeparator>()->ensureInitialized();  // which registers its name
   const Ref<NSValueTransformer> transformer =
       valueTransformerWithDynamicName(NSString::stringWithUTF8String(name));
   if (!transformer) throw Failure{"there is no value transformer \"" + name + "\""};
@@ -149,6 +151,11 @@ bool print(const Show& show, const std::string& value) {
   return false;
 }
 
+Status misused(const std::string& reason) {
+  std::cerr << "qzformat: " << reason << " (see qzformat --help)\n";
+  return Misused;
+}
+
 int run(std::vector<std::string> arguments) {
   if (arguments.empty() || arguments[0] == "--help") {
     (arguments.empty() ? std::cerr : std::cout) << usage;
@@ -162,8 +169,9 @@ int run(std::vector<std::string> arguments) {
     request = requestFrom(kind, std::move(arguments));
     show = showFor(kind, request);
   } catch (const Failure& failure) {
-    std::cerr << "qzformat: " << failure.reason << " (see qzformat --help)\n";
-    return Misused;
+    return misused(failure.reason);
+  } catch (const Raised& raised) {  // by a transformer that does not take these arguments
+    return misused(to_string(raised->reason()));
   }
   bool isDone = true;
   for (const std::string& value : request.values) isDone &= print(show, value);

@@ -3,18 +3,23 @@
 #include <gtest/gtest.h>
 
 #include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Collections/NSMutableSet.h"
+#include "Platform/Collections/NSSortDescriptor.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/System/NSPropertyListUID.h"
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSError.h"
+#include "Platform/Values/NSIndexPath.h"
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSNumber.h"
+#include "Platform/Values/NSURL.h"
+#include "Platform/Values/NSUUID.h"
 #include "tests/support/Raises.h"
 
 namespace qz::test {
@@ -56,9 +61,20 @@ class Node : public Derives<Node, NSObject> {
   bool yes = false;
 };
 
+/// Compares in its own way, and cannot say so to an archive.
+class Backwards : public Derives<Backwards, NSSortDescriptor> {
+ public:
+  using Derives::Derives;
+  static void describe(ClassDescription<Backwards>& is) { is.named("ArchivedBackwards"); }
+};
+
 Ref<NSObject> unarchived(NSData* data, std::string* problem, bool expectsNodes = true) {
   Ref<NSError> error;
-  auto classes = expectsNodes ? NSArray::arrayWithObject(classOf<Node>()) : NSArray::array();
+  auto classes =
+      expectsNodes
+          ? NSArray::arrayWithObjects({classOf<Node>(), classOf<NSSortDescriptor>(),
+                                       classOf<NSURL>(), classOf<NSUUID>(), classOf<NSIndexPath>()})
+          : NSArray::array();
   auto object = NSKeyedUnarchiver::unarchivedObjectOfClasses_fromData_error(classes, data, &error);
   *problem = error ? error->localizedDescription()->UTF8String() : "";
   EXPECT_TRUE(!error || !object);
@@ -72,7 +88,9 @@ TEST(KeyedArchive, CollectionsAndValuesComeBackInTheirKinds) {
        NSDate::dateWithTimeIntervalSince1970(1e9), NSData::dataWithBytes("\x00\x01"),
        NSNull::null(), shared, shared, NSMutableData::dataWithBytes("m"),
        NSMutableArray::arrayWithObject("e"_ns), NSSet::setWithObjects({"a"_ns, NSNumber::of(1)}),
-       NSMutableSet::setWithObject("b"_ns), NSDictionary::of({{NSNumber::of(1), NSArray::array()}}),
+       NSMutableSet::setWithObject("b"_ns),
+       NSCountedSet::setWithArray(NSArray::arrayWithObjects({"c"_ns, "d"_ns, "c"_ns})),
+       NSDictionary::of({{NSNumber::of(1), NSArray::array()}}),
        NSMutableDictionary::of({{"k"_ns, NSNull::null()}})});
   std::string problem;
   auto again =
@@ -115,12 +133,30 @@ TEST(KeyedArchive, ObjectsSayThemselves) {
   head->next = nullptr;
 }
 
+TEST(KeyedArchive, ValuesOfThePlatformSayThemselves) {
+  const auto base = NSURL::URLWithString("http://host/a/b"_ns);
+  const auto root = NSArray::arrayWithObjects(
+      {NSSortDescriptor::initWithKey_ascending_selector("name.family"_ns, false,
+                                                        "caseInsensitiveCompare:"_sel),
+       NSSortDescriptor::initWithKey_ascending(nullptr, true), base,
+       NSURL::URLWithString_relativeToURL("../c?d#e"_ns, base), NSUUID::UUID(),
+       NSIndexPath::indexPath(), NSIndexPath::indexPathWithIndexes({1, 0, UINT32_MAX})});
+  std::string problem;
+  const auto again =
+      as<NSArray>(unarchived(NSKeyedArchiver::archivedDataWithRootObject(root), &problem));
+  ASSERT_TRUE(again) << problem;
+  EXPECT_TRUE(equal(again, root)) << again;
+  EXPECT_EQ(as<NSURL>(again->objectAtIndex(3))->baseURL(), again->objectAtIndex(2));
+}
+
 TEST(KeyedArchive, BreachesRaise) {
   auto archiver = make<NSKeyedArchiver>();
   const auto encode = [&](NSObject* object, NSString* key) {
     return raises(NSInvalidArgumentException, [&] { archiver->encodeObject_forKey(object, key); });
   };
-  EXPECT_TRUE(encode(make<NSObject>(), "k"_ns));
+  const auto mixed = NSArray::arrayWithObjects({"v"_ns, make<NSObject>()});
+  for (int i = 0; i < 2; ++i) EXPECT_TRUE(encode(mixed, "k"_ns)) << "also the second time";
+  EXPECT_TRUE(encode(make<Backwards>("k"_ns, true), "k"_ns));
   EXPECT_TRUE(encode("v"_ns, nullptr));
   EXPECT_TRUE(encode("v"_ns, "$class"_ns));
   EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { archiver->decodeObjectForKey("k"_ns); }));
@@ -169,6 +205,13 @@ TEST(KeyedArchive, DamagedArchivesAreErrors) {
            {ofClass(2, "NS.objects"_ns, NSArray::arrayWithObject(uid(0))), "NSSet"_ns,
             "an element is nil"},
            {ofClass(2, "x"_ns, ""_ns), "NSBundle"_ns, "the class NSBundle is not expected"},
+           {ofClass(2, "selector"_ns, uid(2)), "NSSortDescriptor"_ns,
+            "NSInvalidArgumentException: \"NSSortDescriptor\" does not compare with another "
+            "object"},
+           {ofClass(2, "x"_ns, ""_ns), "NSURL"_ns,
+            "NSInvalidArgumentException: \"(null)\" is no URL"},
+           {ofClass(2, "text"_ns, uid(2)), "NSUUID"_ns,
+            "NSInvalidArgumentException: \"NSUUID\" is no UUID"},
        }) {
     EXPECT_EQ(unarchived(archive(object, name), &problem), nullptr);
     EXPECT_EQ(problem, expected);

@@ -1,0 +1,41 @@
+#include "tests/support/Command.h"
+
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace qz::test {
+
+Outcome CommandTest::run(const std::string& arguments) const {
+  const auto program =
+      std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "tools" / name_;
+  const std::string line = "cd '" + directory_.path() + "' && LC_ALL=en_US.UTF-8 '" +
+                           program.string() + "' " + arguments + " 2>&1";
+  FILE* const pipe = ::popen(line.c_str(), "r");
+  Outcome result;
+  std::array<char, 4096> buffer;
+  while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), pipe))
+    result.output.append(buffer.data(), count);
+  const int status = ::pclose(pipe);
+  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return result;
+}
+
+void CommandTest::expect(const std::string& arguments, int status,
+                         const std::string& output) const {
+  const Outcome result = run(arguments);
+  EXPECT_EQ(result.status, status) << arguments;
+  EXPECT_EQ(result.output, output) << arguments;
+}
+
+std::string CommandTest::contents(const std::string& name) const {
+  std::ostringstream text;
+  text << std::ifstream(directory_.path() + "/" + name).rdbuf();
+  return text.str();
+}
+
+}  // namespace qz::test
