@@ -206,6 +206,10 @@ void compareArrays() {
           {"indexOfObjectMatchingValue:forKeyPath: of an int, each of 100,000 Objects",
            "loop with virtual getter and compare", 5},
           &indexByKeyPath, &indexByGetter);
+  compare("MatchTextByKeyPath",
+          {"indexOfObjectMatchingValue:forKeyPath: of a String, each of 100,000 Objects",
+           "loop with virtual getter and compare", 5},
+          &indexByText, &indexByTextGetter);
   compare(
       "FilterBySelector",
       {"arrayByFilteringWithSelector:, 1,000,000 Objects", "std::copy_if with a virtual call", 1.5},

@@ -34,6 +34,8 @@ int main(int argc, char** argv) {
   qz::bench::compareStrings();
   qz::bench::compareMessages();
   qz::bench::compareThreads();
+  qz::bench::compareObserving();
+  qz::bench::compareThreadedTask();
   qz::bench::compareWatching();
   qz::bench::compareFiles();
   qz::bench::compareFormatters();
@@ -44,19 +46,11 @@ int main(int argc, char** argv) {
   qz::bench::compareQtStrings();
   qz::bench::compareQtFormatters();
   qz::bench::compareQtDictionaries();
-#endif
-#if defined(QZ_BENCH_GLIB)
-  qz::bench::compareGLib();
-  qz::bench::compareGLibDictionaries();
-  qz::bench::compareObserving();
-  qz::bench::compareThreadedTask();
-#if defined(QZ_BENCH_QT)
-  qz::bench::compareQt();
-  qz::bench::compareQtStrings();
   qz::bench::compareQtObserving();
 #endif
 #if defined(QZ_BENCH_GLIB)
   qz::bench::compareGLib();
+  qz::bench::compareGLibDictionaries();
   qz::bench::compareGLibObserving();
 #endif
 #if defined(QZ_BENCH_BOOST)

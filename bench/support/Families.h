@@ -14,28 +14,24 @@ void compareSorting();
 void compareStrings();
 void compareMessages();
 void compareThreads();
+void compareObserving();
+void compareThreadedTask();
 void compareWatching();
 void compareFiles();
 void compareFormatters();
 void compareSystem();
 void comparePropertyLists();
 
-void compareQt();  // defined when QZ_BENCH_QT is
+// Peers, each there when its library was found.
+void compareQt();
 void compareQtStrings();
 void compareQtFormatters();
-void compareGLib();    // defined when QZ_BENCH_GLIB is
-void compareSpdlog();  // defined when QZ_BENCH_SPDLOG is
 void compareQtDictionaries();
-void compareGLib();  // defined when QZ_BENCH_GLIB is
-void compareGLibDictionaries();
-void compareObserving();
-void compareThreadedTask();
-
-void compareQt();  // defined when QZ_BENCH_QT is
-void compareQtStrings();
 void compareQtObserving();
-void compareGLib();  // defined when QZ_BENCH_GLIB is
+void compareGLib();
+void compareGLibDictionaries();
 void compareGLibObserving();
-void compareBoostObserving();  // defined when QZ_BENCH_BOOST is
+void compareBoostObserving();
+void compareSpdlog();
 
 }  // namespace qz::bench
