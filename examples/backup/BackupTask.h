@@ -3,78 +3,80 @@
 
 #include <atomic>
 #include <functional>
-#include <string>
 
-#include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Values/NSError.h"
-#include "QZFoundation/QZFoundation.h"
+#include "EntryCopy.h"
+#include "LargestFiles.h"
+#include "QZFoundation/QZThreadedTask.h"
 
 namespace backup {
 
-using qz::NSArray;
-using qz::NSError;
-using qz::NSFileManager;
-using qz::NSObject;
-using qz::NSString;
-using qz::Ref;
+/// What a folder comes to, or as much of it as has been dealt with.
+struct Amount {
+  std::uint64_t entries = 0;
+  std::uint64_t bytes = 0;
 
-/// A file worth mentioning.
-class File : public qz::Derives<File, NSObject> {
+  /// For estimates: an entry takes about as long as so many bytes, whatever is in it.
+  static constexpr std::uint64_t bytesOfEntry = 64 * 1024;
+  double work() const noexcept {
+    return static_cast<double>(bytes) + static_cast<double>(entries) * bytesOfEntry;
+  }
+};
+
+/// How a step ended; the task's result.
+class StepResult : public qz::Derives<StepResult, NSObject> {
  public:
-  static void describe(qz::ClassDescription<File>& is);
+  static void describe(qz::ClassDescription<StepResult>& is);
 
-  File(NSString* itsPath, std::uint64_t itsSize) : path(itsPath), size(itsSize) {}
-
-  Ref<NSString> path;
-  std::uint64_t size;
+  Amount done;
+  std::uint64_t failures = 0;
+  double seconds = 0;
+  Ref<qz::NSArray> largestFiles;  ///< Of Files; of a step that counts.
 };
 
-/// How far a step has come. Written by the task, read by whoever shows it.
-struct Progress {
-  std::atomic<std::uint64_t> files{0};
-  std::atomic<std::uint64_t> bytes{0};
-  std::atomic<std::uint64_t> allFiles{0};
-  std::atomic<std::uint64_t> allBytes{0};
-  std::atomic<std::uint64_t> failures{0};
-};
-
-/// One walk over the source that does something to each entry.
-class BackupTask : public qz::Derives<BackupTask, NSObject> {
+/// One walk over the source that does something to each entry. An entry that fails is told to
+/// whoever wants to know, and the walk goes on; the task's error says why the walk itself came to
+/// an end early: it could not begin, or was aborted. Memory does not grow with the number of
+/// entries.
+class BackupTask : public qz::Derives<BackupTask, qz::QZThreadedTask> {
  public:
   static void describe(qz::ClassDescription<BackupTask>& is);
 
-  enum class Step { Count, Copy, Verify };
+  enum class Kind { Count, Copy, Verify };
 
-  /// `onFailure` is called on the main thread, for each entry that failed.
-  using OnFailure = std::function<void(NSString* path, NSString* reason)>;
-  BackupTask(Step step, NSString* source, NSString* destination, OnFailure onFailure);
+  struct Settings {
+    Ref<NSString> source;
+    Ref<NSString> destination;
+    Ref<NSString> leftOut;  ///< An entry that is passed by with all that is in it; may be nil.
+    bool update = false;
+    std::uint32_t largest = 0;  ///< How many of the largest files are wanted.
+  };
 
-  /// The whole work. Memory does not grow with the number of files.
-  void performTask();
+  /// `expected` is what the source comes to, as far as that is known.
+  BackupTask(Kind kind, const Settings& settings, const Amount& expected);
 
-  /// Has it stop after the file it is at. Any thread, also a signal's.
-  void abort() noexcept { isAborted_ = true; }
-  bool isAborted() const noexcept { return isAborted_; }
+  /// Called on the main thread, for each entry that failed. To be set before the task starts.
+  std::function<void(NSString* entry, NSError* error)> onFailure;
 
-  Progress progress;
+  void performTask() override;
 
-  /// The largest files that were met, in no particular order. When the work is done.
-  Ref<NSArray> largestFiles() const { return largest_; }
+  /// Any thread.
+  Amount done() const noexcept { return {entries_, bytes_}; }
+  const Amount& expected() const noexcept { return expected_; }
 
  private:
-  void visit(NSString* entry);
-  Ref<NSError> copy(NSString* from, NSString* to, std::uint32_t type);
-  void finishDirectories();
-  void noteSize(NSString* entry, std::uint64_t size);
-  void fail(NSString* path, NSString* reason);
+  Ref<NSError> work();
+  template <class Visit>
+  Ref<NSError> walk(const Visit& visit);
+  bool visit(NSString* entry, EntryCopy& copy);
+  void fail(NSString* entry, NSError* error);
 
-  Step step_;
-  Ref<NSString> source_;
-  Ref<NSString> destination_;
-  OnFailure onFailure_;
-  Ref<NSFileManager> manager_;
-  Ref<qz::NSMutableArray> largest_ = qz::make<qz::NSMutableArray>();
-  std::atomic<bool> isAborted_{false};
+  const Kind kind_;
+  const Settings settings_;
+  const Amount expected_;
+  std::atomic<std::uint64_t> entries_{0};
+  std::atomic<std::uint64_t> bytes_{0};
+  std::uint64_t failures_ = 0;
+  LargestFiles largest_;
 };
 
 }  // namespace backup

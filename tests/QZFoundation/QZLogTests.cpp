@@ -14,7 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSDictionary.h"
 #include "Platform/Runtime/Implementations.h"
+#include "Platform/System/NSUserDefaults.h"
 #include "Platform/Text/NSTimeZone.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSNumber.h"
@@ -274,6 +277,27 @@ TEST_F(QZDebugTest, EachLogBeginsAnew) {
   EXPECT_FALSE(QZIsDebugEnabled("progress"_ns));
   EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_NE(QZGetDebugLog(), old);
+}
+
+TEST_F(QZDebugTest, TheUserDefaultEnablesKeys) {
+  const auto enabled = [](NSObject* value) {
+    NSUserDefaults::standardUserDefaults()->registerDefaults(
+        NSDictionary::of({{"QZDebug"_ns, value}}));
+    QZDebugClose();
+    std::string keys;
+    for (NSString* each : {"import"_ns, "progress"_ns, "5"_ns})
+      if (QZIsDebugEnabled(each)) keys += each->UTF8String() + " ";
+    const auto another = QZLog::initWithFilePath("unused"_ns);
+    EXPECT_EQ(another->isKeyEnabled("import"_ns), QZIsDebugEnabled("import"_ns));
+    return keys;
+  };
+  const auto list = NSArray::arrayWithObjects({"progress"_ns, NSNumber::of(5), "import"_ns});
+  EXPECT_EQ(enabled(list), "import progress ");
+  QZDebugLog("import"_ns, "written"_ns);
+  QZDebugLog("other"_ns, "not written"_ns);
+  EXPECT_EQ(messages(file), (Lines{"written"}));
+  EXPECT_EQ(enabled("import"_ns), "import ");
+  EXPECT_EQ(enabled(NSNumber::of(5)), "");
 }
 
 }  // namespace

@@ -1,0 +1,153 @@
+#include "Backup.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <iostream>
+
+#include "Interruption.h"
+#include "Platform/Concurrency/NSRunLoop.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Values/NSPathUtilities.h"
+#include "Texts.h"
+
+namespace backup {
+
+using namespace qz;
+
+void Backup::describe(ClassDescription<Backup>& is) {
+  is.named("Backup")
+      .method<&Backup::threadedTaskDidBegin>("threadedTaskDidBegin:")
+      .method<&Backup::threadedTaskDidComplete>("threadedTaskDidComplete:");
+}
+
+Backup::Backup(const Options& options) : options_(options) {
+  settings_.update = options.update;
+  settings_.largest = options.largest;
+}
+
+Backup::~Backup() = default;
+
+int Backup::run() {
+  findFolders();
+  planSteps();
+  tellDebugLog();
+  if (!options_.quiet)
+    std::cout << "from " << printable(settings_.source) << "\nto   "
+              << printable(settings_.destination) << std::endl;
+  handleInterruptions([this](int signal) { interrupt(signal); });
+  startNext();
+  NSRunLoop::mainRunLoop()->run();
+  finish();
+  if (signal_ != 0) return 128 + signal_;
+  return hasFailed_ ? 1 : 0;
+}
+
+void Backup::findFolders() {
+  namespace fs = std::filesystem;
+  const auto manager = NSFileManager::defaultManager();
+  settings_.destination =
+      options_.isTrial() ? uniqueFilePathForName_inDirectory(
+                               manager, NSString::stringWithFormat("qz-backup-%d"_ns, ::getpid()),
+                               NSTemporaryDirectory())
+                         : options_.destination;
+  const fs::path source = fs::weakly_canonical(fileSystemPath(options_.source));
+  const fs::path destination =
+      fs::weakly_canonical(fs::absolute(fileSystemPath(settings_.destination)));
+  settings_.source = stringWithFileSystemPath(source);
+  settings_.destination = stringWithFileSystemPath(destination);
+  // A copy inside its own source would have no end; one around it would overwrite it.
+  const fs::path inSource = destination.lexically_relative(source);
+  const fs::path inDestination = source.lexically_relative(destination);
+  if (inDestination == "." || *inDestination.begin() != "..")
+    throw UsageError("the destination contains the source");
+  if (*inSource.begin() != "..") settings_.leftOut = stringWithFileSystemPath(inSource);
+}
+
+void Backup::planSteps() {
+  using Kind = BackupTask::Kind;
+  steps_ = {{"count", Kind::Count, nullptr}, {"copy", Kind::Copy, nullptr}};
+  if (options_.verify || options_.isTrial()) steps_.push_back({"verify", Kind::Verify, nullptr});
+  if (!options_.isTrial()) return;
+  steps_.push_back({"overwrite", Kind::Copy, nullptr});
+  steps_.push_back({"verify", Kind::Verify, nullptr});
+}
+
+void Backup::startNext() {
+  if (next_ == steps_.size() || signal_ != 0) {
+    NSRunLoop::mainRunLoop()->stop();
+    return;
+  }
+  const Step& step = steps_[next_++];
+  const Amount expected = next_ == 1 ? Amount() : steps_.front().result->done;
+  task_ = make<BackupTask>(step.kind, settings_, expected);
+  task_->onFailure = [this](NSString* entry, NSError* error) { tellFailure(entry, error); };
+  task_->setDelegate(this);
+  task_->start();
+}
+
+void Backup::threadedTaskDidBegin(NSNotification*) {
+  QZDebugLog("backup"_ns, "%@ begins"_ns, NSString::stringWithUTF8String(current().title));
+  if (!options_.quiet) line_.emplace(current().title, task_);
+}
+
+void Backup::threadedTaskDidComplete(NSNotification*) {
+  line_.reset();
+  const Ref<BackupTask> task = std::move(task_);
+  const Ref<NSError> error = task->taskError();
+  QZDebugLog("backup"_ns, "%@ ends, error: %@"_ns, NSString::stringWithUTF8String(current().title),
+             error);
+  if (error && !isUserCancelledError(error)) {
+    hasFailed_ = true;
+    std::cerr << "backup: " << printable(error->localizedDescription()) << '\n';
+    NSRunLoop::mainRunLoop()->stop();
+    return;
+  }
+  current().result = as<StepResult>(task->taskResult());
+  startNext();
+}
+
+void Backup::interrupt(int signal) {
+  signal_ = signal;
+  if (task_)
+    task_->abort();
+  else
+    NSRunLoop::mainRunLoop()->stop();
+}
+
+void Backup::tellFailure(NSString* entry, NSError* error) {
+  hasFailed_ = true;
+  QZDebugLog("backup"_ns, "%@: %@"_ns, entry, error);
+  if (line_) line_->clear();
+  std::cerr << "failed: " << printable(entry) << ": " << printable(error->localizedDescription())
+            << std::endl;
+}
+
+void Backup::finish() {
+  const auto manager = NSFileManager::defaultManager();
+  if (options_.isTrial() && manager->fileExistsAtPath(settings_.destination))
+    if (const auto error = removeFileAtPath(manager, settings_.destination)) {
+      hasFailed_ = true;
+      std::cerr << "backup: " << error->localizedDescription() << '\n';
+    }
+  const auto& counted = steps_.front().result;
+  if (options_.quiet || !counted) return;
+  printSteps(steps_);
+  printLargest(counted->largestFiles);
+  if (signal_ != 0) std::cout << "\nended early\n";
+}
+
+/// The log says nothing when it cannot be written; who asked for it should know.
+void Backup::tellDebugLog() const {
+  if (!QZIsDebugEnabled("progress"_ns) && !QZIsDebugEnabled("backup"_ns) &&
+      !QZIsDebugEnabled("all"_ns))
+    return;
+  const auto path = QZGetDebugLog()->logFilePath();
+  const bool isWritable = NSFileManager::defaultManager()->isWritableFileAtPath(
+      path->stringByDeletingLastPathComponent());
+  std::cerr << "debug log: " << printable(path)
+            << (isWritable ? "" : " cannot be written: its folder is missing or closed")
+            << std::endl;
+}
+
+}  // namespace backup
