@@ -51,9 +51,11 @@ void Backup::findFolders() {
                                manager, NSString::stringWithFormat("qz-backup-%d"_ns, ::getpid()),
                                NSTemporaryDirectory())
                          : options_.destination;
-  const fs::path source = fs::weakly_canonical(fileSystemPath(options_.source));
-  const fs::path destination =
-      fs::weakly_canonical(fs::absolute(fileSystemPath(settings_.destination)));
+  const auto wholePath = [](NSString* path) {
+    return fs::weakly_canonical(fs::absolute(fileSystemPath(path)));
+  };
+  const fs::path source = wholePath(options_.source);
+  const fs::path destination = wholePath(settings_.destination);
   settings_.source = stringWithFileSystemPath(source);
   settings_.destination = stringWithFileSystemPath(destination);
   // A copy inside its own source would have no end; one around it would overwrite it.

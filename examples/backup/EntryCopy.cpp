@@ -45,10 +45,13 @@ EntryCopy::EntryCopy(NSString* source, NSString* destination, bool update)
 bool EntryCopy::begin() {
   if (isDirectoryAtPath(manager_, destination_)) return true;
   const auto about = manager_->fileAttributesAtPath_traverseLink(source_, true);
-  return about &&
-         createDirectoryAtPath_attributes_createParents(
-             manager_, destination_, permissions(filePosixPermissions(about) | allForOwner), true);
+  isNew_ = about && createDirectoryAtPath_attributes_createParents(
+                        manager_, destination_,
+                        permissions(filePosixPermissions(about) | allForOwner), true);
+  return isNew_;
 }
+
+Ref<NSError> EntryCopy::finish() { return isNew_ ? finishDirectory(""_ns) : nullptr; }
 
 Ref<NSError> EntryCopy::copy(NSString* entry) {
   const Paths paths = pathsOf(entry);

@@ -280,6 +280,7 @@ TEST_F(QZDebugTest, EachLogBeginsAnew) {
 }
 
 TEST_F(QZDebugTest, TheUserDefaultEnablesKeys) {
+  home.write("Desktop/other", "");
   const auto enabled = [](NSObject* value) {
     NSUserDefaults::standardUserDefaults()->registerDefaults(
         NSDictionary::of({{"QZDebug"_ns, value}}));

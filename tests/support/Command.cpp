@@ -10,11 +10,14 @@
 
 namespace qz::test {
 
+// The tests themselves lie in the build's folder "tests".
+std::string CommandTest::program() const {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / name_;
+}
+
 Outcome CommandTest::run(const std::string& arguments) const {
-  const auto program =
-      std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "tools" / name_;
-  const std::string line = "cd '" + directory_.path() + "' && LC_ALL=en_US.UTF-8 '" +
-                           program.string() + "' " + arguments + " 2>&1";
+  const std::string line = "cd '" + directory_.path() + "' && LC_ALL=en_US.UTF-8 '" + program() +
+                           "' " + arguments + " 2>&1";
   FILE* const pipe = ::popen(line.c_str(), "r");
   Outcome result;
   std::array<char, 4096> buffer;

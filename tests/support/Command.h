@@ -18,7 +18,10 @@ struct Outcome {
 /// A fixture for one command and a directory to run it in.
 class CommandTest : public testing::Test {
  protected:
+  /// The name is the program's path in the build's folder.
   explicit CommandTest(std::string name) : name_(std::move(name)) {}
+
+  std::string program() const;
 
   /// Runs the command in the directory, with arguments as a shell takes them, what it says of
   /// errors mixed in, in the locale en_US.

@@ -6,7 +6,7 @@ namespace {
 
 class Qzformat : public CommandTest {
  protected:
-  Qzformat() : CommandTest("qzformat") {}
+  Qzformat() : CommandTest("tools/qzformat") {}
 };
 
 TEST_F(Qzformat, ShowsValuesAndReadsThem) {

@@ -6,7 +6,7 @@ namespace {
 
 class Qzplist : public CommandTest {
  protected:
-  Qzplist() : CommandTest("qzplist") {}
+  Qzplist() : CommandTest("tools/qzplist") {}
 };
 
 TEST_F(Qzplist, ConvertsChecksAndPrints) {
