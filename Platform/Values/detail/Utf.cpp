@@ -327,9 +327,13 @@ char16_t* decodeUtf8(std::string_view bytes, char16_t* out) noexcept {
   while (static_cast<std::size_t>(end - at) >= block) {
     widenBlock(at, out);
     const std::size_t ascii = asciiInBlock(at);
+    if (ascii == block) {  // a step of known length need not wait for the count
+      at += block;
+      out += block;
+      continue;
+    }
     at += ascii;
-    out += ascii;
-    if (ascii != block) out = decodeSome(at, end, out);
+    out = decodeSome(at, end, out + ascii);
   }
   while (at != end)
     if (*at < 0x80)
@@ -357,9 +361,13 @@ char* encodeUtf8(std::u16string_view units, char* out) noexcept {
   while (static_cast<std::size_t>(end - at) >= block) {
     narrowBlock(at, out);
     const std::size_t ascii = asciiInBlock(at);
+    if (ascii == block) {  // a step of known length need not wait for the count
+      at += block;
+      out += block;
+      continue;
+    }
     at += ascii;
-    out += ascii;
-    if (ascii != block) out = encodeSome(at, end, out);
+    out = encodeSome(at, end, out + ascii);
   }
   while (at != end) out = encodeOneTo(at, end, out);
   return out;
