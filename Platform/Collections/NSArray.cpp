@@ -16,6 +16,7 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSNull.h"
+#include "Platform/Values/detail/UnitBuffer.h"
 
 namespace qz {
 
@@ -238,17 +239,22 @@ Ref<NSObject> NSArray::firstObjectCommonWithArray(NSArray* other) const {
 }
 
 Ref<NSString> NSArray::componentsJoinedByString(NSString* separator) const {
-  std::u16string text;
+  const std::u16string_view between = separator != nullptr ? separator->view() : u"";
+  std::size_t length = 0;
+  for (NSObject* each : *this)
+    if (auto* string = as<NSString>(each)) length += string->length() + between.size();
+  detail::UnitBuffer text;
+  text.room(length);
   bool first = true;
   for (NSObject* each : *this) {
-    if (!first && separator != nullptr) text += separator->view();
+    if (!first) text.append(between);
     first = false;
     if (auto* string = as<NSString>(each))
-      text += string->view();
+      text.append(string->view());
     else if (const Ref<NSString> words = each->description())
-      text += words->view();
+      text.append(words->view());
   }
-  return NSString::stringWithCharacters(text);
+  return text.toString();
 }
 
 void NSArray::makeObjectsPerformSelector(Selector selector) const {
