@@ -5,6 +5,7 @@
 
 #include "Platform/Concurrency/MainThread.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/System/FileProgress.h"
 #include "QZFoundation/NSError-QZFoundation.h"
 
 namespace backup {
@@ -54,6 +55,13 @@ void BackupTask::performTask() {
 }
 
 Ref<NSError> BackupTask::work() {
+  // A file larger than memory takes its time: what is done of it counts, and it need not be waited
+  // for.
+  const FileProgress progress([this](std::uint64_t bytes) {
+    bytes_ += bytes;
+    tellProgress();
+    return !abortRequestReceived();
+  });
   EntryCopy copy(settings_.source, settings_.destination, settings_.update);
   if (kind_ == Kind::Copy)
     if (!copy.begin()) return systemError(settings_.destination);
@@ -85,17 +93,23 @@ Ref<NSError> BackupTask::walk(const Visit& visit) {
 bool BackupTask::visit(NSString* entry, EntryCopy& copy) {
   const auto path = settings_.source->stringByAppendingPathComponent(entry);
   const std::uint64_t size = totalSizeOfFileAtPath(currentThreadFileManager(), path);
+  const std::uint64_t before = bytes_;
   updateProgressMessage_force(entry, false);
   Ref<NSError> error;
   if (kind_ == Kind::Count) largest_.add(entry, size);
   if (kind_ == Kind::Copy) error = copy.copy(entry);
   if (kind_ == Kind::Verify) error = copy.verify(entry);
+  if (error && error->code() == ECANCELED && abortRequestReceived()) return false;
   if (error) fail(entry, error);
   ++entries_;
-  bytes_ += size;
+  bytes_ = before + size;
+  tellProgress();
+  return !error;
+}
+
+void BackupTask::tellProgress() {
   if (expected_.entries != 0)
     updatePercentComplete(static_cast<float>(100 * done().work() / expected_.work()));
-  return !error;
 }
 
 /// Waits until it has been told, so that a folder full of failures does not fill the memory.

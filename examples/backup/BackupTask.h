@@ -68,6 +68,7 @@ class BackupTask : public qz::Derives<BackupTask, qz::QZThreadedTask> {
   template <class Visit>
   Ref<NSError> walk(const Visit& visit);
   bool visit(NSString* entry, EntryCopy& copy);
+  void tellProgress();
   void fail(NSString* entry, NSError* error);
 
   const Kind kind_;

@@ -26,7 +26,8 @@ with itself, verified again, and removed.
   --quiet       say nothing but what failed
   --help        show this text
 
-Ctrl-C ends the work after the file that is being copied; a second one ends it at once.
+Ctrl-C ends the work and leaves the file that is being copied as it was; a second one ends it at
+once.
 "-QZDebug progress" writes the progress to the debug log, Desktop/backup.log in the home directory.
 
 Exit status: 0 when everything is copied (and equal), 1 when something failed, 2 for a command line

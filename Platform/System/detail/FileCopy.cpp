@@ -7,12 +7,15 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/System/FileProgress.h"
+
 namespace qz::detail {
 namespace {
 
 constexpr std::size_t bufferSize = 256 * 1024;
 constexpr std::size_t smallFile = 64 * 1024;  // below: one read and one write are quicker
 constexpr std::size_t rangeSize = 1024 * 1024 * 1024;
+constexpr std::size_t rangeSizeIfHeard = 4 * 1024 * 1024;
 
 // One for each thread that copies; the pages are touched as far as files are long.
 char* buffer() {
@@ -39,6 +42,7 @@ CopyOutcome copyBytes(int in, int out, std::uint64_t most, std::uint64_t expecte
     if (count == 0) break;
     const auto size = static_cast<std::size_t>(count);
     if (!writeWhole(out, buffer(), size)) return CopyOutcome::target();
+    if (!FileProgress::tell(size)) return CopyOutcome::source();
     if (size == expected && size < wanted) break;
     most -= size;
   }
@@ -72,13 +76,15 @@ bool cloned(int in, int out, CopyAbilities& abilities) {
 
 // From where both stand, `most` bytes or to the end.
 CopyOutcome copyRange(int in, int out, std::uint64_t most, CopyAbilities& abilities) {
+  const std::size_t part = FileProgress::isHeard() ? rangeSizeIfHeard : rangeSize;
   bool hasCopied = false;
   while (most != 0 && abilities.copiesRanges.load(std::memory_order_relaxed)) {
-    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(rangeSize, most));
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(part, most));
     const ssize_t count = os::copy_file_range(in, out, wanted);
     if (count > 0) {
       hasCopied = true;
       most -= static_cast<std::uint64_t>(count);
+      if (!FileProgress::tell(static_cast<std::uint64_t>(count))) return CopyOutcome::source();
       continue;
     }
     // Some file systems answer 0 where they cannot say more; reading finds the end for sure.

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/System/FileProgress.h"
 #include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/DirectoryReader.h"
 #include "Platform/System/detail/SystemCalls.h"
@@ -39,6 +40,7 @@ bool haveEqualBytes(const std::string& path, const std::string& other) {
     if (size < 0 || size != readBlock(two.number(), second)) return false;
     if (size == 0) return true;
     if (std::memcmp(blocks.get(), second, static_cast<std::size_t>(size)) != 0) return false;
+    if (!FileProgress::tell(static_cast<std::uint64_t>(size))) return false;
   }
 }
 

@@ -14,6 +14,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/System/FileProgress.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSPathUtilities.h"
@@ -184,6 +185,39 @@ TEST_F(FileManagerTest, ASingleFileIsCopiedAsItIs) {
   system.failAll(SystemCall::Link, ENOENT);
   ASSERT_EQ(copyError(at("file"), at("copy")), 0);
   EXPECT_EQ(snapshot(at("copy")), snapshot(at("file")));
+}
+
+TEST_F(FileManagerTest, CopiesAndComparisonsTellHowFarTheyAreAndMayEndEarly) {
+  const std::string bytes(10 << 20, 'x');
+  directory.write("file", bytes);
+  directory.write("sparse", bytes);
+  fs::resize_file(at("sparse"), 2 * bytes.size());
+  directory.write("tree/file", bytes);
+  for (const std::string name : {"file", "sparse", "tree"}) {
+    std::uint64_t told = 0;
+    int parts = 0;
+    std::uint64_t limit = UINT64_MAX;
+    const FileProgress outer([](std::uint64_t) { return false; });
+    const FileProgress progress([&](std::uint64_t count) {
+      ++parts;
+      return (told += count) < limit;
+    });
+    EXPECT_EQ(copyError(at(name), at("copy")), 0);
+    EXPECT_EQ(told, bytes.size()) << name;
+    EXPECT_GT(parts, 2);
+    EXPECT_TRUE(manager->contentsEqualAtPath_andPath(ns(at("file")), ns(at("tree/file"))));
+    EXPECT_EQ(told, 2 * bytes.size());
+
+    limit = told + 1;
+    EXPECT_FALSE(manager->contentsEqualAtPath_andPath(ns(at("file")), ns(at("tree/file"))));
+    EXPECT_EQ(errno, ECANCELED);
+    fs::remove_all(at("copy"));
+    limit = told + 1;
+    EXPECT_EQ(copyError(at(name), at("copy")), ECANCELED);
+    EXPECT_FALSE(fs::is_regular_file(at("copy")) || fs::exists(at("copy/file")));
+    fs::remove_all(at("copy"));
+  }
+  EXPECT_EQ(copyError(at("file"), at("copy")), 0);
 }
 
 TEST_F(FileManagerTest, WhatCannotBeCopiedMovedLinkedOrRemovedSaysWhy) {
