@@ -113,19 +113,20 @@ void NSObject::didChange_valuesAtIndexes_forKey(NSKeyValueChange, NSIndexSet*, N
   if (detail::isObserved(this) && key != nullptr) detail::endChangeByHand(this, key);
 }
 
-void KeyValueChange::begin(NSObject* object, NSString* key, NSKeyValueChange kind,
-                           NSIndexSet* indexes) {
-  if (key == nullptr) return;
-  exceptions_ = std::uncaught_exceptions();
-  frame_ = detail::beginChange(object, key, kind, indexes, false);
+detail::ChangeFrame* KeyValueChange::begin(NSObject* object, NSString* key, NSKeyValueChange kind,
+                                           NSIndexSet* indexes) {
+  if (key == nullptr) return nullptr;
+  detail::ChangeFrame* frame = detail::beginChange(object, key, kind, indexes, false);
+  frame->exceptions = std::uncaught_exceptions();
+  return frame;
 }
 
-void KeyValueChange::end() {
+void KeyValueChange::end(detail::ChangeFrame* frame) {
   // The change may have been made before the exception that is under way, so observers are told
   // all the same.
-  if (std::uncaught_exceptions() == exceptions_) return detail::endChange(frame_);
+  if (std::uncaught_exceptions() == frame->exceptions) return detail::endChange(frame);
   try {
-    detail::endChange(frame_);
+    detail::endChange(frame);
   } catch (...) {  // two exceptions at a time would end the program
   }
 }

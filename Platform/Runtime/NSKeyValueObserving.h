@@ -103,30 +103,31 @@ class KeyValueChange {
  public:
   KeyValueChange(NSObject* object, NSString* key) {
     if (detail::isObserved(object)) [[unlikely]]
-      begin(object, key, NSKeyValueChangeSetting, nullptr);
+      frame_ = begin(object, key, NSKeyValueChangeSetting, nullptr);
   }
 
   /// Elements are inserted at, removed from or replaced at `indexes` of the Array under `key`; the
   /// indices of an insertion are those that the elements have after it.
   KeyValueChange(NSObject* object, NSString* key, NSKeyValueChange kind, NSIndexSet* indexes) {
     if (detail::isObserved(object)) [[unlikely]]
-      begin(object, key, kind, indexes);
+      frame_ = begin(object, key, kind, indexes);
   }
 
   /// Raises what an observer raised, except while another exception is under way.
   ~KeyValueChange() noexcept(false) {
     if (frame_ != nullptr) [[unlikely]]
-      end();
+      end(frame_);
   }
   KeyValueChange(const KeyValueChange&) = delete;
   KeyValueChange& operator=(const KeyValueChange&) = delete;
 
  private:
-  void begin(NSObject* object, NSString* key, NSKeyValueChange kind, NSIndexSet* indexes);
-  void end();
+  // No operation takes the guard's address, so that it stays in a register.
+  static detail::ChangeFrame* begin(NSObject* object, NSString* key, NSKeyValueChange kind,
+                                    NSIndexSet* indexes);
+  static void end(detail::ChangeFrame* frame);
 
   detail::ChangeFrame* frame_ = nullptr;
-  int exceptions_ = 0;
 };
 
 /// A change as a function is told of it; what it points to is valid during the call.

@@ -90,9 +90,9 @@ void collect(ChangeFrame& frame, NSObject* object, NSString* key, bool isFrameKe
     }
   }
   for (std::size_t i = first; i < frame.pending.size(); ++i) {
+    if (frame.pending[i].observation->dependentKey() == nullptr) continue;
     const Ref<Observation> observation = frame.pending[i].observation;
     NSString* dependent = observation->dependentKey();
-    if (dependent == nullptr) continue;
     if (const Ref<NSObject> root = observation->root()) collect(frame, root, dependent, false);
   }
 }
@@ -107,6 +107,13 @@ Ref<NSObject> elementsAt(NSObject* value, NSIndexSet* indexes) {
   return found.finish();
 }
 
+/// The Object that `pending` observes: the begin of its path, which may not lead over the changing
+/// Object any more. `kept` owns it when nothing else does.
+NSObject* observedIn(const ChangeFrame& frame, const Pending& pending, Ref<NSObject>& kept) {
+  if (pending.level > 0) return kept = pending.observation->root();
+  return pending.object ? pending.object : frame.object;
+}
+
 /// Reads what the observers of a change want to know, once for all that want the same.
 class Values {
  public:
@@ -116,12 +123,10 @@ class Values {
   Ref<NSObject> of(const Pending& pending) {
     const bool isIndexed = isIndexedFor(frame_, pending);
     if (isIndexed && frame_.kind == without_) return nullptr;
-    // From the begin of the path, which may not lead over the changing Object any more.
     Observation& observation = *pending.observation;
-    Ref<NSObject> object = pending.level > 0 ? observation.root()
-                           : pending.object  ? pending.object
-                                             : frame_.object;
-    if (!object) return NSNull::null();
+    Ref<NSObject> kept;
+    NSObject* object = observedIn(frame_, pending, kept);
+    if (object == nullptr) return NSNull::null();
     NSString* path = observation.keyPath();
     if (value_ && object == object_ && isIndexed == isIndexed_ &&
         (path == path_ || path->isEqualToString(path_)))
@@ -131,7 +136,8 @@ class Values {
                               : object->valueForKeyPath(path);
     if (isIndexed) value = elementsAt(value, frame_.indexes);
     if (!value) value = NSNull::null();
-    object_ = std::move(object);
+    if (frame_.pending.size() == 1) return value;  // nobody else will want it
+    object_ = Ref<NSObject>(object);
     path_ = path;
     isIndexed_ = isIndexed;
     return value_ = std::move(value);
@@ -196,15 +202,17 @@ class Teller {
 void tellPending(Teller& teller, const ChangeFrame& frame, Pending& pending, Values* newValues) {
   Observation& observation = *pending.observation;
   if (!pending.isTold || !observation.isActive() || observation.dependentKey() != nullptr) return;
-  const Ref<NSObject> root =
-      pending.level == 0 ? (pending.object ? pending.object : frame.object) : observation.root();
-  if (!root) return;
+  Ref<NSObject> kept;
+  NSObject* const root = observedIn(frame, pending, kept);
+  if (root == nullptr) return;
   const bool isIndexed = Values::isIndexedFor(frame, pending);
+  const bool isPrior = newValues == nullptr;
   ChangeDictionary::Entries entries{.kind = isIndexed ? frame.kind : NSKeyValueChangeSetting,
-                                    .oldValue = pending.oldValue,
+                                    .oldValue = isPrior ? pending.oldValue
+                                                        : std::move(pending.oldValue),
                                     .indexes = isIndexed ? frame.indexes : nullptr,
-                                    .isPrior = newValues == nullptr};
-  if (newValues != nullptr && (observation.options & NSKeyValueObservingOptionNew) != 0)
+                                    .isPrior = isPrior};
+  if (!isPrior && (observation.options & NSKeyValueObservingOptionNew) != 0)
     entries.newValue = newValues->of(pending);
   teller.tell(observation, root, std::move(entries));
 }

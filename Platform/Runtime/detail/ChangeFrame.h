@@ -32,6 +32,7 @@ struct ChangeFrame {
   NSKeyValueChange kind = NSKeyValueChangeSetting;
   Ref<NSIndexSet> indexes{};
   bool isByHand = false;  ///< Ended by key, not by its guard.
+  int exceptions = 0;     ///< Under way in the thread when its guard was made.
   std::vector<Pending> pending{};
 };
 
