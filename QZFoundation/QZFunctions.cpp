@@ -33,7 +33,7 @@ Ref<NSString> QZApplicationSupportSubPath() {
 Ref<NSString> QZCacheDirectory() {
   const auto path = NSHomeDirectory()->stringByAppendingPathComponent(
       NSString::stringWithFormat("Library/Caches/%@"_ns, detail::applicationName()));
-  NSFileManager* const manager = currentThreadFileManager();
+  const Ref<NSFileManager> manager = currentThreadFileManager();
   if (!manager->fileExistsAtPath(path))
     createDirectoryAtPath_attributes_createParents(manager, path, nullptr, true);
   return path;

@@ -118,7 +118,9 @@ bool detail::isCurrentThread(const NSThread* thread) noexcept { return thread ==
 
 NSRunLoop* detail::mainLoop() {
   NSRunLoop* loop = theMainLoop.load(std::memory_order_acquire);
-  return loop != nullptr ? loop : NSThread::mainThread()->runLoop().get();
+  // Kept by its thread, which is kept for ever.
+  if (loop == nullptr) loop = NSThread::mainThread()->runLoop().get();
+  return loop;
 }
 
 NSThread::NSThread() = default;

@@ -9,11 +9,9 @@ namespace qz::detail {
 NSObject* keepForEver(Ref<NSObject> object) {
   static auto* const mutex = new std::mutex;
   static auto* const kept = new std::vector<Ref<NSObject>>;
-  NSObject* const answer = object.get();
-  if (answer == nullptr) return nullptr;
+  if (!object) return nullptr;
   const std::lock_guard lock(*mutex);
-  kept->push_back(std::move(object));
-  return answer;
+  return kept->emplace_back(std::move(object));
 }
 
 }  // namespace qz::detail
