@@ -26,6 +26,7 @@ class DigitReader {
   explicit DigitReader(std::u16string_view text) noexcept : rest_(text) {}
 
   std::optional<std::int32_t> next() noexcept {
+    if (const auto plain = nextPlain()) return plain;
     skipBlanks();
     if (rest_.empty()) return std::nullopt;
     const bool isSigned = rest_[0] == u'-' || rest_[0] == u'+';
@@ -47,6 +48,22 @@ class DigitReader {
   }
 
  private:
+  // Nearly every digit: a few figures, and then a point or the end.
+  std::optional<std::int32_t> nextPlain() noexcept {
+    constexpr std::size_t longest = 9;  // that surely fits
+    std::int32_t value = 0;
+    std::size_t length = 0;
+    for (; length < rest_.size() && length < longest; ++length) {
+      const int figure = rest_[length] - u'0';
+      if (figure < 0 || figure > 9) break;
+      value = value * 10 + figure;
+    }
+    const bool isLast = length == rest_.size();
+    if (length == 0 || (!isLast && rest_[length] != u'.')) return std::nullopt;
+    rest_.remove_prefix(length + (isLast ? 0 : 1));
+    return value;
+  }
+
   void skipBlanks() noexcept {
     while (!rest_.empty() && detail::isBlank(rest_[0])) rest_.remove_prefix(1);
   }
