@@ -13,7 +13,10 @@
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSDictionary.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/System/detail/BundlePlaces.h"
 #include "Platform/System/detail/OldStylePropertyList.h"
+#include "QZFoundation/QZIndexMap.h"
 #include "QZFoundation/detail/LibraryBundle.h"
 #include "tests/support/SourceTree.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -113,6 +116,14 @@ TEST_F(LibraryMessages, AreFoundByTheUsersLanguage) {
   EXPECT_EQ(NSBundle::bundleWithIdentifier(detail::libraryBundleIdentifier), bundle);
   EXPECT_TRUE(equal(bundle->objectForInfoDictionaryKey("CFBundleName"_ns), "QZFoundation"_ns));
   EXPECT_TRUE(bundle->objectForInfoDictionaryKey("CFBundleVersion"_ns));
+  // A class belongs where it was described: in the library, unless the program has that inside it.
+  class Own : public Derives<Own, NSObject> {
+   public:
+    static void describe(ClassDescription<Own>& is) { is.named("QZClassOfTheTests"); }
+  };
+  EXPECT_EQ(NSBundle::bundleForClass(classOf<Own>()), NSBundle::mainBundle());
+  EXPECT_EQ(NSBundle::bundleForClass(classOf<QZIndexMap>()) == bundle,
+            detail::libraryAt(classOf<QZIndexMap>()->name().data()).has_value());
 
   NSString* const key = "Source file does not exist"_ns;
   EXPECT_EQ(message("de_AT", key), "Die Ausgangsdatei existiert nicht");
