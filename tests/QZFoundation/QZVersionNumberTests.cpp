@@ -143,14 +143,14 @@ std::string digitsByScanner(NSString* text) {
 TEST(QZVersionNumber, ReadsAsAScannerDoes) {
   std::mt19937 random(7);
   const std::u16string_view units = u"0129..ab-+ \t\n\u00A0\u2003\u200B\u0660x";
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 5000; ++i) {
     std::u16string text;
     for (auto left = random() % 9; left > 0; --left) text += units[random() % units.size()];
     const auto string = NSString::stringWithCharacters(text);
     ASSERT_EQ(digits(QZVersionNumber::versionWithString(string)), digitsByScanner(string))
         << "\"" << string << "\"";
   }
-  for (char32_t unit = 1; unit < 0x10000; ++unit) {
+  for (char32_t unit = 1; unit < 0x10000; unit += unit < 0x3100 ? 1 : 61) {
     const auto string =
         NSString::stringWithCharacters(std::u16string{u'1', static_cast<char16_t>(unit), u'2'});
     ASSERT_EQ(digits(QZVersionNumber::versionWithString(string)), digitsByScanner(string))
