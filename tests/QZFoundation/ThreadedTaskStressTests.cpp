@@ -1,5 +1,6 @@
-// Tasks, observers and progress all at once: for the thread sanitizer. A second and two workers by
-// default; QZ_STRESS_SECONDS=120 and QZ_STRESS_WORKERS=8 make it a long run.
+// Tasks, observers, progress and proxies all at once: for the thread sanitizer. A second and two
+// workers by default; QZ_STRESS_SECONDS=120, QZ_STRESS_WORKERS=8 and QZ_STRESS_UPDATES=10000000 (at
+// least so many) make it a long run.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Values/NSDate.h"
 #include "QZFoundation/QZThreadedTask.h"
+#include "QZFoundation/XJMainThreadProxy.h"
 #include "tests/support/Observers.h"
 
 namespace qz::test {
@@ -78,6 +80,7 @@ class Busy : public Derives<Busy, QZThreadedTask> {
 
 TEST(ThreadedTaskStress, TasksObserversAndProgress) {
   const int workers = setting("QZ_STRESS_WORKERS", 2);
+  const int updates = setting("QZ_STRESS_UPDATES", 1);
   const auto end = NSDate::dateWithTimeIntervalSinceNow(setting("QZ_STRESS_SECONDS", 1));
   NSRunLoop* const loop = NSRunLoop::mainRunLoop();
   Totals totals;
@@ -97,18 +100,27 @@ TEST(ThreadedTaskStress, TasksObserversAndProgress) {
         ++totals.started;
         task->start();
         if (random() % 3 == 0) task->abort();
+        const auto asking = mainThreadProxy(task);
+        const auto posting = mainThreadProxyAsync(task);
+        send<void>(posting, "updateKnowsPercentComplete:"_sel, true);
+        if (random() % 16 == 0) send<bool>(asking, "canAbort"_sel);
         while (totals.started - totals.completed > 2 * workers && !isOver)
           std::this_thread::yield();
         // The main thread may be in the middle of telling what is taken off now, and what the
         // function uses is gone after it: so this is done there.
         callOnMainThread([&] { token.invalidate(); });
+        // The task may end at any moment now, and its proxies outlive it.
+        task = nullptr;
+        send<void>(posting, "abort"_sel);
+        if (random() % 16 == 0) send<Ref<NSString>>(asking, "progressMessage"_sel);
       }
       --running;
       loop->perform([] {});
     });
   while (running > 0 || totals.completed < totals.started) {
     loop->runMode_beforeDate(NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceNow(0.05));
-    if (NSDate::date()->compare(end) != NSOrderedAscending) isOver = true;
+    if (NSDate::date()->compare(end) != NSOrderedAscending && totals.updates >= updates)
+      isOver = true;
   }
   for (std::thread& each : threads) each.join();
   EXPECT_GT(totals.started, 0);
@@ -116,6 +128,7 @@ TEST(ThreadedTaskStress, TasksObserversAndProgress) {
   EXPECT_EQ(totals.disorder, 0);
   EXPECT_EQ(totals.lastMissing, 0);
   RecordProperty("updates", std::to_string(totals.updates));
+  RecordProperty("tasks", totals.started);
 }
 
 }  // namespace
