@@ -13,6 +13,7 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/System/detail/NotifyQueue.h"
 #include "QZFoundation/QZDisk.h"
 #include "QZFoundation/XJKQueue.h"
 #include "QZFoundation/detail/PolledPaths.h"
@@ -136,27 +137,10 @@ void QZFileWatcher::watchPathUsingTimer() {
   detail::PolledPaths::shared().add(watchingPath_->UTF8String(), &startPolling);
 }
 
-// File systems that other machines change, or that make their files up, say nothing of it.
 bool QZFileWatcher::kernelTellsAll() const {
   struct statfs is {};
   if (::statfs(watchingPath_->UTF8String().c_str(), &is) != 0) return false;
-  switch (static_cast<std::uint32_t>(is.f_type)) {
-    case 0x6969:      // nfs
-    case 0xFF534D42:  // cifs
-    case 0xFE534D42:  // smb2
-    case 0x517B:      // smb
-    case 0x65735546:  // fuse
-    case 0x01021997:  // 9p
-    case 0x5346414F:  // afs
-    case 0x00C36400:  // ceph
-    case 0x9FA0:      // proc
-    case 0x62656572:  // sysfs
-    case 0x64626720:  // debugfs
-    case 0x63677270:  // cgroup2
-      return false;
-    default:
-      return true;
-  }
+  return detail::isToldOfChanges(static_cast<std::uint32_t>(is.f_type));
 }
 
 void QZFileWatcher::fileDidChange(NSNotification* notification) {

@@ -13,6 +13,7 @@
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZThreadedTask.h"
+#include "QZFoundation/QZTreeWatcher.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/QZWordSeparator.h"
 #include "QZFoundation/XJKQueue.h"
@@ -48,6 +49,8 @@ void registerQZFoundation() {
   detail::registerXJMainThreadProxy();
   classOf<XJKQueue>();
   classOf<QZFileWatcher>();
+  classOf<QZTreeChange>();
+  classOf<QZTreeWatcher>();
   classOf<QZVersionNumber>();
   classOf<QZDisk>();
   detail::registerNSFileManagerQZVolumes();

@@ -71,6 +71,8 @@ const std::vector<int>& troubles(SystemCall kind) {
       {GetAttribute, {ENODATA, EIO, EPERM}},
       {SetAttribute, {EOPNOTSUPP, ENOSPC, EPERM, EDQUOT}},
       {Access, {EACCES}},
+      {OpenQueue, {EMFILE, ENFILE, ENOMEM}},
+      {AddWatch, {ENOSPC, ENOMEM, EACCES}},
   };
   static const std::vector<int> none;
   const auto found = table.find(kind);

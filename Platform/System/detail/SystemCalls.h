@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <sys/inotify.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -50,6 +51,8 @@ enum class SystemCall : std::uint8_t {
   SetAttribute,
   RemoveAttribute,
   Access,
+  OpenQueue,
+  AddWatch,
 };
 
 /// What a test puts before the system. Called by whichever thread makes the call, several at a
@@ -253,6 +256,16 @@ inline ssize_t getxattr(const char* path, const char* name, void* value, std::si
 inline int setxattr(const char* path, const char* name, const void* value, std::size_t size) {
   return made(SystemCall::SetAttribute, path,
               [&] { return ::setxattr(path, name, value, size, 0); });
+}
+
+// News of files -----------------------------------------------------------------------------------
+
+inline int inotify_init1(int flags) {
+  return made(SystemCall::OpenQueue, "", [&] { return ::inotify_init1(flags); });
+}
+
+inline int inotify_add_watch(int queue, const char* path, std::uint32_t mask) {
+  return made(SystemCall::AddWatch, path, [&] { return ::inotify_add_watch(queue, path, mask); });
 }
 
 }  // namespace qz::detail::os

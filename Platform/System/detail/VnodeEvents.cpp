@@ -1,13 +1,7 @@
 #include "Platform/System/detail/VnodeEvents.h"
 
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/inotify.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 namespace qz::detail {
@@ -27,21 +21,12 @@ std::uint32_t kernelMask(std::uint32_t kinds) noexcept {
 }  // namespace
 
 std::unique_ptr<VnodeEvents> VnodeEvents::open() {
-  const int notify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-  if (notify < 0) return nullptr;
-  const int wake = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-  if (wake < 0) {
-    const int error = errno;
-    ::close(notify);
+  NotifyQueue queue;
+  if (const int error = queue.open(); error != 0) {
     errno = error;
     return nullptr;
   }
-  return std::unique_ptr<VnodeEvents>(new VnodeEvents(notify, wake));
-}
-
-VnodeEvents::~VnodeEvents() {
-  ::close(notify_);
-  ::close(wake_);
+  return std::unique_ptr<VnodeEvents>(new VnodeEvents(std::move(queue)));
 }
 
 VnodeEvents::Known VnodeEvents::look(const std::string& path) noexcept {
@@ -57,7 +42,7 @@ VnodeEvents::Watch VnodeEvents::add(const std::string& path, std::uint32_t mask)
   }
   std::lock_guard lock(mutex_);
   // Another watch on the same file keeps what it asked for.
-  const int number = ::inotify_add_watch(notify_, path.c_str(), kernelMask(mask) | IN_MASK_ADD);
+  const int number = queue_.add(path.c_str(), kernelMask(mask) | IN_MASK_ADD);
   if (number < 0) return 0;
   const Watch watch = ++last_;
   // What was watched may have been replaced since: then it was deleted, which is on its way here.
@@ -77,7 +62,7 @@ void VnodeEvents::remove(Watch watch) {
   std::erase(sharing, watch);
   if (!sharing.empty()) return;
   byNumber_.erase(number);
-  if (::inotify_rm_watch(notify_, number) == 0) ++retired_[number];
+  if (queue_.remove(number)) ++retired_[number];
 }
 
 bool VnodeEvents::has(Watch watch) {
@@ -85,19 +70,8 @@ bool VnodeEvents::has(Watch watch) {
   return entries_.contains(watch);
 }
 
-void VnodeEvents::wake() noexcept {
-  const std::uint64_t one = 1;
-  [[maybe_unused]] const auto bytes = ::write(wake_, &one, sizeof one);
-}
-
 std::vector<VnodeEvents::Event> VnodeEvents::wait(std::chrono::milliseconds longest) {
-  pollfd ready[] = {{notify_, POLLIN, 0}, {wake_, POLLIN, 0}};
-  if (::poll(ready, 2, static_cast<int>(longest.count())) <= 0) return {};
-  if (ready[1].revents != 0) {
-    std::uint64_t count = 0;
-    [[maybe_unused]] const auto bytes = ::read(wake_, &count, sizeof count);
-  }
-  if (ready[0].revents == 0) return {};
+  if (!queue_.wait(static_cast<int>(longest.count()))) return {};
   std::lock_guard lock(mutex_);
   readOnce();
   // A renaming that explains a lost name is queued by now; a busy queue is not drained for ever.
@@ -109,18 +83,12 @@ std::vector<VnodeEvents::Event> VnodeEvents::wait(std::chrono::milliseconds long
 }
 
 bool VnodeEvents::readOnce() {
-  alignas(inotify_event) char buffer[16 * 1024];
-  const ssize_t size = ::read(notify_, buffer, sizeof buffer);
-  for (ssize_t at = 0; at < size;) {
-    inotify_event event;
-    std::memcpy(&event, buffer + at, sizeof event);
-    at += static_cast<ssize_t>(sizeof event + event.len);
-    if ((event.mask & IN_Q_OVERFLOW) != 0)
+  return queue_.read([&](const NotifyQueue::Notice& notice) {
+    if ((notice.bits & IN_Q_OVERFLOW) != 0)
       lost();
     else
-      take(event.wd, event.mask, event.len != 0);
-  }
-  return size > 0;
+      take(notice.number, notice.bits, !notice.name.empty());
+  });
 }
 
 void VnodeEvents::take(int number, std::uint32_t bits, bool isOfMember) {

@@ -11,7 +11,10 @@
 #include <mutex>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
+
+#include "Platform/System/detail/NotifyQueue.h"
 
 namespace qz::detail {
 
@@ -44,11 +47,10 @@ class VnodeEvents {
 
   /// Null and `errno` when the system has no descriptor to give.
   static std::unique_ptr<VnodeEvents> open();
-  ~VnodeEvents();
   VnodeEvents(const VnodeEvents&) = delete;
   VnodeEvents& operator=(const VnodeEvents&) = delete;
 
-  int descriptor() const noexcept { return notify_; }
+  int descriptor() const noexcept { return queue_.descriptor(); }
 
   /// Watches what is at `path` now for the kinds in `mask`; links are followed. 0 and `errno` when
   /// it cannot be watched.
@@ -65,7 +67,7 @@ class VnodeEvents {
   std::vector<Event> wait(std::chrono::milliseconds longest);
 
   /// Ends the wait in progress, or else the next one.
-  void wake() noexcept;
+  void wake() noexcept { queue_.wake(); }
 
  private:
   /// What is known of a file, to tell what has changed.
@@ -93,7 +95,7 @@ class VnodeEvents {
     bool isRenamed = false;  // so its path says nothing about it
   };
 
-  VnodeEvents(int notify, int wake) noexcept : notify_(notify), wake_(wake) {}
+  explicit VnodeEvents(NotifyQueue queue) noexcept : queue_(std::move(queue)) {}
 
   static Known look(const std::string& path) noexcept;
   bool readOnce();
@@ -105,8 +107,7 @@ class VnodeEvents {
   void lost();
   void forgetNumber(int number);
 
-  const int notify_;
-  const int wake_;
+  NotifyQueue queue_;
 
   std::mutex mutex_;  // guards what follows
   Watch last_ = 0;

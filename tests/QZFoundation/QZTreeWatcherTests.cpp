@@ -1,0 +1,326 @@
+#include "QZFoundation/QZTreeWatcher.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/Concurrency/NSRunLoop.h"
+#include "Platform/Concurrency/NSThread.h"
+#include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/Send.h"
+#include "Platform/Values/NSError.h"
+#include "tests/support/FaultySystem.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class TreeDelegate : public Derives<TreeDelegate, NSObject> {
+ public:
+  static void describe(ClassDescription<TreeDelegate>& is) {
+    is.named("TreeDelegate").method<&TreeDelegate::changed>("treeWatcher:didDetectChanges:");
+  }
+  void changed(QZTreeWatcher* watcher, NSArray* changes) {
+    EXPECT_TRUE(NSThread::isMainThread());
+    told += to_string(watcher->path()) + " " + to_string(changes->objectAtIndex(0)) + ";";
+  }
+  std::string told;
+};
+
+int watchingThreads() {
+  int found = 0;
+  for (const auto& task : fs::directory_iterator("/proc/self/task")) {
+    std::string name;
+    std::getline(std::ifstream(task.path() / "comm"), name);
+    found += name == "QZTreeWatcher" ? 1 : 0;
+  }
+  return found;
+}
+
+class QZTreeWatcherTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(NSThread::isMainThread()); }
+  void watch(QZTreeWatcherOptions options = {}) {
+    watcher = QZTreeWatcher::initWithPath(
+        ns(directory.path()),
+        [this](NSArray* changes) {
+          EXPECT_TRUE(NSThread::isMainThread());
+          if (listener) listener(changes);
+        },
+        options);
+    ASSERT_NE(watcher, nullptr);
+  }
+  /// Serves the main thread until it is so.
+  static bool served(const std::function<bool()>& isSo) {
+    const auto limit = NSDate::dateWithTimeIntervalSinceNow(20);
+    while (!isSo() && limit->timeIntervalSinceNow() > 0)
+      NSRunLoop::mainRunLoop()->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.005));
+    return isSo();
+  }
+  const TemporaryDirectory directory = TemporaryDirectory::inMemory();
+  Ref<QZTreeWatcher> watcher;
+  std::function<void(NSArray*)> listener;
+};
+
+TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
+  Ref<NSError> error;
+  EXPECT_EQ(QZTreeWatcher::initWithPath_error("/no/such/folder"_ns, &error), nullptr);
+  EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_EQ(to_string(error->localizedDescription()),
+            "The directory /no/such/folder could not be read");
+  EXPECT_EQ(QZTreeWatcher::initWithPath_error(nullptr, nullptr), nullptr);
+
+  watch({.latency = 0});
+  auto delegate = make<TreeDelegate>();
+  watcher->setDelegate(delegate);
+  EXPECT_EQ(watcher->delegate(), delegate);
+  const std::string top = directory.path();
+  fs::create_directory(top + "/a");
+  ASSERT_TRUE(served([&] { return !delegate->told.empty(); }));
+  EXPECT_EQ(delegate->told, top + " created " + top + "/a;");
+  delegate->told.clear();
+  // A listener that fails ends nothing.
+  listener = [&](NSArray*) {
+    listener = nullptr;
+    NSException::raise_reason(NSGenericException, "a failing listener"_ns);
+  };
+  fs::rename(top + "/a", top + "/b");
+  ASSERT_TRUE(served([&] { return listener == nullptr; }));
+  fs::rename(top + "/b", top + "/\xFF");
+  ASSERT_TRUE(served([&] { return !delegate->told.empty(); }));
+  EXPECT_EQ(delegate->told, top + " deleted renamed " + top + "/b (" + top + "/\uFFFD);");
+  EXPECT_EQ(watcher->error(), nullptr);
+}
+
+TEST_F(QZTreeWatcherTest, CollectsForAWhile) {
+  watch({.latency = 0.3, .namesToLeaveOut = NSArray::arrayWithObjects({"*.tmp"_ns})});
+  std::vector<std::string> told;
+  listener = [&](NSArray* changes) {
+    for (NSObject* each : *changes) told.push_back(to_string(each));
+  };
+  const auto start = NSDate::date();
+  const std::string path = directory.write("b", "1");
+  directory.write("a", "1");
+  directory.write("brief", "1");
+  directory.write("x.tmp", "1");
+  NSThread::sleepForTimeInterval(0.02);
+  directory.write("b", "22");
+  fs::remove(directory.path() + "/brief");
+  ASSERT_TRUE(served([&] { return !told.empty(); }));
+  EXPECT_GE(-start->timeIntervalSinceNow(), 0.3);
+  EXPECT_EQ(told, (std::vector<std::string>{"created " + directory.path() + "/a",
+                                            "created " + directory.path() + "/b"}));
+}
+
+TEST_F(QZTreeWatcherTest, MayEndAnywhere) {
+  watch({.latency = 0});
+  int calls = 0;
+  listener = [&](NSArray*) {
+    ++calls;
+    watcher = nullptr;
+    directory.write("b", "");
+  };
+  directory.write("a", "");
+  ASSERT_TRUE(served([&] { return calls != 0 && watchingThreads() == 0; }));
+  watch({.latency = 0});
+  directory.write("c", "");
+  std::thread([&] { watcher = nullptr; }).join();
+  const auto start = NSDate::date();
+  ASSERT_TRUE(served([&] { return watchingThreads() == 0; }));
+  EXPECT_LT(-start->timeIntervalSinceNow(), 3);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(QZTreeWatcherTest, SaysWhatItMustPoll) {
+  FaultySystem system;
+  system.failAll(SystemCall::AddWatch, ENOSPC);
+  watch({.latency = 0, .pollInterval = 0.02});
+  EXPECT_EQ(watcher->polledFolders(), 1u);
+  EXPECT_EQ(watcher->error()->code(), ENOSPC);
+  EXPECT_EQ(to_string(watcher->error()->localizedDescription()),
+            "Some folders in " + directory.path() +
+                " cannot be watched and are checked regularly instead");
+  bool isTold = false;
+  listener = [&](NSArray*) { isTold = true; };
+  directory.write("a", "");
+  EXPECT_TRUE(served([&] { return isTold; }));
+  system.heal();
+  EXPECT_TRUE(served([&] { return watcher->polledFolders() == 0; }));
+  EXPECT_EQ(watcher->error(), nullptr);
+}
+
+/// What somebody knows who has nothing but what the watcher tells: of each path its contents, or
+/// "/" for a folder. Files are read when they are told to be new or changed, and taken along when
+/// they are told to be renamed and nothing else.
+class Knowledge {
+ public:
+  struct File {
+    std::string contents;
+    ino_t inode = 0;  // of the file that was read, which may have been another one by then
+  };
+  using Files = std::map<std::string, File>;
+
+  void apply(NSArray* changes) {
+    const Files before = known;
+    std::string last;
+    for (NSObject* each : *changes) {
+      auto* change = as<QZTreeChange>(each);
+      const std::string path = change->path()->UTF8String();
+      EXPECT_LT(std::exchange(last, path), path);
+      EXPECT_EQ(before.count(path), change->isCreated() ? 0u : 1u) << to_string(change);
+      const std::string other = change->otherPath() ? change->otherPath()->UTF8String() : "";
+      EXPECT_TRUE(change->isDeleted() || other.empty() || before.count(other) == 1)
+          << to_string(change);
+      if (change->isDeleted())
+        known.erase(path);
+      else if (change->kinds() != QZTreeChangeAttributes)
+        known[path] = read(path);
+      if (change->kinds() != (QZTreeChangeCreated | QZTreeChangeRenamed)) continue;
+      const File& old = before.at(other);
+      if (old.inode == known[path].inode) known[path] = old;
+    }
+  }
+  static Files listing(const std::string& top) {
+    Files all;
+    for (const auto& each : fs::recursive_directory_iterator(top)) {
+      const std::string path = each.path().string();
+      all[path] = read(path);
+    }
+    return all;
+  }
+  std::string differences(const Files& listing) const {
+    std::string all;
+    for (const auto& [path, file] : listing)
+      if (known.count(path) == 0) all += "not told: " + path + '\n';
+    for (const auto& [path, file] : known)
+      if (listing.count(path) == 0)
+        all += "not there: " + path + '\n';
+      else if (listing.at(path).contents != file.contents)
+        all += path + ": " + listing.at(path).contents + ", not " + file.contents + '\n';
+    return all;
+  }
+  Files known;
+
+ private:
+  static File read(const std::string& path) {
+    struct stat is {};
+    const int file = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW);
+    if (file < 0) return {::lstat(path.c_str(), &is) == 0 ? "link" : "", is.st_ino};
+    ::fstat(file, &is);
+    char text[16] = "/";
+    const ssize_t size = S_ISDIR(is.st_mode) ? 1 : ::read(file, text, sizeof text);
+    ::close(file);
+    return {std::string(text, static_cast<std::size_t>(size)), is.st_ino};
+  }
+};
+
+/// Random operations in a tree, and between it and a folder outside.
+class Disorder {
+ public:
+  Disorder(std::string top, std::string outside, unsigned seed)
+      : top_(std::move(top)), outside_(std::move(outside)), random_(seed) {}
+
+  void step() {
+    std::error_code ignored;
+    const std::string path = anyPath();
+    switch (random_() % 12) {
+      case 0:
+      case 1:
+        fs::create_directories(path + "/" + name() + "/" + name(), ignored);
+        [[fallthrough]];
+      case 2:
+      case 3:
+      case 4:
+        write(path + "/" + name());
+        break;
+      case 5:
+        write(path);
+        break;
+      case 6:
+      case 7:
+        ::rename(path.c_str(), anyPath().c_str());
+        break;
+      case 8:
+        ::rename(path.c_str(), (outside_ + "/" + name()).c_str());
+        break;
+      case 9:
+        ::rename((outside_ + "/" + name()).c_str(), path.c_str());
+        break;
+      case 10:
+        if (random_() % 2 == 0) fs::remove_all(path, ignored);
+        break;
+      default:
+        if (random_() % 2 == 0)
+          ::symlink(top_.c_str(), path.c_str());
+        else
+          ::chmod(path.c_str(), 0700 + static_cast<mode_t>(random_() % 8));
+    }
+  }
+
+ private:
+  std::string name() { return std::string(1, static_cast<char>('a' + random_() % 4)); }
+  std::string anyPath() {
+    std::string path = top_;
+    for (unsigned depth = 1 + static_cast<unsigned>(random_() % 4); depth > 0; --depth)
+      path += "/" + name();
+    return path;
+  }
+  void write(const std::string& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW, 0600);
+    if (file < 0) return;
+    const std::string text = std::to_string(++written_);
+    EXPECT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ::close(file);
+  }
+
+  const std::string top_;
+  const std::string outside_;
+  std::mt19937 random_;
+  int written_ = 0;
+};
+
+// For two minutes when QZ_STRESS_SECONDS=120 says so.
+TEST_F(QZTreeWatcherTest, WhoAppliesWhatIsToldHasWhatIsThere) {
+  const TemporaryDirectory outside = TemporaryDirectory::inMemory();
+  const char* stress = std::getenv("QZ_STRESS_SECONDS");
+  const unsigned seed = stress != nullptr ? std::random_device()() : 1;
+  const auto end = NSDate::dateWithTimeIntervalSinceNow(stress ? std::atof(stress) : 1.0);
+  Disorder disorder(directory.path(), outside.path(), seed);
+  watch({.latency = 0.004});
+  Knowledge knowledge;
+  listener = [&](NSArray* changes) { knowledge.apply(changes); };
+  do {
+    std::atomic<bool> isDone{false};
+    std::thread other([&] {
+      for (int i = 0; i < 300; ++i) {
+        disorder.step();
+        if (i % 16 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+      isDone = true;
+    });
+    served([&] { return isDone.load(); });
+    other.join();
+    const auto listing = Knowledge::listing(directory.path());
+    ASSERT_TRUE(served([&] { return knowledge.differences(listing).empty(); }))
+        << "seed " << seed << '\n'
+        << knowledge.differences(listing);
+  } while (end->timeIntervalSinceNow() > 0 && !HasFailure());
+}
+
+}  // namespace
+}  // namespace qz::test
