@@ -174,6 +174,7 @@ class Knowledge {
     ino_t inode = 0;  // of the file that was read, which may have been another one by then
   };
   using Files = std::map<std::string, File>;
+  explicit Knowledge(Files files) : known(std::move(files)) {}
 
   void apply(NSArray* changes) {
     const Files before = known;
@@ -196,7 +197,7 @@ class Knowledge {
     }
   }
   static Files listing(const std::string& top) {
-    Files all;
+    Files all{{top, read(top)}};
     for (const auto& each : fs::recursive_directory_iterator(top)) {
       const std::string path = each.path().string();
       all[path] = read(path);
@@ -302,7 +303,7 @@ TEST_F(QZTreeWatcherTest, WhoAppliesWhatIsToldHasWhatIsThere) {
   const auto end = NSDate::dateWithTimeIntervalSinceNow(stress ? std::atof(stress) : 1.0);
   Disorder disorder(directory.path(), outside.path(), seed);
   watch({.latency = 0.004});
-  Knowledge knowledge;
+  Knowledge knowledge(Knowledge::listing(directory.path()));
   listener = [&](NSArray* changes) { knowledge.apply(changes); };
   do {
     std::atomic<bool> isDone{false};

@@ -10,8 +10,9 @@ void TreeChanges::come(const std::string& path, bool isFolder, std::string origi
   entry.is = true;
   entry.isFolder = isFolder;
   entry.kinds = kinds;
-  entry.isNew = !(entry.was && origin == path);
-  entry.origin = entry.isNew ? std::move(origin) : std::string();
+  entry.isNew = true;
+  entry.origin = std::move(origin);
+  settleIfBack(path, entry);
 }
 
 void TreeChanges::gone(const std::string& path, bool isFolder) {
@@ -42,12 +43,17 @@ void TreeChanges::merge(TreeChanges later) {
   for (auto& [path, entry] : later.entries_) {
     const auto [at, isFirst] = entries_.try_emplace(path, entry);
     if (!isFirst) add(at->second, std::move(entry));
-    if (at->second.was && at->second.origin == path) {
-      at->second.isNew = false;  // back where it was
-      at->second.origin.clear();
-    }
+    settleIfBack(path, at->second);
     if (!at->second.was && !at->second.is) entries_.erase(at);
   }
+}
+
+// Who tried to read it while it was away must be told again.
+void TreeChanges::settleIfBack(const std::string& path, Entry& entry) {
+  if (!entry.was || entry.origin != path) return;
+  entry.isNew = false;
+  entry.origin.clear();
+  entry.kinds |= treeChanged;
 }
 
 void TreeChanges::add(Entry& entry, Entry later) {

@@ -12,7 +12,7 @@ namespace qz::detail {
 /// Kinds of changes, as bits.
 enum TreeChangeKind : std::uint32_t {
   treeCreated = 0x01,     ///< The path is there and was not.
-  treeChanged = 0x02,     ///< Contents changed, or another file has the name now.
+  treeChanged = 0x02,     ///< Contents changed, or the name was another file's or free meanwhile.
   treeDeleted = 0x04,     ///< The path was there and is not.
   treeRenamed = 0x08,     ///< What is there was elsewhere in the tree, or what was there is.
   treeAttributes = 0x10,  ///< Mode, owner, times or the number of links changed.
@@ -67,6 +67,7 @@ class TreeChanges {
   using Entries = std::map<std::string, Entry>;
 
   static void add(Entry& entry, Entry later);
+  static void settleIfBack(const std::string& path, Entry& entry);
   static std::uint32_t kindsOf(const Entry& entry) noexcept;
 
   Entries entries_;

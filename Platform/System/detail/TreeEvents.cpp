@@ -104,13 +104,15 @@ void TreeEvents::note(Folder& folder, const NotifyQueue::Notice& notice) {
   if ((notice.bits & IN_MOVED_FROM) != 0) {
     Touch& moving = moving_[notice.cookie] = touched;
     if (touched.contents == Contents::original) {
-      const bool isKnown = folder.entries.contains(notice.name);
+      const auto known = folder.entries.find(notice.name);
+      const bool isKnown = known != folder.entries.end();
       moving.contents = isKnown ? Contents::moved : Contents::fresh;
       if (isKnown) moving.origin = pathOf(folder, notice.name);
+      if (isKnown) moving.inode = known->second.inode;
     }
   }
   const bool wasReplaced = touched.wasReplaced || (notice.bits & (IN_DELETE | IN_MOVED_FROM)) != 0;
-  touched = Touch{Contents::fresh, 0, wasReplaced, {}};
+  touched = Touch{Contents::fresh, 0, wasReplaced, 0, {}};
   if ((notice.bits & IN_MOVED_TO) == 0) return;
   const auto moved = moving_.find(notice.cookie);
   if (moved == moving_.end()) return;  // from outside
@@ -223,7 +225,7 @@ void TreeEvents::list(Folder& folder, int directory, ByName<Touch>& touches) {
     if (folder.hasStamps || entry->type == DT_UNKNOWN)
       lookAt(folder, directory, name, touch);
     else
-      isThere(folder, directory, name, {entry->inode, 0, entry->type == DT_DIR}, touch, true);
+      isThere(folder, directory, name, {entry->inode, 0, entry->type == DT_DIR}, touch);
     if (const auto known = folder.entries.find(name); known != folder.entries.end())
       known->second.listing = listing;
   }
@@ -247,8 +249,7 @@ void TreeEvents::lookAt(Folder& folder, int directory, const std::string& name,
     const bool isFolder = S_ISDIR(is.stx_mode);
     // A folder's times change with the names in it, which are told by themselves.
     const std::uint64_t stamp = folder.hasStamps && !isFolder ? stampOf(is) : 0;
-    isThere(folder, directory, name, {static_cast<ino_t>(is.stx_ino), stamp, isFolder}, touched,
-            folder.hasStamps);
+    isThere(folder, directory, name, {static_cast<ino_t>(is.stx_ino), stamp, isFolder}, touched);
   } else if (isMissingFile(errno)) {
     isMissing(folder, name);
   } else if (isShortage(errno)) {
@@ -258,7 +259,7 @@ void TreeEvents::lookAt(Folder& folder, int directory, const std::string& name,
 }
 
 void TreeEvents::isThere(Folder& folder, int directory, const std::string& name, const Found& found,
-                         const Touch& touched, bool isListed) {
+                         const Touch& touched) {
   const auto [at, isNew] = folder.entries.try_emplace(name);
   Entry& entry = at->second;
   const Entry before = entry;
@@ -266,20 +267,26 @@ void TreeEvents::isThere(Folder& folder, int directory, const std::string& name,
   entry.stamp = found.stamp;
   entry.isFolder = found.isFolder;
   const std::string path = pathOf(folder, name);
-  const bool hasSameInode = before.inode == found.inode;
-  // News of what was listed already come late, and mean the same file.
+  // Names are looked at when there may be more news of them to come: those of what has been seen
+  // already mean the same file still, and those of what was there before mean another one.
   const bool isSame =
       !isNew && before.isFolder == found.isFolder &&
-      ((found.isFolder && options_.deep) || (hasSameInode && !touched.wasReplaced) ||
-       (touched.contents == Contents::original && !isListed) || touched.origin == path);
-  if (isSame) {
+      ((found.isFolder && options_.deep) || (before.inode == found.inode && !touched.wasReplaced));
+  const bool isMoved = !touched.origin.empty() && touched.inode == found.inode;
+  const std::string origin = isMoved ? touched.origin : std::string();
+  if (isSame && found.isFolder && touched.wasReplaced && before.child != nullptr) {
+    // What is in it was away, even if it is the same folder: it is put in again below.
+    takeOut(*before.child);
+    changes_->gone(path, true);
+    changes_->come(path, true, origin);
+  } else if (isSame) {
     std::uint32_t kinds = touched.kinds;
     if (before.stamp != found.stamp && before.stamp != 0 && found.stamp != 0) kinds |= treeChanged;
     if (kinds != 0) changes_->touched(path, found.isFolder, kinds);
   } else {
     if (before.child != nullptr && !found.isFolder) takeOut(*before.child);
     if (!isNew) changes_->gone(path, before.isFolder);
-    changes_->come(path, found.isFolder, touched.origin, touched.kinds);
+    changes_->come(path, found.isFolder, origin, touched.kinds);
   }
   if (!found.isFolder) return;
   enter(folder, directory, name, entry);

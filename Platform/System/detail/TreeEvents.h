@@ -92,7 +92,8 @@ class TreeEvents {
     Contents contents = Contents::original;
     std::uint32_t kinds = 0;
     bool wasReplaced = false;
-    std::string origin;  // of what was moved: the path at the beginning
+    ino_t inode = 0;     // of what was moved, as far as is known
+    std::string origin;  // and its path at the beginning
   };
 
   struct NameHash {
@@ -140,7 +141,7 @@ class TreeEvents {
   void list(Folder& folder, int directory, ByName<Touch>& touches);
   void lookAt(Folder& folder, int directory, const std::string& name, const Touch& touch);
   void isThere(Folder& folder, int directory, const std::string& name, const Found& found,
-               const Touch& touch, bool isListed);
+               const Touch& touch);
   void isMissing(Folder& folder, const std::string& name);
   void enter(Folder& in, int directory, const std::string& name, Entry& entry);
   void lookIntoClosed();

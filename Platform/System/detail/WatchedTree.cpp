@@ -15,7 +15,8 @@ namespace qz::detail {
 namespace {
 
 constexpr std::uint32_t ofFolder = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_MODIFY |
-                                   IN_CLOSE_WRITE | IN_ATTRIB | IN_EXCL_UNLINK | IN_ONLYDIR;
+                                   IN_CLOSE_WRITE | IN_ATTRIB | IN_EXCL_UNLINK | IN_ONLYDIR |
+                                   IN_MASK_ADD;  // a second face takes nothing away
 
 }  // namespace
 
