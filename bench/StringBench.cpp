@@ -1,4 +1,8 @@
 // Strings: searching, replacing, joining, splitting, converting, comparing.
+#if defined(QZ_BENCH_FMT)
+#include <fmt/format.h>
+#endif
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -208,14 +212,29 @@ void formatNameAndCount(State& state) {
   repeat(state, 1, [&] { return NSString::stringWithFormat("%@ (%d)"_ns, name, 42); });
 }
 
-void formatWithPrintf(State& state) {
+void formatPlain(State& state) {
   const std::string name = "Untitled document";
+#if defined(QZ_BENCH_FMT)
+  repeat(state, 1, [&] { return fmt::format("{} ({})", name, 42); });
+#else
   repeat(state, 1, [&] {
     char text[128];
     const int length = std::snprintf(text, sizeof text, "%s (%d)", name.c_str(), 42);
     return std::string(text, static_cast<std::size_t>(length));
   });
+#endif
 }
+
+#if defined(QZ_BENCH_FMT)
+constexpr auto formatter = "fmt::format";
+
+void joinWithFmt(State& state) {
+  const std::vector<std::string> names = randomNames(100'000);
+  repeat(state, 1, [&] { return fmt::format("{}", fmt::join(names, ", ")); });
+}
+#else
+constexpr auto formatter = "snprintf";
+#endif
 
 }  // namespace
 
@@ -245,8 +264,11 @@ void compareStrings() {
           &sortInsensitively, &sortPlain);
   compare("CountLines", {"walk 1,000,000 lines", "memchr over bytes", 2}, &countLines,
           &countLinesPlain);
-  compare("Format", {"format \"%@ (%d)\"", "snprintf", 1.5}, &formatNameAndCount,
-          &formatWithPrintf);
+  compare("Format", {"format \"%@ (%d)\"", formatter, 1.5}, &formatNameAndCount,
+          &formatPlain);
+#if defined(QZ_BENCH_FMT)
+  comparePeer("JoinShort", "fmt", &joinWithFmt);
+#endif
 }
 
 }  // namespace qz::bench

@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
   qz::bench::compareFormatters();
   qz::bench::compareSystem();
   qz::bench::comparePropertyLists();
+  qz::bench::compareIcuStrings();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();

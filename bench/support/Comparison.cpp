@@ -116,6 +116,14 @@ void MedianReporter::ReportRuns(const std::vector<Run>& runs) {
   if (!shown.empty()) ConsoleReporter::ReportRuns(shown);
 }
 
+std::vector<std::string> MedianReporter::peersIn(const std::string& family) const {
+  std::vector<std::string> found;
+  for (auto each = nanoseconds_.lower_bound(family + "/");
+       each != nanoseconds_.end() && each->first.starts_with(family + "/"); ++each)
+    found.push_back(each->first.substr(family.size() + 1));
+  return found;
+}
+
 double MedianReporter::median(const std::string& benchmark) const {
   const auto found = nanoseconds_.find(benchmark);
   if (found == nanoseconds_.end()) return 0;
@@ -124,6 +132,21 @@ double MedianReporter::median(const std::string& benchmark) const {
   return sorted[sorted.size() / 2];
 }
 
+namespace {
+
+/// "ICU 5.4, fmt 1.6": the peers that have no column of their own.
+std::string others(const MedianReporter& reporter, const std::string& family, double reference) {
+  std::string text;
+  for (const std::string& peer : reporter.peersIn(family)) {
+    if (peer == "ours" || peer == "reference" || std::ranges::count(peers, peer) != 0) continue;
+    text += (text.empty() ? "" : ", ") + peer + " " +
+            ratio(reporter.median(family + "/" + peer), reference);
+  }
+  return text;
+}
+
+}  // namespace
+
 void printTimes(std::ostream& out, const MedianReporter& reporter) {
   bool first = true;
   for (const auto& [family, row] : rows()) {
@@ -131,15 +154,16 @@ void printTimes(std::ostream& out, const MedianReporter& reporter) {
     const double reference = reporter.median(family + "/reference");
     if (ours == 0 || reference == 0) continue;
     if (std::exchange(first, false))
-      out << "\n| operation | reference | ours | reference takes | ratio | target | Qt | GLib |\n"
-          << "|---|---|--:|--:|--:|--:|--:|--:|\n";
+      out << "\n| operation | reference | ours | reference takes | ratio | target | Qt | GLib | "
+             "others |\n"
+          << "|---|---|--:|--:|--:|--:|--:|--:|---|\n";
     const bool isMissed = row.target != 0 && ours / reference > row.target;
     out << "| " << row.operation << " | " << row.reference << " | " << duration(ours) << " | "
         << duration(reference) << " | " << ratio(ours, reference) << missed(isMissed) << " | "
         << (row.target == 0 ? "" : number("%g", row.target)) << " |";
     for (const std::string& peer : peers)
       out << " " << ratio(reporter.median(family + "/" + peer), reference) << " |";
-    out << "\n";
+    out << " " << others(reporter, family, reference) << " |\n";
   }
 }
 

@@ -65,6 +65,9 @@ class MedianReporter : public benchmark::ConsoleReporter {
   /// Nanoseconds for one operation, the median of all repetitions; 0 when it was not measured.
   double median(const std::string& benchmark) const;
 
+  /// Who was measured in a family: "ours", "reference", and the peers.
+  std::vector<std::string> peersIn(const std::string& family) const;
+
  private:
   std::map<std::string, std::vector<double>> nanoseconds_;
 };

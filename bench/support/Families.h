@@ -21,6 +21,7 @@ void compareFiles();
 void compareFormatters();
 void compareSystem();
 void comparePropertyLists();
+void compareIcuStrings();
 
 // Peers, each there when its library was found.
 void compareQt();
