@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 
+#include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Concurrency/MainThread.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/System/FileProgress.h"
@@ -22,6 +23,21 @@ Ref<NSError> systemError(NSString* path) {
   const auto error = POSIXError_description(errno, nullptr);
   return POSIXError_description(
       error->code(), NSString::stringWithFormat("%@: %@"_ns, path, error->localizedDescription()));
+}
+
+Ref<NSError> endedEarly() {
+  return cocoaError_description(userCancelled, "The work was ended early"_ns);
+}
+
+/// The entries and the folders they are in, whose dates copying changes.
+Ref<NSArray> touchedBy(NSArray* entries) {
+  auto touched = make<NSMutableSet>();
+  for (NSString* each : elements<NSString>(entries)) {
+    touched->addObject(each);
+    const auto folder = each->stringByDeletingLastPathComponent();
+    if (folder->length() != 0) touched->addObject(folder);
+  }
+  return touched->allObjects();
 }
 
 }  // namespace
@@ -65,12 +81,15 @@ Ref<NSError> BackupTask::work() {
   EntryCopy copy(settings_.source, settings_.destination, settings_.update);
   if (kind_ == Kind::Copy)
     if (!copy.begin()) return systemError(settings_.destination);
-  if (Ref<NSError> error = walk([&](NSString* entry) { return visit(entry, copy); })) return error;
-  if (kind_ != Kind::Copy) return nullptr;
-  const Ref<NSError> error = walk([&](NSString* entry) {
+  const auto doOne = [&](NSString* entry) { return visit(entry, copy); };
+  NSArray* const entries = settings_.entries;
+  Ref<NSError> error = entries != nullptr ? goThrough(entries, doOne) : walk(doOne);
+  if (error || kind_ != Kind::Copy) return error;
+  const auto finishOne = [&](NSString* entry) {
     if (Ref<NSError> failure = copy.finishDirectory(entry)) fail(entry, failure);
     return true;
-  });
+  };
+  error = entries != nullptr ? goThrough(touchedBy(entries), finishOne) : walk(finishOne);
   return error ? error : copy.finish();
 }
 
@@ -87,7 +106,17 @@ Ref<NSError> BackupTask::walk(const Visit& visit) {
     if (equal(next, settings_.leftOut) || !visit(as<NSString>(next.get())))
       entries->skipDescendents();
   }
-  return cocoaError_description(userCancelled, "The work was ended early"_ns);
+  return endedEarly();
+}
+
+template <class Visit>
+Ref<NSError> BackupTask::goThrough(NSArray* entries, const Visit& visit) {
+  for (NSString* each : elements<NSString>(entries)) {
+    if (abortRequestReceived()) return endedEarly();
+    const auto path = settings_.source->stringByAppendingPathComponent(each);
+    if (objectTypeAtPath(currentThreadFileManager(), path) != QZObjectTypeNone) visit(each);
+  }
+  return nullptr;
 }
 
 bool BackupTask::visit(NSString* entry, EntryCopy& copy) {

@@ -33,8 +33,8 @@ class StepResult : public qz::Derives<StepResult, NSObject> {
   Ref<qz::NSArray> largestFiles;  ///< Of Files; of a step that counts.
 };
 
-/// One walk over the source that does something to each entry. An entry that fails is told to
-/// whoever wants to know, and the walk goes on; the task's error says why the walk itself came to
+/// One way through the source that does something to each entry. An entry that fails is told to
+/// whoever wants to know, and the work goes on; the task's error says why the work itself came to
 /// an end early: it could not begin, or was aborted. Memory does not grow with the number of
 /// entries.
 class BackupTask : public qz::Derives<BackupTask, qz::QZThreadedTask> {
@@ -47,6 +47,9 @@ class BackupTask : public qz::Derives<BackupTask, qz::QZThreadedTask> {
     Ref<NSString> source;
     Ref<NSString> destination;
     Ref<NSString> leftOut;  ///< An entry that is passed by with all that is in it; may be nil.
+    /// Strings, a folder before what is in it: these entries alone, as far as they are there, and
+    /// not what is in them. Nil for all.
+    Ref<qz::NSArray> entries;
     bool update = false;
     std::uint32_t largest = 0;  ///< How many of the largest files are wanted.
   };
@@ -67,6 +70,8 @@ class BackupTask : public qz::Derives<BackupTask, qz::QZThreadedTask> {
   Ref<NSError> work();
   template <class Visit>
   Ref<NSError> walk(const Visit& visit);
+  template <class Visit>
+  Ref<NSError> goThrough(qz::NSArray* entries, const Visit& visit);
   bool visit(NSString* entry, EntryCopy& copy);
   void tellProgress();
   void fail(NSString* entry, NSError* error);
