@@ -1,17 +1,13 @@
-// Files: copies, walks, sizes, beside the system's own calls and programs. In $TMPDIR; the large
-// file has 256 MiB, or as many as QZ_BENCH_MEGABYTES says.
+// Files: copies, walks, sizes, beside the system's own calls and programs.
 #include <dirent.h>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -21,111 +17,14 @@
 #include "QZFoundation/NSFileManager-QZFoundation.h"
 #include "bench/support/Comparison.h"
 #include "bench/support/Families.h"
-
-extern char** environ;
+#include "bench/support/Files.h"
 
 namespace qz::bench {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int smallFiles = 5000;
-constexpr int entries = 200'000;
-constexpr int entriesInFolder = 100;
-
-// What the cases work on, made when one asks for it and removed at the end.
-class Place {
- public:
-  Place() {
-    std::string name = (fs::temp_directory_path() / "qz-bench-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) std::abort();
-    path_ = name;
-  }
-  ~Place() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  std::string at(const std::string& name) const { return path_ + '/' + name; }
-
- private:
-  std::string path_;
-};
-
-Place& place() {
-  static Place here;
-  return here;
-}
-
-void write(const std::string& path, std::size_t size) {
-  fs::create_directories(fs::path(path).parent_path());
-  std::ofstream(path, std::ios::binary) << std::string(size, 'x');
-}
-
-std::string numbered(const std::string& top, int number, int inFolder) {
-  const int folder = number / inFolder;
-  return top + "/folder " + std::to_string(folder / 20) + "/part " + std::to_string(folder) +
-         "/file " + std::to_string(number) + ".txt";
-}
-
-// `count` files of 0 to 16 KiB.
-const std::string& smallTree() {
-  static const std::string top = [] {
-    std::string path = place().at("small");
-    for (int i = 0; i < smallFiles; ++i)
-      write(numbered(path, i, 50), static_cast<std::size_t>(i * 37 % 16384));
-    return path;
-  }();
-  return top;
-}
-
-const std::string& wideTree() {
-  static const std::string top = [] {
-    std::string path = place().at("wide");
-    for (int i = 0; i < entries; ++i) write(numbered(path, i, entriesInFolder), 1);
-    return path;
-  }();
-  return top;
-}
-
-const std::string& largeFile() {
-  static const std::string path = [] {
-    const char* wanted = std::getenv("QZ_BENCH_MEGABYTES");
-    const int megabytes = wanted == nullptr ? 256 : std::atoi(wanted);
-    std::string name = place().at("large");
-    std::ofstream file(name, std::ios::binary);
-    const std::string block(1 << 20, 'b');
-    for (int i = 0; i < megabytes; ++i) file << block;
-    return name;
-  }();
-  return path;
-}
-
-Ref<NSString> ns(const std::string& path) {
-  return NSString::stringWithFileSystemRepresentation(path);
-}
-
-// Times `work`, and tidies up untimed.
-template <class Work, class Tidy>
-void timed(benchmark::State& state, Work work, Tidy tidy) {
-  for (auto _ : state) {
-    const auto start = std::chrono::steady_clock::now();
-    const bool isDone = work();
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(elapsed.count());
-    if (!isDone) state.SkipWithError("it failed");
-    tidy();
-  }
-}
-
 // A tree of small files ---------------------------------------------------------------------------
-
-template <class Copy>
-void copyTreeBy(benchmark::State& state, Copy copy) {
-  const std::string from = smallTree();
-  const std::string to = place().at("copy of small");
-  timed(
-      state, [&] { return copy(from, to); }, [&] { fs::remove_all(to); });
-}
 
 void copyTree(benchmark::State& state) {
   copyTreeBy(state, [](const std::string& from, const std::string& to) {
@@ -135,17 +34,11 @@ void copyTree(benchmark::State& state) {
 
 void copyTreeByProgram(benchmark::State& state) {
   copyTreeBy(state, [](const std::string& from, const std::string& to) {
-    const char* arguments[] = {"cp", "-a", from.c_str(), to.c_str(), nullptr};
-    pid_t child = 0;
-    int status = -1;
-    return ::posix_spawnp(&child, "cp", nullptr, nullptr, const_cast<char**>(arguments), environ) ==
-               0 &&
-           ::waitpid(child, &status, 0) == child && status == 0;
+    return runProgram({"cp", "-a", from, to});
   });
 }
 
 // One large file
-// ------------------------------------------------------------------------------------
 
 bool copyByReading(const std::string& from, const std::string& to) {
   const int in = ::open(from.c_str(), O_RDONLY);
@@ -166,14 +59,6 @@ bool copyByRange(const std::string& from, const std::string& to) {
   }
   ::close(in);
   return ::close(out) == 0 && count == 0;
-}
-
-template <class Copy>
-void copyLargeBy(benchmark::State& state, Copy copy) {
-  const std::string from = largeFile();
-  const std::string to = place().at("copy of large");
-  timed(
-      state, [&] { return copy(from, to); }, [&] { fs::remove(to); });
 }
 
 void copyLarge(benchmark::State& state) {
@@ -201,14 +86,13 @@ void copyLargeByHand(benchmark::State& state) {
 }
 
 // Overwriting
-// ---------------------------------------------------------------------------------------
 
 constexpr int overwritten = 1000;
 
 void prepareOverwriting() {
   for (int i = 0; i < overwritten; ++i) {
-    write(place().at("from/" + std::to_string(i)), 4000);
-    write(place().at("to/" + std::to_string(i)), 3000);
+    writeFile(place().at("from/" + std::to_string(i)), 4000);
+    writeFile(place().at("to/" + std::to_string(i)), 3000);
   }
 }
 
@@ -263,7 +147,6 @@ void copyAnew(benchmark::State& state) {
 }
 
 // Walking
-// -------------------------------------------------------------------------------------------
 
 class Counter : public Derives<Counter, NSObject> {
  public:
@@ -327,13 +210,6 @@ void walkRaw(benchmark::State& state) {
 }
 
 // Sizes and types
-// -----------------------------------------------------------------------------------
-
-std::vector<std::string> widePaths() {
-  std::vector<std::string> paths;
-  for (int i = 0; i < entries; ++i) paths.push_back(numbered(wideTree(), i, entriesInFolder));
-  return paths;
-}
 
 template <class Ask>
 void askOurs(benchmark::State& state, Ask ask) {

@@ -42,9 +42,11 @@ int main(int argc, char** argv) {
   qz::bench::compareSystem();
   qz::bench::comparePropertyLists();
   qz::bench::compareIcuStrings();
+  qz::bench::comparePlainFiles();
 #if defined(QZ_BENCH_QT)
   qz::bench::compareQt();
   qz::bench::compareQtStrings();
+  qz::bench::compareQtFiles();
   qz::bench::compareQtFormatters();
   qz::bench::compareQtDictionaries();
   qz::bench::compareQtObserving();

@@ -24,8 +24,10 @@ void comparePropertyLists();
 void compareIcuStrings();
 
 // Peers, each there when its library was found.
+void comparePlainFiles();
 void compareQt();
 void compareQtStrings();
+void compareQtFiles();
 void compareQtFormatters();
 void compareQtDictionaries();
 void compareQtObserving();

@@ -207,11 +207,11 @@ void tellPending(Teller& teller, const ChangeFrame& frame, Pending& pending, Val
   if (root == nullptr) return;
   const bool isIndexed = Values::isIndexedFor(frame, pending);
   const bool isPrior = newValues == nullptr;
-  ChangeDictionary::Entries entries{.kind = isIndexed ? frame.kind : NSKeyValueChangeSetting,
-                                    .oldValue = isPrior ? pending.oldValue
-                                                        : std::move(pending.oldValue),
-                                    .indexes = isIndexed ? frame.indexes : nullptr,
-                                    .isPrior = isPrior};
+  ChangeDictionary::Entries entries{
+      .kind = isIndexed ? frame.kind : NSKeyValueChangeSetting,
+      .oldValue = isPrior ? pending.oldValue : std::move(pending.oldValue),
+      .indexes = isIndexed ? frame.indexes : nullptr,
+      .isPrior = isPrior};
   if (!isPrior && (observation.options & NSKeyValueObservingOptionNew) != 0)
     entries.newValue = newValues->of(pending);
   teller.tell(observation, root, std::move(entries));
