@@ -264,8 +264,7 @@ void compareStrings() {
           &sortInsensitively, &sortPlain);
   compare("CountLines", {"walk 1,000,000 lines", "memchr over bytes", 2}, &countLines,
           &countLinesPlain);
-  compare("Format", {"format \"%@ (%d)\"", formatter, 1.5}, &formatNameAndCount,
-          &formatPlain);
+  compare("Format", {"format \"%@ (%d)\"", formatter, 1.5}, &formatNameAndCount, &formatPlain);
 #if defined(QZ_BENCH_FMT)
   comparePeer("JoinShort", "fmt", &joinWithFmt);
 #endif
