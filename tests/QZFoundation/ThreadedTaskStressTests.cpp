@@ -82,7 +82,7 @@ TEST(ThreadedTaskStress, TasksObserversAndProgress) {
   const int workers = setting("QZ_STRESS_WORKERS", 2);
   const int updates = setting("QZ_STRESS_UPDATES", 1);
   const auto end = NSDate::dateWithTimeIntervalSinceNow(setting("QZ_STRESS_SECONDS", 1));
-  NSRunLoop* const loop = NSRunLoop::mainRunLoop();
+  const auto loop = NSRunLoop::mainRunLoop();
   Totals totals;
   std::atomic<bool> isOver{false};
   std::atomic<int> running{workers};

@@ -136,11 +136,13 @@ TYPED_TEST(EveryArray, MakesOtherArrays) {
       NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) != "b"; });
   EXPECT_EQ(text(array->filteredArrayUsingPredicate(notB)), "ac");
   EXPECT_EQ(to_string(array->componentsJoinedByString(", "_ns)), "a, b, c");
+#if !defined(__clang__) || __clang_major__ >= 16  // older ones cannot do libstdc++'s views
   auto shouted = *array | std::views::filter([&](NSObject* each) {
     return notB->evaluateWithObject(each);
   }) | std::views::transform([](NSObject* each) { return as<NSString>(each)->uppercaseString(); });
   EXPECT_EQ(text(NSArray::fromRange(shouted)), "AC");
   EXPECT_EQ(text(NSMutableArray::fromRange(shouted)), "AC");
+#endif
   EXPECT_EQ(text(array->mutableCopy()), "abc");
   EXPECT_TRUE(isKind<NSMutableArray>(array->mutableCopy().get()));
   EXPECT_FALSE(isKind<NSMutableArray>(array->copy().get()));

@@ -103,8 +103,7 @@ TEST(NSFileHandle, OwnsTheDescriptorOnlyWhenItShould) {
 
 TEST(NSPipe, CarriesBytesAndTellsTheEnd) {
   auto pipe = NSPipe::pipe();
-  for (NSFileHandle* each :
-       {pipe->fileHandleForReading().get(), pipe->fileHandleForWriting().get()})
+  for (const auto& each : {pipe->fileHandleForReading(), pipe->fileHandleForWriting()})
     EXPECT_EQ(::fcntl(each->fileDescriptor(), F_GETFD), FD_CLOEXEC);
   pipe->fileHandleForWriting()->writeData(bytes("abc"));
   EXPECT_EQ(text(pipe->fileHandleForReading()->availableData()), "abc");
