@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "Platform/Runtime/Class.h"
+#include "Platform/Runtime/ClassList.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/detail/ClassBuilder.h"
 #include "Platform/Runtime/detail/ClassTables.h"
@@ -311,6 +312,18 @@ Class* Class::named(std::string_view name) {
   auto& byName = detail::everlasting<detail::Registry>().byName;
   auto found = byName.find(name);
   return found == byName.end() ? nullptr : found->second;
+}
+
+std::vector<Class*> allClasses() {
+  detail::runPendingHooks();
+  std::vector<Class*> found;
+  {
+    detail::RuntimeGuard guard;
+    for (const auto& [name, aClass] : detail::everlasting<detail::Registry>().byName)
+      found.push_back(aClass);
+  }
+  std::ranges::sort(found, {}, &Class::name);
+  return found;
 }
 
 void Class::ensureInitialized() { detail::ClassTables::ensureInitialized(this); }

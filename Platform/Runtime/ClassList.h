@@ -1,0 +1,15 @@
+/// @file
+/// Every class that is known.
+#pragma once
+
+#include <vector>
+
+#include "Platform/Runtime/Class.h"
+
+namespace qz {
+
+/// The classes known so far, ordered by name: those of this library, and those of the application
+/// that have been mentioned. Any thread.
+std::vector<Class*> allClasses();
+
+}  // namespace qz

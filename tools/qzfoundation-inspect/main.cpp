@@ -1,0 +1,87 @@
+// qzfoundation-inspect: prints what the run-time knows of classes.
+#include <dlfcn.h>
+
+#include <exception>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Runtime/ClassList.h"
+#include "Platform/Runtime/NSException.h"
+#include "QZFoundation/QZFoundation.h"
+#include "tools/qzfoundation-inspect/Listing.h"
+
+namespace qz::tool {
+namespace {
+
+constexpr std::string_view usage = R"(usage: qzfoundation-inspect [OPTION…] [CLASS…]
+
+  CLASS…           what each of these classes has: its properties, and its operations with what
+                   they take and answer; all classes without any
+  --load LIBRARY   loads a shared library first, whose classes are then known too
+  --tree           the names alone, each below the class that it descends from
+  --markdown       a page with a table for each class
+
+Status: 0 done; 1 there is no such class or library; 2 the command is not.
+)";
+
+enum Status { Done = 0, Failed = 1, Misused = 2 };
+
+int complain(Status status, const std::string& what) {
+  std::cerr << "qzfoundation-inspect: " << what << '\n';
+  return status;
+}
+
+enum class Form { List, Tree, Markdown };
+
+void print(Form form, const std::vector<Class*>& classes) {
+  if (form == Form::Tree) return listTree(std::cout);
+  if (form == Form::Markdown)
+    std::cout << "# Operations\n\nEvery operation that can be sent by Selector, class by class, as "
+                 "the run-time has it. Those of a class are marked +, those of its Objects -.\n";
+  for (Class* each : classes)
+    form == Form::Markdown ? listAsMarkdown(std::cout, each) : list(std::cout, each);
+}
+
+int run(const std::vector<std::string>& words) {
+  Form form = Form::List;
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const std::string& word = words[i];
+    if (word == "--tree") {
+      form = Form::Tree;
+    } else if (word == "--markdown") {
+      form = Form::Markdown;
+    } else if (word == "--help") {
+      std::cout << usage;
+      return Done;
+    } else if (word == "--load" && i + 1 < words.size()) {
+      // Never closed: classes stay for ever.
+      if (::dlopen(words[++i].c_str(), RTLD_NOW) == nullptr) return complain(Failed, ::dlerror());
+    } else if (word.starts_with('-')) {
+      return complain(Misused, "no such option: " + word + "\n" + std::string(usage));
+    } else {
+      names.push_back(word);
+    }
+  }
+  std::vector<Class*> classes;
+  for (const std::string& name : names) {
+    Class* found = Class::named(name);
+    if (found == nullptr) return complain(Failed, name + ": there is no such class");
+    classes.push_back(found);
+  }
+  print(form, names.empty() ? allClasses() : classes);
+  return std::cout.flush() ? Done : complain(Failed, "the output cannot be written");
+}
+
+}  // namespace
+}  // namespace qz::tool
+
+int main(int count, char** words) {
+  try {
+    return qz::tool::run({words + 1, words + count});
+  } catch (const std::exception& problem) {
+    return qz::tool::complain(qz::tool::Failed, problem.what());
+  }
+}
