@@ -9,6 +9,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSDictionary.h"
 #include "Platform/System/detail/OldStylePropertyList.h"
+#include "Platform/Values/NSData.h"
 #include "Platform/Values/NSString.h"
 
 using namespace qz;
@@ -23,6 +24,13 @@ void write(NSObject* value, std::u16string& out) {
       out += unit;
     }
     out += u'"';
+  } else if (auto* bytes = as<NSData>(value)) {
+    out += u'<';
+    for (const std::byte each : bytes->span())
+      for (const unsigned digit :
+           {std::to_integer<unsigned>(each) >> 4, std::to_integer<unsigned>(each) & 0xFu})
+        out += u"0123456789abcdef"[digit];
+    out += u'>';
   } else if (auto* array = as<NSArray>(value)) {
     out += u'(';
     for (NSObject* each : *array) {
