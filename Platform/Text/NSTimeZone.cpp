@@ -178,7 +178,10 @@ Ref<NSTimeZone> NSTimeZone::named(std::u16string_view name) {
 }
 
 Ref<NSTimeZone> NSTimeZone::ofMachine() {
+  static std::mutex mutex;  // ICU finds the machine's zone by means of buffers of its process
+  std::unique_lock lock(mutex);
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
+  lock.unlock();
   icu::UnicodeString identifier;
   zone->getID(identifier);
   Ref<NSTimeZone> found = named(detail::viewOf(identifier));
