@@ -64,7 +64,8 @@ class NSKeyedUnarchiver final : public Derives<NSKeyedUnarchiver, NSCoder> {
   /// The Object under the key "root", and all that it refers to. Nil when that is nil, and when
   /// anything is wrong, which `error`, which may be null, then says: bytes that are no archive, a
   /// class that is unknown or not among `classes` (an Array of Class; nil counts as empty) or
-  /// cannot be decoded, Objects that refer to themselves, and exceptions raised while decoding.
+  /// cannot be decoded, Objects that refer to themselves, members of Sets and keys of Dictionaries
+  /// that come to more than a million Objects, and exceptions raised while decoding.
   static Ref<NSObject> unarchivedObjectOfClasses_fromData_error(NSArray* classes, NSData* data,
                                                                 Ref<NSError>* error);
 

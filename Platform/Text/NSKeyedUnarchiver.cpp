@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,6 +64,7 @@ class NSKeyedUnarchiver::Contents {
     current_ = required<NSDictionary>(archive, topKey);
     states_.resize(objects_->count(), State::Unread);
     decoded_.resize(objects_->count());
+    weights_.resize(objects_->count());
   }
 
   bool contains(NSString* key) const { return current_->objectForKey(key) != nullptr; }
@@ -101,15 +103,21 @@ class NSKeyedUnarchiver::Contents {
   Ref<NSObject> object(NSKeyedUnarchiver* unarchiver, NSObject* reference) {
     const std::size_t index = indexOf(reference);
     if (index == 0) return nullptr;
-    if (states_[index] == State::Read) return decoded_[index];
+    if (states_[index] == State::Read) {
+      addWeight(weights_[index]);
+      return decoded_[index];
+    }
     if (states_[index] == State::BeingRead)
       throw Corrupt{"object " + std::to_string(index) + " refers to itself"};
     if (depth_ == deepest) throw Corrupt{"nested too deep"};
     ++depth_;
     states_[index] = State::BeingRead;
+    const std::uint32_t outer = std::exchange(weight_, 1);
     decoded_[index] = made(unarchiver, objects_->objectAtIndex(static_cast<std::uint32_t>(index)));
     states_[index] = State::Read;
     --depth_;
+    weights_[index] = std::exchange(weight_, outer);
+    addWeight(weights_[index]);
     return decoded_[index];
   }
 
@@ -136,15 +144,14 @@ class NSKeyedUnarchiver::Contents {
     if (name == "NSMutableData") return required<NSData>(values, contentsKey)->mutableCopy();
     if (name == "NSArray") return elements(unarchiver, values, elementsKey);
     if (name == "NSMutableArray") return elements(unarchiver, values, elementsKey)->mutableCopy();
-    if (name == "NSCountedSet")
-      return NSCountedSet::setWithArray(elements(unarchiver, values, elementsKey));
-    if (name == "NSSet" || name == "NSMutableSet") {
-      const auto all = elements(unarchiver, values, elementsKey);
+    if (name == "NSSet" || name == "NSMutableSet" || name == "NSCountedSet") {
+      const auto all = comparable(unarchiver, values, elementsKey);
       if (name == "NSSet") return NSSet::setWithArray(all);
-      return NSMutableSet::setWithArray(all);
+      if (name == "NSMutableSet") return NSMutableSet::setWithArray(all);
+      return NSCountedSet::setWithArray(all);
     }
     if (name == "NSDictionary" || name == "NSMutableDictionary") {
-      const auto keys = elements(unarchiver, values, keysKey);
+      const auto keys = comparable(unarchiver, values, keysKey);
       const auto objects = elements(unarchiver, values, elementsKey);
       if (keys->count() != objects->count())
         throw Corrupt{"a dictionary has more keys or objects of the other"};
@@ -164,6 +171,16 @@ class NSKeyedUnarchiver::Contents {
     }
     return as<NSArray>(all->copy());
   }
+
+  // Elements that will be compared with each other. Arrays that share their elements over many
+  // levels are small in the archive, but take the time of all that they spell out.
+  Ref<NSArray> comparable(NSKeyedUnarchiver* unarchiver, NSDictionary* values, NSString* key) {
+    auto all = elements(unarchiver, values, key);
+    if (weight_ > heaviest) throw Corrupt{"the members or keys of a collection are too large"};
+    return all;
+  }
+
+  void addWeight(std::uint32_t weight) { weight_ = std::min(weight_ + weight, heaviest + 1); }
 
   Ref<NSObject> own(NSKeyedUnarchiver* unarchiver, NSString* className, NSDictionary* values) {
     Class* const aClass = NSClassFromString(className);
@@ -192,6 +209,10 @@ class NSKeyedUnarchiver::Contents {
   Ref<NSDictionary> current_;  // of the Object that is decoded at the moment
   std::vector<State> states_;
   std::vector<Ref<NSObject>> decoded_;
+  // How many Objects one is with all that it holds, each as often as it is referred to.
+  static constexpr std::uint32_t heaviest = 1'000'000;
+  std::vector<std::uint32_t> weights_;
+  std::uint32_t weight_ = 0;  // of the Object that is read at the moment, so far
   Ref<NSError> error_;
   unsigned depth_ = 0;
 };
