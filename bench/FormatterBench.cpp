@@ -6,15 +6,24 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
+#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Collections/NSMutableArray.h"
+#include "Platform/Collections/NSSortDescriptor.h"
+#include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/Text/NSDateFormatter.h"
 #include "Platform/Text/NSLocale.h"
 #include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Text/NSTimeZone.h"
+#include "Platform/Values/NSData.h"
 #include "Platform/Values/NSNumber.h"
+#include "QZFoundation/NSObject-QZInfoDictionary.h"
+#include "QZFoundation/NSValueTransformer-QZFoundation.h"
 #include "QZFoundation/QZHMSFormatter.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "bench/support/Comparison.h"
+#include "bench/support/Data.h"
 #include "bench/support/Families.h"
 
 namespace qz::bench {
@@ -211,6 +220,154 @@ void formatDatePlain(State& state) {
   ::tzset();
 }
 
+// Transformers ------------------------------------------------------------------------------------
+
+constexpr std::array operators{"add", "subtract", "multiply", "divide"};
+
+std::string transformerName(std::size_t i) {
+  return "QZMath-" + std::string(operators[i % operators.size()]) + "-" + std::to_string(i);
+}
+
+void transformByName(State& state) {
+  const auto names = table([](std::size_t i) {
+    auto name = NSString::stringWithUTF8String(transformerName(i));
+    valueTransformerWithDynamicName(name);
+    return name;
+  });
+  const auto numbers = table([](std::size_t i) { return NSNumber::of(number(i)); });
+  repeat(state, [&](std::size_t i) {
+    return NSValueTransformer::valueTransformerForName(names[i])->transformedValue(numbers[i]);
+  });
+}
+
+// The same as a C++ programmer writes it.
+struct PlainValue {
+  explicit PlainValue(double number) : value(number) {}
+  virtual ~PlainValue() = default;
+  double value;
+};
+
+struct PlainTransformer {
+  explicit PlainTransformer(double number) : operand(number) {}
+  virtual ~PlainTransformer() = default;
+  virtual std::unique_ptr<PlainValue> transformed(const PlainValue& value) const = 0;
+  double operand;
+};
+
+template <char Operator>
+struct PlainMath final : PlainTransformer {
+  using PlainTransformer::PlainTransformer;
+  std::unique_ptr<PlainValue> transformed(const PlainValue& value) const override {
+    const double a = value.value;
+    return std::make_unique<PlainValue>(Operator == '+'   ? a + operand
+                                        : Operator == '-' ? a - operand
+                                        : Operator == '*' ? a * operand
+                                                          : a / operand);
+  }
+};
+
+std::unique_ptr<PlainTransformer> plainTransformer(std::size_t i) {
+  const auto operand = static_cast<double>(i);
+  switch (i % operators.size()) {
+    case 0:
+      return std::make_unique<PlainMath<'+'>>(operand);
+    case 1:
+      return std::make_unique<PlainMath<'-'>>(operand);
+    case 2:
+      return std::make_unique<PlainMath<'*'>>(operand);
+    default:
+      return std::make_unique<PlainMath<'/'>>(operand);
+  }
+}
+
+void transformByNamePlain(State& state) {
+  const auto names = table([](std::size_t i) { return widened(transformerName(i)); });
+  std::unordered_map<std::u16string, std::unique_ptr<PlainTransformer>> transformers;
+  for (std::size_t i = 0; i < values; ++i) transformers[names[i]] = plainTransformer(i);
+  const auto numbers = table([](std::size_t i) { return std::make_unique<PlainValue>(number(i)); });
+  repeat(state, [&](std::size_t i) {
+    return transformers.find(names[i])->second->transformed(*numbers[i]);
+  });
+}
+
+// Configuration files -----------------------------------------------------------------------------
+
+constexpr std::uint32_t described = 10'000;
+
+template <class Make>
+Ref<NSArray> listOf(Make make) {
+  auto all = NSMutableArray::array();
+  for (std::uint32_t i = 0; i < described; ++i) all->addObject(make(i));
+  return all;
+}
+
+/// The info dictionaries as they come from a file.
+template <class Make>
+Ref<NSArray> infos(Make make) {
+  const auto file = NSPropertyListSerialization::dataFromPropertyList_format_errorDescription(
+      listOf(make), NSPropertyListXMLFormat, nullptr);
+  return as<NSArray>(
+      NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
+          file, NSPropertyListImmutable, nullptr, nullptr));
+}
+
+template <class Build>
+void build(State& state, Build all) {
+  for (auto _ : state) {
+    auto objects = all();
+    benchmark::DoNotOptimize(objects);
+  }
+  state.SetItemsProcessed(state.iterations() * described);
+}
+
+void formattersFromInfo(State& state) {
+  const auto descriptions = infos([](std::uint32_t i) -> Ref<NSDictionary> {
+    const bool isDate = i % 2 == 0;
+    const auto style = NSNumber::of(static_cast<std::int32_t>(i / 2 % 4 + 1));
+    const auto properties =
+        isDate ? NSDictionary::of({{"dateStyle"_ns, style}, {"timeStyle"_ns, style}})
+               : NSDictionary::of({{"minimumFractionDigits"_ns, style}, {"numberStyle"_ns, style}});
+    return NSDictionary::of({{"class"_ns, isDate ? "NSDateFormatter"_ns : "NSNumberFormatter"_ns},
+                             {"properties"_ns, properties}});
+  });
+  build(state, [&] { return objectsFromInfoDictionaries(classOf<NSObject>(), descriptions); });
+}
+
+void formattersPlain(State& state) {
+  build(state, [] {
+    return listOf([](std::uint32_t i) -> Ref<NSObject> {
+      const auto style = static_cast<std::int32_t>(i / 2 % 4 + 1);
+      if (i % 2 == 0) {
+        auto dates = NSDateFormatter::init();
+        dates->setDateStyle(static_cast<NSDateFormatterStyle>(style));
+        dates->setTimeStyle(static_cast<NSDateFormatterStyle>(style));
+        return dates;
+      }
+      auto numbers = NSNumberFormatter::init();
+      numbers->setMinimumFractionDigits(static_cast<std::uint32_t>(style));
+      numbers->setNumberStyle(static_cast<NSNumberFormatterStyle>(style));
+      return numbers;
+    });
+  });
+}
+
+void sortDescriptorsFromInfo(State& state) {
+  const auto descriptions = infos([](std::uint32_t i) {
+    return infoDictionary(NSSortDescriptor::initWithKey_ascending_selector(
+        "name.family"_ns, i % 2 == 0, "caseInsensitiveCompare:"_sel));
+  });
+  build(state, [&] { return objectsFromInfoDictionaries(classOf<NSObject>(), descriptions); });
+}
+
+void sortDescriptorsPlain(State& state) {
+  build(state, [] {
+    return listOf([](std::uint32_t i) {
+      return NSSortDescriptor::initWithKey_ascending_selector("name.family"_ns, i % 2 == 0,
+                                                              "caseInsensitiveCompare:"_sel);
+    });
+  });
+}
+
 }  // namespace
 
 void compareFormatters() {
@@ -227,6 +384,16 @@ void compareFormatters() {
           &parseNumberIcu);
   compare("FormatDate", {"format a date, percent format", "localtime_r and strftime", 1.5},
           &formatDate, &formatDatePlain);
+  compare("TransformByName",
+          {"`valueTransformerForName:`, then `transformedValue:`",
+           "find in unordered_map, virtual call, boxing", 1.5},
+          &transformByName, &transformByNamePlain);
+  compare("FormattersFromInfo",
+          {"a formatter from its info dictionary", "made and set up directly", 3},
+          &formattersFromInfo, &formattersPlain);
+  compare("SortDescriptorsFromInfo",
+          {"a sort descriptor from its info dictionary", "made directly", 3},
+          &sortDescriptorsFromInfo, &sortDescriptorsPlain);
 }
 
 }  // namespace qz::bench

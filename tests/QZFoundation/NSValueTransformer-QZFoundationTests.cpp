@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/System/detail/BundlePlaces.h"
 #include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSNumber.h"
 #include "QZFoundation/QZAlternateTextValueTransformer.h"
@@ -183,6 +186,48 @@ TEST(ValueTransformers, WordsAreSeparatedAtTitlecaseLetters) {
   EXPECT_EQ(words(nullptr), "(null)");
   EXPECT_TRUE(
       raises(NSInvalidArgumentException, [&] { separator->reverseTransformedValue("Value"_ns); }));
+}
+
+// Starts the program anew, because the main bundle is looked for once.
+TEST(ValueTransformers, AreLoadedFromTheMainBundle) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto load = [] {
+    const TemporaryDirectory directory;
+    const std::string bundle = detail::bundleNameOfModule(detail::executablePath()) + ".resources/";
+    const char* const others = std::getenv("QZ_BUNDLE_PATH");
+    ::setenv("QZ_BUNDLE_PATH", (directory.path() + ":" + (others ? others : "")).c_str(), 1);
+    directory.write(bundle + "Info.plist", "{ }");
+    directory.write(bundle + "Localizable.strings", "\"Off\" = \"Aus\";");
+    const auto count = [] { return NSValueTransformer::valueTransformerNames()->count(); };
+    const auto before = count();
+    loadTransformers();  // there is no file
+    for (const char* nothing :
+         {"(QZWordSeparator)", "<plist>", "",
+          "{ transformerClasses = QZWordSeparator; dynamicValueTransformerNames = { a = b; }; }",
+          "{ transformerClasses = (NoSuch, QZMathValueTransformer, NSObject);"
+          "  dynamicValueTransformerNames = (); }"}) {
+      directory.write(bundle + "ValueTransformerInfo.plist", nothing);
+      loadTransformers();
+      EXPECT_EQ(count(), before) << nothing;
+    }
+    directory.write(bundle + "ValueTransformerInfo.plist",
+                    "{ transformerClasses = (NoSuch, (), QZWordSeparator);"
+                    "  dynamicValueTransformerNames = ((), \"NoSuch-1\", \"QZMath-power-2\","
+                    "  \"QZMath-add-1\", \"QZFile-POSIX-URL\", \"QZAlternateText-Off-On\"); }");
+    loadTransformers();
+    EXPECT_EQ(count(), before + 4);
+    for (const auto& [name, expected] : {std::pair{"QZWordSeparator"_ns, "1"},
+                                         {"QZMath-add-1"_ns, "2"},
+                                         {"QZFile-POSIX-URL"_ns, "file:///1"},
+                                         {"QZAlternateText-Off-On"_ns, "On"}}) {
+      const auto loaded = NSValueTransformer::valueTransformerForName(name);
+      const auto value = name->hasPrefix("QZFile"_ns) ? "/1"_ns : "1"_ns;
+      EXPECT_EQ(loaded ? to_string(loaded->transformedValue(value)) : "", expected) << name;
+    }
+    // Its texts are the application's.
+    EXPECT_EQ(to_string(named("QZAlternateText-Off-On")->transformedValue("0"_ns)), "Aus");
+  };
+  EXPECT_EXIT((load(), std::_Exit(HasFailure())), ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
