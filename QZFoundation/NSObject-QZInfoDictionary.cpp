@@ -1,10 +1,11 @@
 #include "QZFoundation/NSObject-QZInfoDictionary.h"
 
 #include <string>
+#include <utility>
 
 #include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Collections/detail/ArrayBuilder.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
@@ -19,9 +20,10 @@ Ref<NSObject> entry(NSDictionary* info, NSString* key) {
   return info != nullptr ? info->objectForKey(key) : nullptr;
 }
 
+// As they are now: what a setter does must not disturb a walk.
 Ref<NSDictionary> propertiesOf(NSDictionary* info) {
-  auto properties = as<NSDictionary>(entry(info, "properties"_ns));
-  return properties ? properties : NSDictionary::dictionary();
+  const auto properties = as<NSDictionary>(entry(info, "properties"_ns));
+  return properties ? as<NSDictionary>(properties->copy()) : NSDictionary::dictionary();
 }
 
 /// Runs `work`; what configuration files have wrong is passed over.
@@ -48,29 +50,23 @@ Ref<NSDictionary> emptyInfo(NSObject*) { return NSDictionary::dictionary(); }
 
 Ref<NSArray> noOrder(NSFormatter*) { return NSArray::array(); }
 Ref<NSArray> dateOrder(NSDateFormatter*) {
-  return NSArray::arrayWithObject("formattingBehavior"_ns);
-}
-
-Ref<NSArray> keysInOrder(NSFormatter* formatter, NSDictionary* properties) {
-  const Ref<NSArray> first = propertyOrder(formatter);
-  if (first->count() == 0) return properties->allKeys();
-  auto keys = NSMutableArray::arrayWithArray(first);
-  const Ref<NSArray> all = properties->allKeys();
-  for (NSObject* key : *all)
-    if (!keys->containsObject(key)) keys->addObject(key);
-  return keys;
+  static NSArray* const order = NSArray::arrayWithObject("formattingBehavior"_ns).leak();
+  return order;
 }
 
 Ref<NSObject> formatterOfInfo(Class* aClass, NSDictionary* info) {
   auto formatter = as<NSFormatter>(aClass->newObject());
   if (!formatter) return nullptr;
   const Ref<NSDictionary> properties = propertiesOf(info);
-  const Ref<NSArray> keys = keysInOrder(formatter, properties);
-  for (NSObject* each : *keys) {
-    const auto key = as<NSString>(Ref<NSObject>(each));
-    const Ref<NSObject> value = properties->objectForKey(each);
-    if (key && value) tolerantly([&] { formatter->setValue_forKey(value, key); });
-  }
+  const auto set = [&](NSObject* name, NSObject* value) {
+    auto* const key = as<NSString>(name);
+    if (key != nullptr && value != nullptr)
+      tolerantly([&] { formatter->setValue_forKey(value, key); });
+  };
+  const Ref<NSArray> first = propertyOrder(formatter);
+  for (NSObject* key : *first) set(key, properties->objectForKey(key));
+  for (const auto& [key, value] : *properties)
+    if (!first->containsObject(key)) set(key, value);
   return formatter;
 }
 
@@ -126,7 +122,10 @@ Ref<NSObject> dateFormatterOfInfo(Class* aClass, NSDictionary* info) {
 Ref<NSObject> sortDescriptorOfInfo(Class* /*aClass*/, NSDictionary* info) {
   const Ref<NSObject> ascending = entry(info, "ascending"_ns);
   bool isAscending = false;
-  if (ascending) tolerantly([&] { isAscending = send<bool>(ascending, "boolValue"_sel); });
+  if (auto* const number = as<NSNumber>(ascending.get()))
+    isAscending = number->boolValue();
+  else if (ascending)
+    tolerantly([&] { isAscending = send<bool>(ascending, "boolValue"_sel); });
   return NSSortDescriptor::initWithKey_ascending_selector(
       as<NSString>(entry(info, "key"_ns)), isAscending,
       NSSelectorFromString(as<NSString>(entry(info, "selector"_ns))));
@@ -151,11 +150,11 @@ Ref<NSObject> objectFromInfoDictionary(Class* aClass, NSDictionary* info) {
 }
 
 Ref<NSArray> objectsFromInfoDictionaries(Class* aClass, NSArray* infos) {
-  auto objects = NSMutableArray::array();
+  detail::ArrayBuilder objects(infos == nullptr ? 0 : infos->count());
   for (NSObject* info : infos)
     if (Ref<NSObject> object = objectFromInfoDictionary(aClass, as<NSDictionary>(info)))
-      objects->addObject(object);
-  return as<NSArray>(objects->copy());
+      objects.take(std::move(object));
+  return objects.finish();
 }
 
 Ref<NSObject> initWithInfoDictionary(Class* aClass, NSDictionary* info) {

@@ -301,14 +301,17 @@ Ref<NSArray> listOf(Make make) {
   return all;
 }
 
-/// The info dictionaries as they come from a file.
+/// Info dictionaries as they come from a file, several in turn.
 template <class Make>
 Ref<NSArray> infos(Make make) {
+  auto distinct = NSMutableArray::array();
+  for (std::uint32_t i = 0; i < values; ++i) distinct->addObject(make(i));
   const auto file = NSPropertyListSerialization::dataFromPropertyList_format_errorDescription(
-      listOf(make), NSPropertyListXMLFormat, nullptr);
-  return as<NSArray>(
+      distinct, NSPropertyListXMLFormat, nullptr);
+  const auto read = as<NSArray>(
       NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
           file, NSPropertyListImmutable, nullptr, nullptr));
+  return listOf([&](std::uint32_t i) { return read->objectAtIndex(i % values); });
 }
 
 template <class Build>
@@ -389,10 +392,10 @@ void compareFormatters() {
            "find in unordered_map, virtual call, boxing", 1.5},
           &transformByName, &transformByNamePlain);
   compare("FormattersFromInfo",
-          {"a formatter from its info dictionary", "made and set up directly", 3},
+          {"a formatter from its info dictionary, 10,000 in a row", "made and set up directly", 3},
           &formattersFromInfo, &formattersPlain);
   compare("SortDescriptorsFromInfo",
-          {"a sort descriptor from its info dictionary", "made directly", 3},
+          {"a sort descriptor from its info dictionary, 10,000 in a row", "made directly", 3},
           &sortDescriptorsFromInfo, &sortDescriptorsPlain);
 }
 

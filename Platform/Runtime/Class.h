@@ -162,6 +162,12 @@ template <class T, class U>
 Ref<T> as(const Ref<U>& object) {
   return Ref<T>(as<T>(static_cast<NSObject*>(object.get())));
 }
+/// Hands the owner's count on.
+template <class T, class U>
+Ref<T> as(Ref<U>&& object) {
+  if (!isKind<T>(static_cast<NSObject*>(object.get()))) return nullptr;
+  return Ref<T>(static_cast<T*>(static_cast<NSObject*>(object.leak())), adopt);
+}
 
 /// The class by that name, or nil.
 Class* NSClassFromString(NSString* name);

@@ -1,7 +1,12 @@
 #include "Platform/Runtime/NSObject.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdio>
 #include <ostream>
+#include <string>
+#include <string_view>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSDictionary.h"
@@ -242,8 +247,42 @@ void Class::doesNotRecognizeSelector(Selector selector) const {
 
 void Class::describe(ClassDescription<Class>& is) { is.named("Class"); }
 
+namespace {
+
+// What names led to last, for those that come again and again, as in configuration files: without
+// the lock and the UTF-8 of the whole look-up. What has a name is never freed.
+template <class Named>
+class RecentNames {
+ public:
+  template <class NameOf, class Find>
+  Named* find(const NSString& name, NameOf nameOf, Find find) {
+    std::atomic<Named*>& slot = slots_[name.hash() % slots_.size()];
+    Named* const recent = slot.load(std::memory_order_acquire);
+    if (recent != nullptr && std::ranges::equal(name.view(), nameOf(*recent), isSameAscii))
+      return recent;
+    Named* const found = find(name.UTF8String());
+    if (found != nullptr) slot.store(found, std::memory_order_release);
+    return found;
+  }
+
+ private:
+  static bool isSameAscii(char16_t unit, char letter) {
+    return unit < 0x80 && unit == static_cast<unsigned char>(letter);
+  }
+
+  std::array<std::atomic<Named*>, 64> slots_{};
+};
+
+constinit RecentNames<Class> recentClasses;
+constinit RecentNames<const detail::SelectorRecord> recentSelectors;
+
+}  // namespace
+
 Class* NSClassFromString(NSString* name) {
-  return name == nullptr ? nullptr : Class::named(name->UTF8String());
+  if (name == nullptr) return nullptr;
+  return recentClasses.find(
+      *name, [](const auto& each) { return each.name(); },
+      [](const std::string& text) { return Class::named(text); });
 }
 
 Ref<NSString> NSStringFromClass(Class* aClass) {
@@ -251,7 +290,10 @@ Ref<NSString> NSStringFromClass(Class* aClass) {
 }
 
 Selector NSSelectorFromString(NSString* name) {
-  return name == nullptr ? Selector() : Selector::named(name->UTF8String());
+  if (name == nullptr) return Selector();
+  return Selector(recentSelectors.find(
+      *name, [](const detail::SelectorRecord& each) { return each.name; },
+      [](const std::string& text) { return Selector::named(text).record(); }));
 }
 
 Ref<NSString> NSStringFromSelector(Selector selector) {

@@ -85,8 +85,8 @@ Ref<NSString> NSString::stringWithCharacters_length(const char16_t* units, std::
 }
 
 Ref<NSString> NSString::stringWithString(NSString* other) {
-  const Ref<NSObject> copy = requireString(other, "stringWithString:").copy();
-  return static_cast<NSString*>(copy.get());
+  return Ref<NSString>(
+      static_cast<NSString*>(requireString(other, "stringWithString:").copy().leak()), adopt);
 }
 
 Ref<NSString> NSString::initWithCharactersNoCopy_length(char16_t* units, std::uint32_t length) {

@@ -2,20 +2,27 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
+#include <string>
+#include <vector>
 
-#include "Platform/Collections/NSArray.h"
+#include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/System/NSUserDefaults.h"
 #include "Platform/Text/NSKeyedArchiver.h"
+#include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Text/NSTimeZone.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSError.h"
+#include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSNumber.h"
 #include "QZFoundation/NSCoder-QZFoundation.h"
 #include "QZFoundation/NSUserDefaults-QZFoundation.h"
+#include "QZFoundation/QZHMSFormatter.h"
+#include "QZFoundation/QZStorageSizeFormatter.h"
 #include "tests/support/Raises.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -80,6 +87,45 @@ TEST(InfoDictionary, FormatterPropertiesAreSetAsFarAsTheyGo) {
   EXPECT_EQ(formatKey(formatter), nullptr);
   auto odd = NSDictionary::of({{"properties"_ns, NSArray::array()}});
   EXPECT_TRUE(isKind<NSDateFormatter>(objectFromInfoDictionary(classOf<NSDateFormatter>(), odd)));
+}
+
+// Whatever a configuration file has, there is a formatter, and it can be used.
+TEST(InfoDictionary, NonsenseIsPassedOver) {
+  const auto list = NSMutableArray::arrayWithObject(NSDictionary::of({{"a"_ns, "b"_ns}}));
+  const Ref<NSObject> nonsense[] = {list,
+                                    list->objectAtIndex(0),
+                                    NSNull::null(),
+                                    NSData::dataWithBytes("\xff"),
+                                    NSDate::date(),
+                                    ""_ns,
+                                    "~%;'#"_ns,
+                                    NSString::stringWithUTF8String(std::string(10'000, '#')),
+                                    NSNumber::of(-1),
+                                    NSNumber::of(INT64_MIN),
+                                    NSNumber::of(UINT64_MAX),
+                                    NSNumber::of(1e300),
+                                    NSNumber::of(std::nan(""))};
+  for (Class* const aClass : {classOf<NSNumberFormatter>(), classOf<NSDateFormatter>(),
+                              classOf<QZHMSFormatter>(), classOf<QZStorageSizeFormatter>()}) {
+    std::vector<std::string> keys = {"formatKey", "noSuchKey", "formattingBehavior"};
+    for (const std::string_view key : aClass->propertyKeys()) keys.emplace_back(key);
+    for (const std::string& key : keys)
+      for (NSObject* value : nonsense) {
+        const auto name = NSString::stringWithUTF8String(key);
+        const auto made = as<NSFormatter>(objectFromInfoDictionary(
+            aClass, NSDictionary::of({{"properties"_ns, NSDictionary::of({{name, value}})},
+                                      {"class"_ns, value},
+                                      {"timeZoneSelector"_ns, value}})));
+        ASSERT_TRUE(made) << name << " " << value;
+        made->stringForObjectValue(NSNumber::of(-1234.5));
+        made->stringForObjectValue(NSDate::date());
+        made->getObjectValue_forString_errorDescription(nullptr, "1"_ns, nullptr);
+      }
+  }
+  for (NSObject* value : nonsense)
+    objectFromInfoDictionary(
+        classOf<NSSortDescriptor>(),
+        NSDictionary::of({{"key"_ns, value}, {"ascending"_ns, value}, {"selector"_ns, value}}));
 }
 
 TEST(InfoDictionary, DateFormattersHaveBehaviours) {

@@ -7,34 +7,26 @@
 #include <cmath>
 #include <random>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/NSException.h"
-#include "Platform/Text/NSLocale.h"
-#include "Platform/Text/NSTimeZone.h"
 #include "Platform/Text/detail/NaturalDate.h"
 #include "Platform/Values/NSNumber.h"
+#include "tests/support/Formatters.h"
 #include "tests/support/Raises.h"
 
 namespace qz {
 namespace {
 
+using test::dateAt;
+using test::moment;
+using test::raises;
+using test::text;
 using Style = NSDateFormatterStyle;
 
 Ref<NSDateFormatter> formatter(const char* locale, NSString* zone = "UTC"_ns) {
-  auto made = NSDateFormatter::init();
-  made->setLocale(NSLocale::localeWithLocaleIdentifier(NSString::stringWithUTF8String(locale)));
-  made->setTimeZone(NSTimeZone::timeZoneWithName(zone));
-  return made;
+  return test::setUp(NSDateFormatter::init(), locale, zone);
 }
-
-std::string text(NSDateFormatter* formatter, double seconds) {
-  return to_string(formatter->stringFromDate(NSDate::dateWithTimeIntervalSince1970(seconds)));
-}
-
-constexpr double moment = 1709214600.25;  // Thursday, 2024-02-29 13:50:00.250 UTC
 
 TEST(NSDateFormatter, Styles) {
   const struct {
@@ -120,7 +112,7 @@ TEST(NSDateFormatter, RoundTripInEveryLocale) {
       // an hour that comes twice: UTC has none.
       const double seconds =
           std::floor(static_cast<double>(random() % 2'130'000'000u) / unit) * unit;
-      const auto shown = each->stringFromDate(NSDate::dateWithTimeIntervalSince1970(seconds));
+      const auto shown = each->stringFromDate(dateAt(seconds));
       const auto read = each->dateFromString(shown);
       ASSERT_NE(read, nullptr) << shown << " " << each->locale();
       ASSERT_EQ(read->timeIntervalSince1970(), seconds) << shown << " " << each->locale();
@@ -163,22 +155,18 @@ TEST(NSDateFormatter, Reading) {
 
   reader->setDateFormat("h:mm a"_ns);
   EXPECT_EQ(read("1:50 PM"_ns), 946734600);  // with the blank that people type
-  reader->setDefaultDate(NSDate::dateWithTimeIntervalSince1970(moment));
+  reader->setDefaultDate(dateAt(moment));
   EXPECT_EQ(read("1:50 PM"_ns), 1709214600.25);
   reader->setDateFormat("yy"_ns);
   reader->setDefaultDate(nullptr);
   EXPECT_EQ(read("49"_ns), 2493072000);
   EXPECT_EQ(read("50"_ns), -631152000);
-  reader->setTwoDigitStartDate(NSDate::dateWithTimeIntervalSince1970(2493072000));
+  reader->setTwoDigitStartDate(dateAt(2493072000));
   EXPECT_EQ(read("50"_ns), 2524608000);
 
-  Ref<NSObject> value = "left over"_ns;
-  Ref<NSString> error;
-  EXPECT_FALSE(reader->getObjectValue_forString_errorDescription(&value, "soon"_ns, &error));
-  EXPECT_EQ(value, nullptr);
-  EXPECT_EQ(to_string(error), "“soon” is not a date in the format “yy”");
+  EXPECT_EQ(test::read(reader, "soon"_ns).error, "“soon” is not a date in the format “yy”");
   EXPECT_EQ(reader->dateFromString(nullptr), nullptr);
-  EXPECT_TRUE(test::raises(NSInvalidArgumentException, [&] {
+  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
     reader->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr);
   }));
 }
@@ -244,8 +232,7 @@ TEST(NSDateFormatter, Words) {
       {"en_US", "now at 5pm"_ns, none},
   };
   for (const auto& each : cases) {
-    const auto locale =
-        NSLocale::localeWithLocaleIdentifier(NSString::stringWithUTF8String(each.locale));
+    const auto locale = test::locale(each.locale);
     EXPECT_EQ(detail::readNaturalDate(each.text->view(), now, *berlin, *locale).value_or(none),
               each.expected)
         << each.text;
@@ -260,15 +247,7 @@ TEST(NSDateFormatter, Words) {
 TEST(NSDateFormatter, OneFormatterServesManyThreads) {
   const auto shared = formatter("de_DE", "Europe/Berlin"_ns);
   shared->setDateFormat("EEEE, d. MMMM y HH:mm:ss zzzz"_ns);
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([&shared] {
-      for (int k = 0; k < 100; ++k) {
-        const Ref<NSDate> date = NSDate::dateWithTimeIntervalSince1970(1704067200 + k * 86400.0);
-        const Ref<NSString> shown = shared->stringForObjectValue(date);
-        EXPECT_TRUE(equal(shared->dateFromString(shown), date)) << shown;
-      }
-    });
+  test::expectServesManyThreads(shared, [](int i) { return dateAt(1704067200 + i * 86400.0); });
 }
 
 TEST(NSLocale, IdentifiersAndTheEnvironment) {

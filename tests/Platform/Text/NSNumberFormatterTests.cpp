@@ -8,25 +8,21 @@
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
-#include <vector>
+#include <utility>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/NSException.h"
-#include "Platform/Text/NSLocale.h"
 #include "Platform/Text/detail/PlainNumberFormat.h"
 #include "Platform/Values/NSNumber.h"
+#include "tests/support/Formatters.h"
 #include "tests/support/Raises.h"
 
 namespace qz {
 namespace {
 
+using test::locale;
 using test::raises;
 using Style = NSNumberFormatterStyle;
-
-Ref<NSLocale> locale(const char* name) {
-  return NSLocale::localeWithLocaleIdentifier(NSString::stringWithUTF8String(name));
-}
 
 Ref<NSNumberFormatter> formatter(NSString* format, const char* name = "en_US") {
   auto made = NSNumberFormatter::init();
@@ -146,21 +142,33 @@ TEST(NSNumberFormatter, SettingsCountInAnyOrder) {
   significant->setMaximumSignificantDigits(3);
   EXPECT_EQ(text(significant, 12345.678), "12300");
   EXPECT_TRUE(significant->usesSignificantDigits());
-  EXPECT_EQ(significant->maximumSignificantDigits(), 3u);
-  const auto copy = as<NSNumberFormatter>(significant->copy());
-  EXPECT_EQ(text(copy, 12345.678), "12300");
   significant->setMaximumFractionDigits(UINT32_MAX);  // as many as there may be
   EXPECT_EQ(text(significant, 0.5), "0.5");
 }
 
-TEST(NSNumberFormatter, EverySettingIsAKey) {
+TEST(NSNumberFormatter, EverySettingIsAKeyAndIsKeptByCopiesAndArchives) {
   const auto made = NSNumberFormatter::init();
-  made->setLocale(locale("en_US"));
   for (const std::string_view key : classOf<NSNumberFormatter>()->propertyKeys()) {
     const auto name = NSString::stringWithUTF8String(key);
-    const Ref<NSObject> value = made->valueForKey(name);
-    if (value) made->setValue_forKey(value, name);
-    EXPECT_TRUE(equal(made->valueForKey(name), value)) << name;
+    Ref<NSObject> value = made->valueForKey(name);
+    if (const auto number = as<NSNumber>(value); number && number->kind() == NumberKind::Bool)
+      value = NSNumber::of(!number->boolValue());
+    else if (number || key == "minimum" || key == "maximum")
+      value = NSNumber::of(2);
+    else if (key == "locale")
+      value = locale("de_CH");
+    else
+      value = key.ends_with("ormat") ? "0.0#;-0.0"_ns : "x"_ns;
+    if (key == "positiveFormat" || key == "negativeFormat") value = "+0.0#"_ns;
+    made->setValue_forKey(value, name);
+    EXPECT_TRUE(equal(made->valueForKey(name), value)) << name << " " << made->valueForKey(name);
+  }
+  for (const auto& other : {made->copy(), test::throughArchive(made)}) {
+    for (const std::string_view key : classOf<NSNumberFormatter>()->propertyKeys()) {
+      const auto name = NSString::stringWithUTF8String(key);
+      EXPECT_TRUE(equal(other->valueForKey(name), made->valueForKey(name))) << name;
+    }
+    EXPECT_EQ(text(as<NSNumberFormatter>(other.get()), -12.5), text(made, -12.5));
   }
   // A value from a configuration file is a text as often as not.
   made->setValue_forKey("2"_ns, "minimumFractionDigits"_ns);
@@ -237,20 +245,14 @@ TEST(NSNumberFormatter, Reading) {
     for (const bool lenient : {false, true}) {
       const auto reader = formatter("#,##0.###"_ns);
       reader->setLenient(lenient);
-      Ref<NSObject> value = "left over"_ns;
-      Ref<NSString> error;
-      const bool isRead =
-          reader->getObjectValue_forString_errorDescription(&value, each.text, &error);
+      const auto [value, error] = test::read(reader, each.text);
       const Kind kind = lenient ? each.lenient : each.strict;
-      EXPECT_EQ(isRead, kind != No) << each.text << lenient << value;
-      if (isRead != (kind != No)) continue;
-      if (!isRead) {
-        EXPECT_EQ(value, nullptr);
-        EXPECT_EQ(error->UTF8String(), "“" + each.text->UTF8String() + "” is not a number");
+      if (kind == No) {
+        EXPECT_EQ(error, "“" + each.text->UTF8String() + "” is not a number") << lenient;
         continue;
       }
-      EXPECT_EQ(error, nullptr);
       const auto number = as<NSNumber>(value);
+      ASSERT_TRUE(number) << each.text << lenient << error;
       EXPECT_EQ(number->doubleValue(), each.value) << each.text;
       EXPECT_EQ(number->kind(), kind == Whole      ? NumberKind::LongLong
                                 : kind == Unsigned ? NumberKind::UnsignedLongLong
@@ -264,18 +266,14 @@ TEST(NSNumberFormatter, LimitsOfReading) {
   reader->setAllowsFloats(false);
   reader->setMinimum(NSNumber::of(1));
   reader->setMaximum(NSNumber::of(10));
-  const auto error = [&](NSString* string) {
-    Ref<NSString> message;
-    reader->getObjectValue_forString_errorDescription(nullptr, string, &message);
-    return to_string(message);
-  };
-  EXPECT_EQ(error("5"_ns), "(null)");
-  EXPECT_EQ(error("5.0"_ns), "(null)");
-  EXPECT_EQ(error("5.5"_ns), "“5.5” is not a whole number");
-  EXPECT_EQ(error("0"_ns), "“0” is below the minimum of 1");
-  EXPECT_EQ(error("11"_ns), "“11” is above the maximum of 10");
+  for (const auto& [string, expected] : {std::pair{"5"_ns, ""},
+                                         {"5.0"_ns, ""},
+                                         {"5.5"_ns, "“5.5” is not a whole number"},
+                                         {"0"_ns, "“0” is below the minimum of 1"},
+                                         {"11"_ns, "“11” is above the maximum of 10"}})
+    EXPECT_EQ(test::read(reader, string).error, expected);
   const auto huge = NSString::stringWithUTF8String(std::string(20'000, 'x'));
-  EXPECT_LT(error(huge).size(), 200u);
+  EXPECT_LT(test::read(reader, huge).error.size(), 200u);
   EXPECT_EQ(reader->numberFromString(NSString::stringWithUTF8String(std::string(5000, '9'))),
             nullptr);
 }
@@ -285,11 +283,14 @@ TEST(NSNumberFormatter, RoundTripInEveryLocale) {
   std::mt19937_64 random(17);
   for (const char* name : {"en_US", "de_DE", "de_CH", "fr_FR", "ja_JP", "ar_EG", "hi_IN", "sv_SE",
                            "fa_IR", "he_IL", "es_ES", "en_US_POSIX"})
-    for (const Style style : {Style::None, Style::Decimal, Style::Currency, Style::Percent}) {
+    for (const Style style :
+         {Style::None, Style::Decimal, Style::Currency, Style::Percent, Style::Scientific}) {
       const auto each = NSNumberFormatter::init();
       each->setLocale(locale(name));
       each->setNumberStyle(style);
-      each->setMaximumFractionDigits(style == Style::Percent ? 2 : 4);
+      each->setMaximumFractionDigits(style == Style::Scientific ? 15
+                                     : style == Style::Percent  ? 2
+                                                                : 4);
       for (int i = 0; i < 60; ++i) {
         const auto digits = static_cast<double>(static_cast<std::int64_t>(random()) >> 22);
         const double value = digits / 10000;
@@ -364,15 +365,7 @@ TEST(NSNumberFormatter, OneFormatterServesManyThreads) {
     const auto shared = NSNumberFormatter::init();
     shared->setLocale(locale("de_DE"));
     shared->setNumberStyle(style);
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i)
-      threads.emplace_back([&shared] {
-        for (int k = 0; k < 200; ++k) {
-          const Ref<NSNumber> number = NSNumber::of(k * 1001);
-          const Ref<NSString> shown = shared->stringForObjectValue(number);
-          EXPECT_TRUE(equal(shared->numberFromString(shown), number)) << shown;
-        }
-      });
+    test::expectServesManyThreads(shared, [](int i) { return NSNumber::of(i * 1001); });
   }
 }
 

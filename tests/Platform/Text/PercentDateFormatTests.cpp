@@ -1,41 +1,34 @@
 // Date formats with percent signs.
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <ctime>
 #include <limits>
 #include <random>
 #include <string>
-#include <thread>
-#include <vector>
+#include <utility>
 
-#include "Platform/Text/NSDateFormatter.h"
-#include "Platform/Text/NSLocale.h"
-#include "Platform/Text/NSTimeZone.h"
+#include "tests/support/Formatters.h"
 
 namespace qz {
 namespace {
 
-Ref<NSDateFormatter> formatter(NSString* format, NSString* locale = "en_US"_ns,
+using test::dateAt;
+using test::moment;
+using test::text;
+
+Ref<NSDateFormatter> formatter(NSString* format, const char* locale = "en_US",
                                NSString* zone = "UTC"_ns) {
-  auto made = NSDateFormatter::initWithDateFormat_allowNaturalLanguage(format, false);
-  made->setLocale(NSLocale::localeWithLocaleIdentifier(locale));
-  made->setTimeZone(NSTimeZone::timeZoneWithName(zone));
-  return made;
+  return test::setUp(NSDateFormatter::initWithDateFormat_allowNaturalLanguage(format, false),
+                     locale, zone);
 }
-
-std::string text(NSDateFormatter* formatter, double seconds) {
-  return to_string(formatter->stringFromDate(NSDate::dateWithTimeIntervalSince1970(seconds)));
-}
-
-constexpr double moment = 1709214600.25;  // Thursday, 2024-02-29 13:50:00.250 UTC
 
 TEST(PercentDateFormat, Conversions) {
   const struct {
     NSString* format;
     const char* locale;
     const char* expected;
+    NSString* zone = "UTC"_ns;
   } cases[] = {
       {"%y-%m-%d %H:%M:%S.%F "_ns, "en_US", "24-02-29 13:50:00.250 "},
       {"%Y/%j %w %e|%I %p"_ns, "en_US", "2024/060 4 29|01 PM"},
@@ -47,14 +40,12 @@ TEST(PercentDateFormat, Conversions) {
       {"100%% %q %"_ns, "en_US", "100% %q %"},
       {"日%d"_ns, "ar_EG", "日29"},
       {""_ns, "en_US", ""},
+      {"%H:%M %z %Z"_ns, "en_US", "19:20 +0530 IST", "Asia/Kolkata"_ns},
+      {"%H %z"_ns, "en_US", "10 -0330", "America/St_Johns"_ns},
   };
   for (const auto& each : cases)
-    EXPECT_EQ(text(formatter(each.format, NSString::stringWithUTF8String(each.locale)), moment),
-              each.expected)
+    EXPECT_EQ(text(formatter(each.format, each.locale, each.zone), moment), each.expected)
         << each.format << " " << each.locale;
-  EXPECT_EQ(text(formatter("%H:%M %z %Z"_ns, "en_US"_ns, "Asia/Kolkata"_ns), moment),
-            "19:20 +0530 IST");
-  EXPECT_EQ(text(formatter("%H %z"_ns, "en_US"_ns, "America/St_Johns"_ns), moment), "10 -0330");
   EXPECT_EQ(text(NSDateFormatter::initWithDateFormat_allowNaturalLanguage(nullptr, false), 0), "");
 }
 
@@ -75,30 +66,35 @@ TEST(PercentDateFormat, SameAsTheCLibrary) {
 
 TEST(PercentDateFormat, Extremes) {
   const auto format = formatter("%Y-%m-%d %H:%M:%S.%F"_ns);
-  EXPECT_EQ(text(format, -62135596800), "0001-01-01 00:00:00.000");
-  EXPECT_EQ(text(format, -62135596801), "0000-12-31 23:59:59.000");
-  EXPECT_EQ(text(format, -63500000000), "-0043-10-07 07:06:40.000");
-  EXPECT_EQ(text(format, 253402300800), "10000-01-01 00:00:00.000");
-  EXPECT_EQ(text(format, -0.001), "1969-12-31 23:59:59.999");
-  EXPECT_EQ(text(format, 0.9999), "1970-01-01 00:00:00.999");     // cut
-  EXPECT_EQ(text(format, 0.9999999), "1970-01-01 00:00:01.000");  // what was written as 1
-  EXPECT_EQ(text(format, 1700000000.29), "2023-11-14 22:13:20.290");
+  const std::pair<double, const char*> cases[] = {
+      {-62135596800, "0001-01-01 00:00:00.000"},
+      {-62135596801, "0000-12-31 23:59:59.000"},
+      {-63500000000, "-0043-10-07 07:06:40.000"},
+      {253402300800, "10000-01-01 00:00:00.000"},
+      {-0.001, "1969-12-31 23:59:59.999"},
+      {0.9999, "1970-01-01 00:00:00.999"},     // cut
+      {0.9999999, "1970-01-01 00:00:01.000"},  // what was written as 1
+      {1700000000.29, "2023-11-14 22:13:20.290"},
+      {1e15, "(null)"},
+      {-1e300, "(null)"},
+      {std::numeric_limits<double>::infinity(), "(null)"},
+      {std::nan(""), "(null)"},
+  };
+  for (const auto& [seconds, expected] : cases) EXPECT_EQ(text(format, seconds), expected);
   EXPECT_NE(text(format, 1.7e14), "(null)");
-  for (const double none : {1e15, -1e300, std::numeric_limits<double>::infinity(), std::nan("")})
-    EXPECT_EQ(text(format, none), "(null)") << none;
 }
 
 TEST(PercentDateFormat, RoundTripInEveryLocale) {
   std::mt19937_64 random(3);
-  for (NSString* locale : {"en_US"_ns, "de_DE"_ns, "fr_FR"_ns, "ja_JP"_ns, "ru_RU"_ns, "ar_EG"_ns,
-                           "hi_IN"_ns, "tr_TR"_ns, "pt_BR"_ns})
+  for (const char* locale :
+       {"en_US", "de_DE", "fr_FR", "ja_JP", "ru_RU", "ar_EG", "hi_IN", "tr_TR", "pt_BR"})
     for (NSString* format :
          {"%Y-%m-%d %H:%M:%S.%F"_ns, "%A, %e. %B %Y, %I:%M:%S.%F %p"_ns, "%a %b %d %Y %X.%F %z"_ns,
           "%Y%m%d%H%M%S%F"_ns, "%Y %j %H:%M:%S.%F"_ns}) {
       const auto each = formatter(format, locale, "Asia/Kolkata"_ns);
       for (int i = 0; i < 40; ++i) {
         const double seconds = static_cast<double>(random() % 4'000'000'000'000u) / 1000;
-        const auto written = each->stringFromDate(NSDate::dateWithTimeIntervalSince1970(seconds));
+        const auto written = each->stringFromDate(dateAt(seconds));
         const auto read = each->dateFromString(written);
         ASSERT_NE(read, nullptr) << written << " " << format << " " << locale;
         ASSERT_NEAR(read->timeIntervalSince1970(), seconds, 1e-6) << written << " " << locale;
@@ -141,30 +137,15 @@ TEST(PercentDateFormat, Reading) {
     for (const bool lenient : {false, true}) {
       const auto reader = formatter(each.format);
       reader->setLenient(lenient);
-      Ref<NSObject> value;
-      Ref<NSString> error = "left over"_ns;
-      const bool isDate =
-          reader->getObjectValue_forString_errorDescription(&value, each.text, &error);
-      const double expected = lenient ? each.lenient : each.strict;
-      EXPECT_EQ(isDate, expected != no) << each.text << lenient;
-      EXPECT_EQ(isDate, error == nullptr) << each.text;
-      if (isDate) {
-        EXPECT_EQ(as<NSDate>(value)->timeIntervalSince1970(), expected) << each.text << lenient;
-      }
+      const auto date = as<NSDate>(test::read(reader, each.text).value);
+      EXPECT_EQ(date ? date->timeIntervalSince1970() : no, lenient ? each.lenient : each.strict)
+          << each.text << lenient;
     }
 }
 
 TEST(PercentDateFormat, OneFormatterServesManyThreads) {
-  const auto shared = formatter("%a %y-%m-%d %H:%M:%S.%F "_ns, "de_DE"_ns, "Europe/Berlin"_ns);
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([&shared] {
-      for (int k = 0; k < 500; ++k) {
-        const Ref<NSDate> date = NSDate::dateWithTimeIntervalSince1970(moment + k);
-        const Ref<NSString> written = shared->stringForObjectValue(date);
-        EXPECT_TRUE(shared->dateFromString(written)->isEqual(date)) << written;
-      }
-    });
+  const auto shared = formatter("%a %y-%m-%d %H:%M:%S.%F "_ns, "de_DE", "Europe/Berlin"_ns);
+  test::expectServesManyThreads(shared, [](int i) { return dateAt(moment + i); });
 }
 
 }  // namespace
