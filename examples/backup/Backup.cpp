@@ -36,9 +36,10 @@ int Backup::run() {
     std::cout << "from " << printable(settings_.source) << "\nto   "
               << printable(settings_.destination) << std::endl;
   handleInterruptions([this](int signal) { interrupt(signal); });
+  if (options_.watch && !watchSource()) return 1;
   startNext();
   NSRunLoop::mainRunLoop()->run();
-  finish();
+  if (options_.isTrial()) removeTrial();
   if (signal_ != 0) return 128 + signal_;
   return hasFailed_ ? 1 : 0;
 }
@@ -75,9 +76,22 @@ void Backup::planSteps() {
   steps_.push_back({"verify", Kind::Verify, nullptr});
 }
 
+/// What changes from now on is copied after the last step; nothing falls between.
+bool Backup::watchSource() {
+  Ref<NSError> error;
+  watch_ = SourceWatch::start(settings_, &error);
+  if (!watch_) {
+    std::cerr << "backup: " << printable(error->localizedDescription()) << '\n';
+    return false;
+  }
+  watch_->onFailure = [this](NSString* entry, NSError* failure) { tellFailure(entry, failure); };
+  watch_->onEnd = [this](BackupTask* task) { tellBatch(task); };
+  return true;
+}
+
 void Backup::startNext() {
   if (next_ == steps_.size() || signal_ != 0) {
-    NSRunLoop::mainRunLoop()->stop();
+    afterLastStep();
     return;
   }
   const Step& step = steps_[next_++];
@@ -86,6 +100,16 @@ void Backup::startNext() {
   task_->onFailure = [this](NSString* entry, NSError* error) { tellFailure(entry, error); };
   task_->setDelegate(this);
   task_->start();
+}
+
+void Backup::afterLastStep() {
+  if (!options_.quiet) report();
+  if (!watch_ || signal_ != 0) {
+    NSRunLoop::mainRunLoop()->stop();
+    return;
+  }
+  if (!options_.quiet) std::cout << "\nwatching; Ctrl-C ends it" << std::endl;
+  watch_->begin();
 }
 
 void Backup::threadedTaskDidBegin(NSNotification*) {
@@ -109,12 +133,30 @@ void Backup::threadedTaskDidComplete(NSNotification*) {
   startNext();
 }
 
+/// Ending the watch is not an interruption, unless something is being copied just then.
 void Backup::interrupt(int signal) {
-  signal_ = signal;
-  if (task_)
-    task_->abort();
-  else
+  Ref<BackupTask> task = task_;
+  if (!task && watch_) task = watch_->end();
+  if (task) {
+    signal_ = signal;
+    task->abort();
+  } else {
     NSRunLoop::mainRunLoop()->stop();
+  }
+}
+
+void Backup::tellBatch(BackupTask* task) {
+  const Ref<NSError> error = task->taskError();
+  if (error && !isUserCancelledError(error)) {
+    hasFailed_ = true;
+    std::cerr << "backup: " << printable(error->localizedDescription()) << std::endl;
+  }
+  const Amount done = task->done();
+  const Ref<NSString> last = task->progressMessage();
+  if (!options_.quiet && done.entries != 0 && last)
+    std::cout << "copied " << countText(done.entries) << (done.entries == 1 ? " entry" : " entries")
+              << ", " << sizeText(done.bytes) << ": " << printable(last) << std::endl;
+  if (signal_ != 0) NSRunLoop::mainRunLoop()->stop();
 }
 
 void Backup::tellFailure(NSString* entry, NSError* error) {
@@ -125,18 +167,21 @@ void Backup::tellFailure(NSString* entry, NSError* error) {
             << std::endl;
 }
 
-void Backup::finish() {
+void Backup::removeTrial() {
   const auto manager = NSFileManager::defaultManager();
-  if (options_.isTrial() && manager->fileExistsAtPath(settings_.destination))
-    if (const auto error = removeFileAtPath(manager, settings_.destination)) {
-      hasFailed_ = true;
-      std::cerr << "backup: " << error->localizedDescription() << '\n';
-    }
+  if (!manager->fileExistsAtPath(settings_.destination)) return;
+  if (const auto error = removeFileAtPath(manager, settings_.destination)) {
+    hasFailed_ = true;
+    std::cerr << "backup: " << printable(error->localizedDescription()) << '\n';
+  }
+}
+
+void Backup::report() const {
   const auto& counted = steps_.front().result;
-  if (options_.quiet || !counted) return;
+  if (!counted) return;
   printSteps(steps_);
   printLargest(counted->largestFiles);
-  if (signal_ != 0) std::cout << "\nended early\n";
+  if (signal_ != 0) std::cout << "\nended early" << std::endl;
 }
 
 /// The log says nothing when it cannot be written; who asked for it should know.

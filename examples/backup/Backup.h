@@ -8,6 +8,7 @@
 #include "Options.h"
 #include "ProgressLine.h"
 #include "Report.h"
+#include "SourceWatch.h"
 
 namespace backup {
 
@@ -33,9 +34,13 @@ class Backup : public qz::Derives<Backup, NSObject> {
  private:
   void findFolders();
   void planSteps();
+  bool watchSource();
   void startNext();
+  void afterLastStep();
   void tellFailure(NSString* entry, NSError* error);
-  void finish();
+  void removeTrial();
+  void report() const;
+  void tellBatch(BackupTask* task);
   void tellDebugLog() const;
   Step& current() { return steps_[next_ - 1]; }
 
@@ -45,6 +50,7 @@ class Backup : public qz::Derives<Backup, NSObject> {
   std::size_t next_ = 0;
   Ref<BackupTask> task_;  // the one that is running
   std::optional<ProgressLine> line_;
+  Ref<SourceWatch> watch_;  // nil unless changes are wanted
   bool hasFailed_ = false;
   int signal_ = 0;
 };

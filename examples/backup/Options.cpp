@@ -28,7 +28,8 @@ with itself, verified again, and removed.
 
 Ctrl-C ends the work and leaves the file that is being copied as it was; a second one ends it at
 once.
-"-QZDebug progress" writes the progress to the debug log, Desktop/backup.log in the home directory.
+"-QZDebug progress" writes the progress to the debug log, Desktop/backup.log in the home directory,
+and "-QZDebug backup" steps and failures; "-QZDebug '(progress, backup)'" both.
 
 Exit status: 0 when everything is copied (and equal), 1 when something failed, 2 for a command line
 that makes no sense, 128 and the number of the signal when the work was interrupted.

@@ -143,6 +143,36 @@ TEST_F(Backup, CtrlCEndsItBetweenTwoFiles) {
   EXPECT_LT(copies, 200);
 }
 
+TEST_F(Backup, WatchesUntilCtrlC) {
+  write("source/a/old", "old");
+  write("source/closed/old", "old");
+  fs::permissions(source + "/closed", fs::perms(0555));
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::execl(program().c_str(), "backup", "--quiet", "--watch", source.c_str(), copy.c_str(),
+            nullptr);
+    ::_exit(127);
+  }
+  const auto waitFor = [](const std::string& path, const std::string& bytes) {
+    for (int i = 0; i < 5000 && contentsOf(path) != bytes; ++i) ::usleep(1000);
+    EXPECT_EQ(contentsOf(path), bytes) << path;
+  };
+  waitFor(copy + "/a/old", "old");
+  write("source/new/deep/file", "new");
+  write("source/a/old", "changed");
+  waitFor(copy + "/new/deep/file", "new");
+  waitFor(copy + "/a/old", "changed");
+  fs::rename(source + "/new", source + "/renamed");
+  fs::remove(source + "/a/old");
+  waitFor(copy + "/renamed/deep/file", "new");
+  EXPECT_EQ(contentsOf(copy + "/a/old"), "changed");  // nothing is removed
+  ::kill(child, SIGINT);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status)) << status;
+  for (const std::string& top : {source, copy}) fs::permissions(top + "/closed", fs::perms(0755));
+}
+
 TEST_F(Backup, TakesUserDefaultsAndRefusesWrongUse) {
   write("source/file", "x");
   fs::create_directory(directory_.path() + "/Desktop");
