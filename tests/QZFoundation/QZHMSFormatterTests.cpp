@@ -215,6 +215,7 @@ TEST(QZHMSFormatter, ParsesAsAScannerWould) {
   }
 }
 
+// Durations are shown alike in every locale.
 TEST(QZHMSFormatter, RoundTrip) {
   const auto formatter = QZHMSFormatter::init();
   std::mt19937_64 random(9);
