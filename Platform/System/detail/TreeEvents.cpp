@@ -268,23 +268,19 @@ void TreeEvents::isThere(Folder& folder, int directory, const std::string& name,
   entry.isFolder = found.isFolder;
   const std::string path = pathOf(folder, name);
   // Names are looked at when there may be more news of them to come: those of what has been seen
-  // already mean the same file still, and those of what was there before mean another one.
-  const bool isSame =
-      !isNew && before.isFolder == found.isFolder &&
-      ((found.isFolder && options_.deep) || (before.inode == found.inode && !touched.wasReplaced));
+  // already mean the same file still, and those of what was there before mean another one. Whether
+  // a folder that was entered is the same is found out when it is entered again.
+  const bool isSame = !isNew && !touched.wasReplaced && before.isFolder == found.isFolder &&
+                      (before.child != nullptr || before.inode == found.inode);
   const bool isMoved = !touched.origin.empty() && touched.inode == found.inode;
   const std::string origin = isMoved ? touched.origin : std::string();
-  if (isSame && found.isFolder && touched.wasReplaced && before.child != nullptr) {
-    // What is in it was away, even if it is the same folder: it is put in again below.
-    takeOut(*before.child);
-    changes_->gone(path, true);
-    changes_->come(path, true, origin);
-  } else if (isSame) {
+  if (isSame) {
     std::uint32_t kinds = touched.kinds;
     if (before.stamp != found.stamp && before.stamp != 0 && found.stamp != 0) kinds |= treeChanged;
     if (kinds != 0) changes_->touched(path, found.isFolder, kinds);
   } else {
-    if (before.child != nullptr && !found.isFolder) takeOut(*before.child);
+    // Also when it is the same folder, for what is in it was away: then it is put in again.
+    if (before.child != nullptr) takeOut(*before.child);
     if (!isNew) changes_->gone(path, before.isFolder);
     changes_->come(path, found.isFolder, origin, touched.kinds);
   }

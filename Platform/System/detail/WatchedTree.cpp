@@ -79,9 +79,16 @@ bool TreeEvents::isSecondFaceOf(const Folder& folder, const Folder& in) {
 
 void TreeEvents::takeOut(Folder& folder) {
   const std::string path = pathOf(folder);
+  folder.isNew = changes_->stateOf(path).isNew;
   visit(folder, [&](Folder& each) {
     const std::string at = pathOf(each);
-    for (const auto& [name, entry] : each.entries) changes_->gone(joined(at, name), entry.isFolder);
+    for (auto& [name, entry] : each.entries) {
+      const std::string member = joined(at, name);
+      const TreeChanges::State state = changes_->stateOf(member);
+      entry.kinds = static_cast<std::uint8_t>(state.kinds);
+      entry.isNew = state.isNew;
+      changes_->gone(member, entry.isFolder);
+    }
   });
   if (folder.parent != nullptr) {
     const auto entry = folder.parent->entries.find(folder.name);

@@ -46,14 +46,13 @@ class TreeEventsTest : public ::testing::Test {
   }
   /// What has happened since the last time.
   std::string news() {
-    TreeChanges changes;
-    changes.merge(settled());
-    return described(changes, root);
-  }
-  TreeChanges settled() {
-    TreeChanges changes;
-    for (int i = 0; i < 3 && events->wait(0); ++i) events->settle(changes);
-    return changes;
+    TreeChanges all;
+    for (int i = 0; i < 3 && events->wait(0); ++i) {
+      TreeChanges changes;
+      events->settle(changes);
+      all.merge(std::move(changes));
+    }
+    return described(all, root);
   }
   std::string at(const std::string& name) const { return root + "/" + name; }
   void write(const std::string& name, std::string_view text = "") {
@@ -114,6 +113,26 @@ TEST_F(TreeEventsTest, TellsWhatCameOfIt) {
     EXPECT_EQ(news(), each.told);
   }
   EXPECT_EQ(events->polledFolders(), 0u);
+}
+
+// The tree does not stand still while it is looked at.
+TEST_F(TreeEventsTest, FoldersMayMoveMeanwhile) {
+  write("d/x", "text");
+  write("d/deep/y");
+  start();
+  write("d/x", "more");  // looked at first, and what was found must move along
+  fs::create_directory(at("e"));
+  fs::remove(at("e"));
+  FaultySystem system;
+  system.listener = [&](SystemCall call, const char* path) {
+    if (call != SystemCall::Statx || path != std::string("e")) return;
+    system.listener = nullptr;
+    move("d", "e");
+    write("e/deep/y", "more");
+  };
+  EXPECT_EQ(news(),
+            "dr:d/=e dr:d/deep/=e/deep dr:d/deep/y=e/deep/y dr:d/x=e/x cr:e/=d cr:e/deep/=d/deep "
+            "cxr:e/deep/y=d/deep/y cxr:e/x=d/x ");
 }
 
 TEST_F(TreeEventsTest, LeavesOutWhatItIsTold) {
