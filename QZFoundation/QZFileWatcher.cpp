@@ -21,7 +21,8 @@
 namespace qz {
 namespace {
 
-constexpr std::uint32_t deletedOrWritten = 3;
+constexpr std::uint32_t deletedOrWritten = 0x03;
+constexpr std::uint32_t revoked = 0x40;
 
 bool exists(NSString* path) {
   struct stat is {};
@@ -81,6 +82,10 @@ Ref<QZFileWatcher> QZFileWatcher::initWithPath_usingKernelEvents(NSString* path,
   const Ref<XJKQueue> queue = sharedQueue();
   for (NSString* name : {XJFileWatcherDeleteNotification, XJFileWatcherWriteNotification})
     center()->addObserver_selector_name_object(watcher, "fileDidChange:"_sel, name, queue);
+  // A file whose file system is unmounted is not there any longer, either.
+  if (useThem)
+    center()->addObserver_selector_name_object(watcher, "fileDidChange:"_sel,
+                                               XJFileWatcherAccessRevocationNotification, queue);
   watcher->watchFile();
   return watcher;
 }
@@ -115,7 +120,8 @@ void QZFileWatcher::watchWatchingPath() {
   const Ref<QZDisk> disk = QZDisk::diskForFilePath(watchingPath_);
   const bool isLocal = (disk && disk->isLocalVolume()) || (useKernelEvents_ && kernelTellsAll());
   const Ref<XJKQueue> queue = isLocal ? sharedQueue() : nullptr;
-  usesTimer_ = !queue || queue->addPathToQueue_notifyingAbout(watchingPath_, deletedOrWritten) != 0;
+  const std::uint32_t mask = useKernelEvents_ ? deletedOrWritten | revoked : deletedOrWritten;
+  usesTimer_ = !queue || queue->addPathToQueue_notifyingAbout(watchingPath_, mask) != 0;
   if (usesTimer_) watchPathUsingTimer();
 }
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,7 +13,9 @@
 #include "Platform/Concurrency/NSRunLoop.h"
 #include "Platform/Concurrency/NSThread.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "tests/support/FaultySystem.h"
 #include "tests/support/Raises.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -27,9 +30,11 @@ class WatcherDelegate : public Derives<WatcherDelegate, NSObject> {
   void changed(QZFileWatcher* watcher) {
     EXPECT_TRUE(NSThread::isMainThread());
     ++changes;
+    if (fails) NSException::raise_reason(NSGenericException, "a failing delegate"_ns);
     last = Ref<QZFileWatcher>(watcher);
   }
   int changes = 0;
+  bool fails = false;
   Ref<QZFileWatcher> last;
 };
 
@@ -125,6 +130,46 @@ TEST_F(QZFileWatcherTest, FollowsAFileThatComesAndGoes) {
     }
     EXPECT_EQ(to_string(watcher->watchingPath()), directory.path());
     EXPECT_EQ(delegate->last, watcher);
+  }
+}
+
+TEST_F(QZFileWatcherTest, GoesOnWhenTheDelegateFails) {
+  const std::string file = directory.write("a", "");
+  delegate->fails = true;
+  for (const bool kernel : {false, true}) {
+    watch(path("a"), kernel);
+    for (long i = 1; i < 4; ++i) {
+      setTime(file, i + (kernel ? 10 : 0));
+      if (kernel) directory.write("a", "more");
+      EXPECT_GE(kernel ? served(1) : polled(), 1);
+    }
+  }
+}
+
+TEST_F(QZFileWatcherTest, PollsWhenTheSystemHasNoWatchToGive) {
+  directory.write("a", "");
+  FaultySystem system;
+  system.failAll(SystemCall::AddWatch, ENOSPC);
+  watch(path("a"), true);
+  EXPECT_TRUE(watcher->usesTimer());
+  directory.write("a", "more");
+  EXPECT_EQ(polled(), 1);
+  system.heal();
+  watcher->watchFile();
+  EXPECT_FALSE(watcher->usesTimer());
+}
+
+TEST_F(QZFileWatcherTest, NoticesThatTheFileSystemIsUnmounted) {
+  for (const bool kernel : {false, true}) {
+    const std::string mount = directory.path() + "/mount";
+    std::filesystem::create_directories(mount);
+    if (::mount("none", mount.c_str(), "tmpfs", 0, nullptr) != 0) GTEST_SKIP() << "may not mount";
+    directory.write("mount/a", "");
+    watch(path("mount/a"), kernel);
+    EXPECT_EQ(watcher->usesTimer(), !kernel);
+    EXPECT_EQ(::umount(mount.c_str()), 0);
+    EXPECT_GE(kernel ? served(1) : polled(), 1);
+    EXPECT_EQ(to_string(watcher->watchingPath()), mount);
   }
 }
 

@@ -2,10 +2,16 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -15,6 +21,7 @@
 #include "Platform/Concurrency/NSThread.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/Send.h"
+#include "tests/support/FaultySystem.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace qz::test {
@@ -155,6 +162,116 @@ TEST_F(XJKQueueTest, EndsAtOnceWithItsLastOwner) {
     NSThread::sleepForTimeInterval(0.001);
   EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
   EXPECT_EQ(XJKQueue::sharedFileWatcher(), XJKQueue::sharedFileWatcher());
+}
+
+/// What this process has open, and how many of its threads have a name.
+std::size_t openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+int queueThreads() {
+  int found = 0;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string name;
+    std::getline(std::ifstream(task.path() / "comm"), name);
+    found += name == "XJKQueue" ? 1 : 0;
+  }
+  return found;
+}
+long residentPages() {
+  long all = 0;
+  long resident = 0;
+  std::ifstream("/proc/self/statm") >> all >> resident;
+  return resident;
+}
+/// Watches that the kernel knows of.
+int kernelWatches(int descriptor) {
+  std::ifstream about("/proc/self/fdinfo/" + std::to_string(descriptor));
+  int found = 0;
+  for (std::string line; std::getline(about, line);) found += line.starts_with("inotify wd:");
+  return found;
+}
+
+// A million pairs when QZ_STRESS_PAIRS=1000000 says so.
+TEST_F(XJKQueueTest, AddingAndRemovingLosesNothing) {
+  const char* stress = std::getenv("QZ_STRESS_PAIRS");
+  const int pairs = stress != nullptr ? std::atoi(stress) : 20'000;
+  const auto a = file("a");
+  const auto top = NSString::stringWithUTF8String(directory.path());
+  const auto addAndRemove = [&](int count) {
+    for (int i = 0; i < count; ++i) {
+      NSString* const path = i % 3 == 0 ? top : a;
+      ASSERT_EQ(queue->addPathToQueue(path), 0);
+      queue->removePathFromQueue(path);
+    }
+  };
+  addAndRemove(pairs / 10);
+  const std::size_t open = openDescriptors();
+  const long pages = residentPages();
+  addAndRemove(pairs);
+  EXPECT_EQ(openDescriptors(), open);
+  EXPECT_EQ(kernelWatches(queue->queueFD()), 0);
+  EXPECT_LT(residentPages() - pages, 512);
+  queue->addPath(a);
+  append(a);
+  EXPECT_EQ(told(1), "WrittenToNotification:/a ");
+}
+
+TEST_F(XJKQueueTest, WatchesTenThousandFilesWithOneThread) {
+  constexpr int count = 10'000;
+  const auto first = file("first");
+  queue->addPath(first);
+  append(first);
+  EXPECT_EQ(told(1), "WrittenToNotification:/first ");  // so the thread has its name
+  queue->removePath(first);
+  const int threads = queueThreads();
+  const std::size_t open = openDescriptors();
+  std::vector<Ref<NSString>> paths;
+  for (int i = 0; i < count; ++i) {
+    paths.push_back(file(std::to_string(i).c_str()));
+    ASSERT_EQ(queue->addPathToQueue(paths.back()), 0);
+  }
+  EXPECT_EQ(queueThreads(), threads);
+  EXPECT_EQ(openDescriptors(), open);
+  EXPECT_EQ(kernelWatches(queue->queueFD()), count);
+  token = nullptr;
+  int told = 0;
+  token = NSNotificationCenter::defaultCenter()->observe(nullptr, queue,
+                                                         [&](NSNotification*) { ++told; });
+  long pages = 0;
+  for (int round = 0; round < 3; ++round) {
+    told = 0;
+    for (int i = round; i < count; i += 10) append(paths[static_cast<std::size_t>(i)]);
+    while (told < count / 10)
+      ASSERT_TRUE(NSRunLoop::mainRunLoop()->runMode_beforeDate(
+          NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceNow(20)));
+    if (round == 0) pages = residentPages();
+  }
+  EXPECT_LT(residentPages() - pages, 256);
+  queue->removeAllPathsFromQueue();
+  EXPECT_EQ(kernelWatches(queue->queueFD()), 0);
+}
+
+TEST_F(XJKQueueTest, TellsThatThereIsNoWatchLeft) {
+  const auto a = file("a");
+  FaultySystem system;
+  system.failAll(SystemCall::AddWatch, ENOSPC);
+  EXPECT_EQ(queue->addPathToQueue(a), ENOSPC);
+  system.heal();
+  EXPECT_EQ(to_string(queue), "XJKQueue { watchedPaths = (), alwaysNotify = NO }");
+  system.failAll(SystemCall::OpenQueue, EMFILE);
+  EXPECT_EQ(XJKQueue::init(), nullptr);
+}
+
+TEST_F(XJKQueueTest, TellsThatAFileSystemIsUnmounted) {
+  const std::string mount = directory.path() + "/mount";
+  std::filesystem::create_directory(mount);
+  if (::mount("none", mount.c_str(), "tmpfs", 0, nullptr) != 0) GTEST_SKIP() << "may not mount";
+  const auto a = file("mount/a");
+  EXPECT_EQ(queue->addPathToQueue_notifyingAbout(a, 0x7F), 0);
+  EXPECT_EQ(::umount(mount.c_str()), 0);
+  EXPECT_EQ(told(1), "AccessRevocationNotification:/a ");
+  queue->removePath(a);
 }
 
 // Threads add, remove and describe while files change; the thread sanitizer watches.
