@@ -41,7 +41,8 @@ class QZFileWatcher : public Derives<QZFileWatcher, NSObject> {
   static Ref<QZFileWatcher> initWithPath(NSString* path);
 
   /// The same, with the kernel's events wherever they tell all that happens to the file: on file
-  /// systems of this machine. Falls back to polling.
+  /// systems of this machine. Falls back to polling when the system has no watches left. That the
+  /// file system is unmounted is a change, too.
   static Ref<QZFileWatcher> initWithPath_usingKernelEvents(NSString* path, bool useThem);
 
   /// Use `initWithPath`.

@@ -6,42 +6,23 @@
 
 #include <array>
 #include <atomic>
-#include <cstdlib>
-#include <filesystem>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "Platform/Concurrency/MainThread.h"
+#include "Platform/Runtime/Describe.h"
 #include "Platform/System/detail/VnodeEvents.h"
+#include "Platform/Values/NSDate.h"
 #include "QZFoundation/XJKQueue.h"
 #include "QZFoundation/detail/PolledPaths.h"
 #include "bench/support/Comparison.h"
 #include "bench/support/Families.h"
+#include "bench/support/Watching.h"
 
 namespace qz::bench {
 namespace {
-
-/// A folder with that many files.
-class Files {
- public:
-  explicit Files(int count) {
-    std::string folder = "/tmp/qzbenchXXXXXX";
-    folder_ = ::mkdtemp(folder.data());
-    for (int i = 0; i < count; ++i) {
-      paths.push_back(folder_ + "/" + std::to_string(i));
-      ::close(::creat(paths.back().c_str(), 0600));
-      strings.push_back(NSString::stringWithUTF8String(paths.back()));
-    }
-  }
-  ~Files() { std::filesystem::remove_all(folder_); }
-  std::vector<std::string> paths;
-  std::vector<Ref<NSString>> strings;
-
- private:
-  std::string folder_;
-};
-
-constexpr int many = 10'000;
 
 void addPaths(benchmark::State& state) {
   const Files files(many);
@@ -98,53 +79,91 @@ void inotifyCalls(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * many);
 }
 
-/// From a write here until another thread that waits has seen it and says so. `wait` blocks until
-/// there was an event; it is called once more to end.
-template <class Wait>
-void writeUntilSeen(benchmark::State& state, const std::string& path, Wait wait) {
-  std::atomic<int> seen{0};
-  std::atomic<bool> running{true};
-  std::thread watcher([&] {
-    while (running) {
-      wait();
-      seen.fetch_add(1);
-      seen.notify_one();
-    }
-  });
-  const int file = ::open(path.c_str(), O_WRONLY);
-  for (auto _ : state) {
-    state.PauseTiming();
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    const int before = seen;
-    state.ResumeTiming();
-    if (::pwrite(file, "x", 1, 0) != 1) state.SkipWithError("write");
-    seen.wait(before);
-  }
-  running = false;
-  if (::pwrite(file, "x", 1, 0) != 1) state.SkipWithError("write");
-  watcher.join();
-  ::close(file);
-}
-
 void eventSeen(benchmark::State& state) {
   const Files files(1);
   const auto events = detail::VnodeEvents::open();
-  events->add(files.paths[0], detail::vnodeWritten);
   writeUntilSeen(state, files.paths[0], [&] {
-    while (events->wait(std::chrono::seconds(5)).empty()) {
-    }
+    events->add(files.paths[0], detail::vnodeWritten);
+    return [&] {
+      while (events->wait(std::chrono::seconds(5)).empty()) {
+      }
+    };
   });
+}
+
+/// Calls `see` for each batch of news.
+template <class F>
+auto blockingRead(const std::string& path, F see) {
+  const int notify = ::inotify_init1(IN_CLOEXEC);
+  ::inotify_add_watch(notify, path.c_str(), IN_MODIFY);
+  return [notify, see] {
+    std::array<char, 4096> buffer;
+    benchmark::DoNotOptimize(::read(notify, buffer.data(), buffer.size()));
+    see();
+  };
 }
 
 void inotifySeen(benchmark::State& state) {
   const Files files(1);
-  const int notify = ::inotify_init1(IN_CLOEXEC);
-  ::inotify_add_watch(notify, files.paths[0].c_str(), IN_MODIFY);
-  writeUntilSeen(state, files.paths[0], [&] {
-    std::array<char, 4096> buffer;
-    benchmark::DoNotOptimize(::read(notify, buffer.data(), buffer.size()));
+  writeUntilSeen(state, files.paths[0], [&] { return blockingRead(files.paths[0], [] {}); });
+}
+
+/// From a write here, on the main thread, until `count` has grown while its loop runs.
+void writeUntilTold(benchmark::State& state, const std::string& path, const int& count) {
+  const int file = ::open(path.c_str(), O_WRONLY);
+  for (auto _ : state) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const int before = count;
+    const auto start = std::chrono::steady_clock::now();
+    if (::pwrite(file, "x", 1, 0) != 1) state.SkipWithError("write");
+    while (count == before)
+      NSRunLoop::mainRunLoop()->runMode_beforeDate(NSDefaultRunLoopMode,
+                                                   NSDate::dateWithTimeIntervalSinceNow(5));
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    state.SetIterationTime(elapsed.count());
+  }
+  ::close(file);
+}
+
+class CountingDelegate : public Derives<CountingDelegate, NSObject> {
+ public:
+  static void describe(ClassDescription<CountingDelegate>& is) {
+    is.named("CountingDelegate")
+        .method<&CountingDelegate::receive>("watcher:receivedNotification:forPath:");
+  }
+  void receive(XJKQueue*, NSString*, NSString*) { ++count; }
+  int count = 0;
+};
+
+void delegateTold(benchmark::State& state) {
+  const Files files(1);
+  auto delegate = make<CountingDelegate>();
+  auto queue = XJKQueue::init();
+  queue->setDelegate(delegate);
+  queue->addPathToQueue(files.strings[0]);
+  writeUntilTold(state, files.paths[0], delegate->count);
+}
+
+void readAndPosted(benchmark::State& state) {
+  const Files files(1);
+  int count = 0;
+  std::atomic<bool> running{true};
+  std::atomic<bool> ready{false};
+  std::thread watcher([&] {
+    const auto wait =
+        blockingRead(files.paths[0], [&] { postToMainThread([&count] { ++count; }); });
+    ready = true;
+    while (running) wait();
   });
-  ::close(notify);
+  while (!ready) std::this_thread::yield();
+  writeUntilTold(state, files.paths[0], count);
+  running = false;
+  const int file = ::open(files.paths[0].c_str(), O_WRONLY);
+  if (::pwrite(file, "x", 1, 0) != 1) state.SkipWithError("write");
+  ::close(file);
+  watcher.join();
+  while (NSRunLoop::mainRunLoop()->runPending()) {
+  }
 }
 
 void pollPaths(benchmark::State& state) {
@@ -173,8 +192,12 @@ void compareWatching() {
   compare("WatchRemove", {"stop watching one of 10,000 paths", "inotify_rm_watch", 1.5},
           &removePaths, &inotifyCalls<false>);
   compare("WatchEvent",
-          {"from a write until the waiting thread has the event", "a blocking read", 1.15},
+          {"from a write until the waiting thread has the event", "a blocking read", 1.15, true},
           &eventSeen, &inotifySeen);
+  compareElapsed("WatchTold",
+                 {"from a write until the delegate was called on the main thread",
+                  "a blocking read and a posted call", 1.2},
+                 &delegateTold, &readAndPosted);
   compare("WatchPoll", {"poll one of 10,000 paths", "statx", 1.2}, &pollPaths, &statPaths);
 }
 

@@ -50,11 +50,13 @@ int main(int argc, char** argv) {
   qz::bench::compareQtFormatters();
   qz::bench::compareQtDictionaries();
   qz::bench::compareQtObserving();
+  qz::bench::compareQtWatching();
 #endif
 #if defined(QZ_BENCH_GLIB)
   qz::bench::compareGLib();
   qz::bench::compareGLibDictionaries();
   qz::bench::compareGLibObserving();
+  qz::bench::compareGLibWatching();
 #endif
 #if defined(QZ_BENCH_BOOST)
   qz::bench::compareBoostObserving();
