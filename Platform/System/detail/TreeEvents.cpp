@@ -28,6 +28,12 @@ bool isShortage(int error) noexcept {
   return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO;
 }
 
+bool tellsOfChanges(int directory) noexcept {
+  struct ::statfs system {};
+  return ::fstatfs(directory, &system) != 0 ||
+         isToldOfChanges(static_cast<std::uint32_t>(system.f_type));
+}
+
 // Changes with every change of contents or attributes, unless two fall into one tick of the file
 // system's clock and leave the size alone.
 std::uint64_t stampOf(const struct ::statx& is) noexcept {
@@ -73,6 +79,7 @@ void TreeEvents::poll() {
 void TreeEvents::take(const NotifyQueue::Notice& notice) {
   if ((notice.bits & IN_Q_OVERFLOW) != 0) {
     topKinds_ |= treeRescan;
+    hasLost_ = true;
     for (const auto& [folder, owned] : folders_) listAnew(*folder);
     return;
   }
@@ -160,6 +167,7 @@ void TreeEvents::settle(TreeChanges& changes) {
   dropWhatIsOut();
   for (Folder* folder : std::exchange(later_, {})) markDirty(*folder);
   moving_.clear();
+  hasLost_ = false;
   changes_ = nullptr;
 }
 
@@ -169,7 +177,7 @@ int TreeEvents::openTop() {
   if (!found || os::statx(found.number(), "", AT_EMPTY_PATH, STATX_INO, &is) != 0) return errno;
   top_ = &newFolder(nullptr, path_,
                     {::makedev(is.stx_dev_major, is.stx_dev_minor), static_cast<ino_t>(is.stx_ino)},
-                    true);
+                    tellsOfChanges(found.number()));
   markDirty(*top_);
   return 0;
 }
@@ -177,6 +185,10 @@ int TreeEvents::openTop() {
 void TreeEvents::look(Folder& folder) {
   const Descriptor found = open(folder);
   if (!found) return cannotLook(folder, errno);
+  // The news that it is another folder by now, with the same inode, may have been lost.
+  if (hasLost_ && &folder == top_ && folder.number >= 0 &&
+      addWatch(found.number(), true) != folder.number)
+    return cannotLook(folder, ENOENT);
   folder.failures = 0;
   if (folder.number < 0 && watch(folder, found.number())) folder.isToBeListed = true;
   ByName<Touch> touches = std::exchange(folder.touches, {});
@@ -255,6 +267,9 @@ void TreeEvents::lookAt(Folder& folder, int directory, const std::string& name,
   } else if (isShortage(errno)) {
     folder.touches.emplace(name, touched);
     later_.push_back(&folder);
+  } else {
+    folder.isToBeListed = true;
+    closed_.insert(&folder);
   }
 }
 
@@ -314,19 +329,17 @@ void TreeEvents::enter(Folder& in, int directory, const std::string& name, Entry
   }
   const Identity identity{::makedev(is.stx_dev_major, is.stx_dev_minor),
                           static_cast<ino_t>(is.stx_ino)};
-  const bool isKnown = entry.child != nullptr && entry.child->identity == identity;
-  if (isKnown && (entry.child->number >= 0 || polled_.contains(entry.child))) return;
+  bool isKnown = entry.child != nullptr && entry.child->identity == identity;
+  if (isKnown && !hasLost_ && (entry.child->number >= 0 || polled_.contains(entry.child))) return;
 
   // A watch on a folder that has one already has its number, wherever the folder has come from.
-  bool isTold = in.isTold;
-  if (identity.device != in.identity.device) {
-    struct ::statfs system {};
-    isTold = ::fstatfs(found.number(), &system) != 0 ||
-             isToldOfChanges(static_cast<std::uint32_t>(system.f_type));
-  }
+  const bool isTold =
+      identity.device == in.identity.device ? in.isTold : tellsOfChanges(found.number());
   const int number = isTold ? addWatch(found.number(), false) : -1;
   const auto holder = number < 0 ? byNumber_.end() : byNumber_.find(number);
   Folder* const moved = holder == byNumber_.end() ? nullptr : holder->second;
+  if (isKnown && moved == entry.child) return;
+  isKnown = isKnown && entry.child->number < 0;
   if (entry.child != nullptr && !isKnown) {
     const std::string path = pathOf(in, name);
     takeOut(*entry.child);

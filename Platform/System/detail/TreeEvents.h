@@ -173,6 +173,7 @@ class TreeEvents {
   Folder* top_ = nullptr;
   std::uint32_t topKinds_ = 0;
   bool isToLookForTop_ = false;
+  bool hasLost_ = false;
   std::uint32_t listings_ = 0;
 
   std::vector<Folder*> dirty_;
