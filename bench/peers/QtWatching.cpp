@@ -1,6 +1,8 @@
 // Qt 6: QFileSystemWatcher.
+#include <QCoreApplication>
 #include <QEventLoop>
 #include <QFileSystemWatcher>
+#include <QThread>
 #include <memory>
 
 #include "bench/support/Comparison.h"
@@ -39,9 +41,26 @@ void addOrRemove(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * many);
 }
 
+/// Qt's notifiers want one of its own.
+class Thread {
+ public:
+  template <class F>
+  explicit Thread(F function) : thread_(QThread::create(std::move(function))) {
+    thread_->start();
+  }
+  void join() { thread_->wait(); }
+
+ private:
+  std::unique_ptr<QThread> thread_;
+};
+
 void changeSeen(benchmark::State& state) {
   const Files files(1);
-  writeUntilSeen(state, files.paths[0], [&] {
+  int count = 0;
+  std::unique_ptr<QCoreApplication> application;
+  if (QCoreApplication::instance() == nullptr)
+    application = std::make_unique<QCoreApplication>(count, nullptr);
+  writeUntilSeen<Thread>(state, files.paths[0], [&] {
     auto watcher = std::make_shared<QFileSystemWatcher>();
     auto loop = std::make_shared<QEventLoop>();
     watcher->addPath(QString::fromStdString(files.paths[0]));

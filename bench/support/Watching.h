@@ -44,12 +44,12 @@ constexpr int many = 10'000;
 /// From a write here until another thread that waits has seen it and says so. `start` is called on
 /// that thread, begins to watch, and answers a function that blocks until there was an event; that
 /// one is called once more to end.
-template <class Start>
+template <class Thread = std::thread, class Start>
 void writeUntilSeen(benchmark::State& state, const std::string& path, Start start) {
   std::atomic<int> seen{0};
   std::atomic<bool> running{true};
   std::atomic<bool> ready{false};
-  std::thread watcher([&] {
+  Thread watcher([&] {
     auto wait = start();
     ready = true;
     while (running) {
