@@ -90,8 +90,10 @@ class Writer {
     out_.append('>');
   }
 
-  // A slash would do in a word, but two begin a comment.
+  // A slash would do in a word, but two begin a comment; and a text that begins as a binary list
+  // does would be taken for one.
   static bool isWord(std::u16string_view text) {
+    if (text.starts_with(u"bplist")) return false;
     constexpr std::u16string_view others = u"_$:.+-";
     for (char16_t unit : text) {
       const bool isLetter = (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z');
