@@ -261,7 +261,7 @@ TEST_F(NSRunLoopTest, SendsLaterUnlessCancelled) {
       recorder, "write:"_sel, NSString::stringWithUTF8String("c"));
   NSObject::cancelPreviousPerformRequestsWithTarget_selector_object(recorder, "write:"_sel,
                                                                     nullptr);
-  loop->runUntilDate(inSeconds(0.01));
+  loop->runUntilDate(inSeconds(0.15));
   EXPECT_EQ(recorder->text, "ba");
   EXPECT_EQ(recorder->ticks, 1);
   for (int i = 0; i < 100; ++i)
