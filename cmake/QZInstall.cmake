@@ -1,17 +1,21 @@
-# Installing: headers, libraries, resources, the CMake package, and the pkg-config files.
+# Installing: headers, libraries, resources, the CMake package, and the pkg-config files. What a
+# program needs to run is the component "runtime", all else "development".
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
 install(TARGETS QZPlatform QZFoundation
   EXPORT QZFoundationTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 
 install(DIRECTORY Platform QZFoundation
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qzfoundation
   FILES_MATCHING PATTERN "*.h")
 
-install(DIRECTORY "${QZ_RESOURCES}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/QZFoundation")
+install(DIRECTORY "${QZ_RESOURCES}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/QZFoundation"
+  COMPONENT runtime)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/QZFoundation)
 install(EXPORT QZFoundationTargets NAMESPACE QZ:: DESTINATION ${package_dir})
