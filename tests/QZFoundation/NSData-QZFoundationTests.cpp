@@ -1,13 +1,8 @@
 #include "QZFoundation/NSData-QZFoundation.h"
 
-#include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <filesystem>
-#include <string>
-
-#include "Platform/Values/NSString.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -1,13 +1,8 @@
 #include "QZFoundation/NSDate-QZFoundation.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
-#include <cstdint>
-#include <limits>
-
-#include "Platform/Runtime/Send.h"
-
-namespace qz {
+namespace qz::test {
 namespace {
 
 constexpr std::int32_t greatest = std::numeric_limits<std::int32_t>::max();
@@ -48,4 +43,4 @@ TEST(NSDateQZFoundation, IsMadeOfEither) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -1,12 +1,7 @@
 #include "QZFoundation/NSError-QZFoundation.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/System/NSBundle.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -1,29 +1,17 @@
 #include "QZFoundation/NSFileManager-QZCopy.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <random>
-#include <thread>
 
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSSet.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNumber.h"
 #include "QZFoundation/NSFileManager-QZFoundation.h"
 #include "QZFoundation/QZFileManagerErrorHandler.h"
 #include "tests/support/FaultySystem.h"
-#include "tests/support/Files.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/FileTest.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -33,34 +21,13 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-/// Knows the handler's generation of operations alone.
-class OldManager : public Derives<OldManager, NSFileManager> {
- public:
-  static void describe(ClassDescription<OldManager>& is) { is.named("QZCopyTestOldManager"); }
-  bool respondsToSelector(Selector selector) const override {
-    return !selector.name().ends_with("error:") && Derives::respondsToSelector(selector);
-  }
-};
-
-class CarefulCopyTest : public ::testing::Test {
+class CarefulCopyTest : public FileTest {
  protected:
-  explicit CarefulCopyTest(bool inMemory = false)
-      : directory(inMemory ? TemporaryDirectory::inMemory() : TemporaryDirectory()) {}
-
-  std::string at(const std::string& name) const {
-    return name.empty() || name.front() == '/' ? name : directory.path() + '/' + name;
-  }
+  using FileTest::FileTest;
   Ref<NSError> copy(const std::string& from, const std::string& to, std::int32_t options) {
     return copyPath_toPath_withOptions(manager, ns(at(from)), ns(at(to)), options);
   }
-
-  TemporaryDirectory directory;
-  Ref<NSFileManager> manager = NSFileManager::defaultManager();
 };
-
-std::string textOf(NSError* error) {
-  return error == nullptr ? "" : to_string(error->localizedDescription());
-}
 
 TEST_F(CarefulCopyTest, ChecksSayWhyNothingIsCopied) {
   directory.write("file", "new");
@@ -104,7 +71,7 @@ TEST_F(CarefulCopyTest, ChecksSayWhyNothingIsCopied) {
 
 TEST_F(CarefulCopyTest, CopiesAndReplaces) {
   for (Ref<NSFileManager> each :
-       {manager, Ref<NSFileManager>(make<OldManager>()), currentThreadFileManager()}) {
+       {manager, Ref<NSFileManager>(make<PlainManager>()), currentThreadFileManager()}) {
     manager = each;
     directory.write("file", "new");
     directory.write("there", "old");
@@ -196,10 +163,30 @@ class OverwriteSweep : public CarefulCopyTest {
  protected:
   OverwriteSweep() : CarefulCopyTest(true) {}
 
-  std::vector<SystemCall> callsOfOverwrite(const std::string& from, const std::string& to) {
+  std::vector<SystemCall> callsOfOverwrite(const std::string& from) {
     FaultySystem system;
-    EXPECT_EQ(textOf(copy(from, to, 3)), "");
+    EXPECT_EQ(textOf(copy(from, "there", 3)), "");
     return system.calls();
+  }
+
+  /// Lets each call of an overwriting fail in each way it can.
+  void sweep(const std::string& from, const std::vector<SystemCall>& calls,
+             const std::function<void()>& prepare,
+             const std::function<void(std::size_t n, int number, NSError* error)>& check) {
+    for (std::size_t n = 0; n < calls.size(); ++n)
+      for (const int number : troubles(calls[n])) {
+        prepare();
+        Ref<NSError> error;
+        {
+          FaultySystem system;
+          system.failCall(n + 1, number);
+          error = copy(from, "there", 3);
+        }
+        SCOPED_TRACE("call " + std::to_string(n) + ", kind " +
+                     std::to_string(static_cast<int>(calls[n])) + ", errno " +
+                     std::to_string(number));
+        check(n, number, error);
+      }
   }
 };
 
@@ -209,34 +196,22 @@ TEST_F(OverwriteSweep, AFileIsTheOldOrTheNewOne) {
   directory.write("file", fresh);
   ::chmod(at("file").c_str(), 0640);
   directory.write("there", "old");
-  const auto calls = callsOfOverwrite("file", "there");
+  const auto calls = callsOfOverwrite("file");
   std::size_t failures = 0;
-  for (std::size_t n = 0; n < calls.size(); ++n)
-    for (const int number : troubles(calls[n])) {
-      directory.write("there", "old");
-      Ref<NSError> error;
-      {
-        FaultySystem system;
-        system.failCall(n + 1, number);
-        error = copy("file", "there", 3);
-      }
-      const std::string where = "call " + std::to_string(n) + ", kind " +
-                                std::to_string(static_cast<int>(calls[n])) + ", errno " +
-                                std::to_string(number);
-      EXPECT_EQ(contentsOf(at("there")), error ? "old" : fresh) << where;
-      if (error) {
-        ++failures;
-        EXPECT_EQ(error->domain(), NSPOSIXErrorDomain) << where;
-        EXPECT_THAT(textOf(error), HasSubstr("Unable to copy from")) << where;
-      }
-      if (number == EINTR) {
-        EXPECT_FALSE(error) << where;
-      }
-      const bool couldRemove = calls[n] != SystemCall::Unlink;
-      EXPECT_EQ(fs::exists(at("there 2")), !couldRemove) << where;
-      fs::remove(at("there 2"));
-      EXPECT_THAT(snapshot(directory.path()), ::testing::SizeIs(3)) << where;
-    }
+  sweep(
+      "file", calls, [&] { directory.write("there", "old"); },
+      [&](std::size_t n, int number, NSError* error) {
+        EXPECT_EQ(contentsOf(at("there")), error ? "old" : fresh);
+        if (error) {
+          ++failures;
+          EXPECT_EQ(error->domain(), NSPOSIXErrorDomain);
+          EXPECT_THAT(textOf(error), HasSubstr("Unable to copy from"));
+        }
+        EXPECT_FALSE(number == EINTR && error);
+        EXPECT_EQ(fs::exists(at("there 2")), calls[n] == SystemCall::Unlink);
+        fs::remove(at("there 2"));
+        EXPECT_THAT(snapshot(directory.path()), ::testing::SizeIs(3));
+      });
   EXPECT_GT(failures, 40u);
   EXPECT_EQ(contentsOf(at("file")), fresh);
 }
@@ -249,39 +224,32 @@ TEST_F(OverwriteSweep, AFolderIsNeverMixed) {
   directory.write("there/sub/old", "old");
   directory.write("there/older", "older");
   const Snapshot fresh = snapshot(at("folder"));
-  const Snapshot old = snapshot(at("there"));
   fs::copy(at("there"), at("spare"), fs::copy_options::recursive);
-  const auto calls = callsOfOverwrite("folder", "there");
+  const auto calls = callsOfOverwrite("folder");
   const auto firstRemoval = static_cast<std::size_t>(
       std::find(calls.begin(), calls.end(), SystemCall::Unlink) - calls.begin());
   ASSERT_LT(firstRemoval, calls.size());
-  for (std::size_t n = 0; n < calls.size(); ++n)
-    for (const int number : troubles(calls[n])) {
-      fs::remove_all(at("there"));
-      fs::remove_all(at("there 2"));
-      fs::copy(at("spare"), at("there"), fs::copy_options::recursive);
-      Ref<NSError> error;
-      {
-        FaultySystem system;
-        system.failCall(n + 1, number);
-        error = copy("folder", "there", 3);
-      }
-      const std::string where = "call " + std::to_string(n) + ", errno " + std::to_string(number);
-      if (!error) {
-        EXPECT_TRUE(manager->contentsEqualAtPath_andPath(ns(at("folder")), ns(at("there"))))
-            << where;
-      } else if (n < firstRemoval) {
-        EXPECT_TRUE(manager->contentsEqualAtPath_andPath(ns(at("spare")), ns(at("there"))))
-            << where;
-      } else {
-        EXPECT_FALSE(fs::exists(at("there/sub/new"))) << where;
-      }
-    }
+  const auto isLike = [&](const char* name) {
+    return manager->contentsEqualAtPath_andPath(path(name), path("there"));
+  };
+  sweep(
+      "folder", calls,
+      [&] {
+        fs::remove_all(at("there"));
+        fs::remove_all(at("there 2"));
+        fs::copy(at("spare"), at("there"), fs::copy_options::recursive);
+      },
+      [&](std::size_t n, int, NSError* error) {
+        if (!error) {
+          EXPECT_TRUE(isLike("folder"));
+        } else if (n < firstRemoval) {
+          EXPECT_TRUE(isLike("spare"));
+        } else {
+          EXPECT_FALSE(fs::exists(at("there/sub/new")));
+        }
+      });
   EXPECT_EQ(snapshot(at("folder")), fresh);
 }
-
-// Killing
-// ------------------------------------------------------------------------------------------
 
 class KilledCopy : public CarefulCopyTest {
  protected:
@@ -363,9 +331,6 @@ TEST_F(KilledCopy, LeavesAWholeFileAtAnyMoment) {
   RecordProperty("kills", done);
   EXPECT_GT(done, 10);
 }
-
-// The companions
-// ------------------------------------------------------------------------------------
 
 TEST_F(CarefulCopyTest, UnusedNamesAreNumberedFromTwo) {
   const auto unique = [&](NSString* name) {

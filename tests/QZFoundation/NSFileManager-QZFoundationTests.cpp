@@ -1,25 +1,14 @@
 #include "QZFoundation/NSFileManager-QZFoundation.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <thread>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNumber.h"
 #include "QZFoundation/QZFileManagerErrorHandler.h"
 #include "tests/support/FaultySystem.h"
-#include "tests/support/Files.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/FileTest.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -29,28 +18,10 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 
-/// Knows the handler's generation alone, and shows no names.
-class PlainManager : public Derives<PlainManager, NSFileManager> {
- public:
-  static void describe(ClassDescription<PlainManager>& is) { is.named("QZFileTestPlainManager"); }
-  bool respondsToSelector(Selector selector) const override {
-    return !selector.name().ends_with("error:") && !selector.name().starts_with("components") &&
-           Derives::respondsToSelector(selector);
-  }
-};
-
-class FileOperationsTest : public ::testing::Test {
+class FileOperationsTest : public FileTest {
  protected:
-  std::string at(const std::string& name) const { return directory.path() + '/' + name; }
-  Ref<NSString> path(const std::string& name) const { return ns(at(name)); }
-
-  TemporaryDirectory directory;
-  Ref<NSFileManager> manager = currentThreadFileManager();
+  FileOperationsTest() { manager = currentThreadFileManager(); }
 };
-
-std::string textOf(NSError* error) {
-  return error == nullptr ? "" : to_string(error->localizedDescription());
-}
 
 TEST_F(FileOperationsTest, TheHandlerKeepsOneErrorUntilItIsRead) {
   auto handler = QZFileManagerErrorHandler::sharedHandler();
@@ -111,7 +82,7 @@ TEST_F(FileOperationsTest, FailuresAreErrorsInTheirWords) {
             "Could not create directory at " + at("folder")},
            {createDirectoryAtPath(manager, path("file/a/b")), ENOTDIR,
             "Could not create directory at " + at("file/a")},
-           {createDirectoryAtPath(manager, ns(at(std::string(5000, 'x') + "/y"))), ENAMETOOLONG,
+           {createDirectoryAtPath(manager, path(std::string(5000, 'x') + "/y")), ENAMETOOLONG,
             "Could not create directory at " + at(std::string(5000, 'x') + "/y")},
            {createDirectoryAtPath(manager, nullptr), ENOENT, "Could not create directory at "},
        }) {
@@ -194,7 +165,7 @@ TEST_F(FileOperationsTest, TypesAndSizes) {
   };
   for (const Case& each : std::vector<Case>{{at("file"), 1, 1, 10000, 12288},
                                             {at("sparse"), 1, 1, 1 << 20, 0},
-                                            {at(""), 2, 2, 0, 0},
+                                            {directory.path(), 2, 2, 0, 0},
                                             {at("link"), 5, 1, 0, 0},
                                             {at("folder link"), 5, 2, 0, 0},
                                             {at("dangling"), 5, 0, 0, 0},

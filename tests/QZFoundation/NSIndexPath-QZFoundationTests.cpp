@@ -1,23 +1,12 @@
 // Index paths, and the trees they lead through.
 #include "QZFoundation/NSIndexPath-QZFoundation.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
-#include "Platform/Values/NSString.h"
 #include "QZFoundation/NSObject-QZIndexPath.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
-using test::raises;
 using Children = std::initializer_list<NSObject*>;
 
 Ref<NSIndexPath> path(std::initializer_list<std::uint32_t> indexes) {
@@ -52,15 +41,13 @@ TEST(NSObjectQZIndexPath, ReadsTheValuesAlongAPath) {
   const struct {
     Ref<NSIndexPath> path;
     const char* values;
-  } cases[] = {
-      {path({}), ""},
-      {path({0, 1}), "a a2"},
-      {path({0, 2}), "a <null>"},
-      {path({2, 0, 0, 0, 0}), "a a3 <null>"},
-      {path({4294967295u, 0}), "<null>"},
-      {path({1, 0}), "<null> b1"},
-      {nullptr, ""},
-  };
+  } cases[] = {{path({}), ""},
+               {path({0, 1}), "a a2"},
+               {path({0, 2}), "a <null>"},
+               {path({2, 0, 0, 0, 0}), "a a3 <null>"},
+               {path({4294967295u, 0}), "<null>"},
+               {path({1, 0}), "<null> b1"},
+               {nullptr, ""}};
   auto root = tree();
   for (const auto& each : cases)
     EXPECT_EQ(text(valuePathForIndexPath_valueKeyPath_childKey(root, each.path, "name"_ns,
@@ -127,4 +114,4 @@ TEST(NSObjectQZIndexPath, EndsInTreesThatAreNone) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -1,15 +1,9 @@
 #include "QZFoundation/NSNumber-QZFoundation.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-
-#include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSMutableData.h"
-#include "Platform/Values/NSString.h"
+#include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
 using namespace std::string_view_literals;
@@ -23,11 +17,9 @@ TEST(NSNumberQZFoundation, IsReadFromBytes) {
     const char* value;
   } cases[] = {
       {"\xFF"sv, true, 2, NumberKind::Char, "-1"},
-      {"\xFF"sv, false, 1, NumberKind::UnsignedChar, "255"},
       {"\xFF\xFE"sv, true, 2, NumberKind::Short, "-2"},
       {"\xFF\xFE"sv, true, 1, NumberKind::Short, "-257"},
       {"\xFF\xFE"sv, true, 0, NumberKind::Short, "-257"},
-      {"\xFF\xFE"sv, true, 7, NumberKind::Short, "-257"},
       {"\xFF\xFE"sv, false, 2, NumberKind::UnsignedShort, "65534"},
       {"\x80\0\0\1"sv, true, 2, NumberKind::Long, "-2147483647"},
       {"\x80\0\0\1"sv, false, -2, NumberKind::UnsignedLong, "16777344"},
@@ -89,4 +81,4 @@ TEST(NSNumberQZFoundation, AddsAndKnowsItsKind) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
 
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
 #include "QZFoundation/NSObject-QZFoundation.h"
 #include "QZFoundation/NSSortDescriptor-QZFoundation.h"
 #include "tests/support/Person.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -35,8 +31,7 @@ TEST(NSObjectQZFoundation, ComparesByKeyPath) {
   EXPECT_EQ(caseInsensitiveCompare_usingKeyPath(ann, bob, "name"_ns), NSOrderedAscending);
   auto nobody = make<Person>();
   EXPECT_EQ(compare_usingKeyPath(nobody, bob, "name"_ns), NSOrderedSame);
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [&] { compare_usingKeyPath(bob, nobody, "name"_ns); }));
+  EXPECT_TRUE(refuses([&] { compare_usingKeyPath(bob, nobody, "name"_ns); }));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { compare_usingKeyPath(bob, ann, "x"_ns); }));
   auto sorted = NSArray::arrayWithObjects({bob, ann})
                     ->sortedArrayUsingFunction_context(&QZCompareByKeyPath, "age"_ns);
@@ -48,7 +43,7 @@ TEST(NSObjectQZFoundation, CopiesLeavesAndWrapsThemInArrays) {
   EXPECT_EQ(deepCopy(text), text);
   EXPECT_EQ(copyMutableContainers(text), text);
   EXPECT_EQ(deepCopy(nullptr), nullptr);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { deepCopy(make<Person>()); }, {"Person"}));
+  EXPECT_TRUE(refuses([] { deepCopy(make<Person>()); }, {"Person"}));
   auto one = objectAsArray(text);
   EXPECT_EQ(one->count(), 1u);
   EXPECT_EQ(one->objectAtIndex(0), text);
@@ -65,9 +60,8 @@ TEST(NSObjectQZFoundation, PerformsWithoutBoxing) {
   EXPECT_FALSE(performBoolSelector_withObject(judge, "nameOf:"_sel, make<Person>()));
   EXPECT_TRUE(performBoolSelector_withObject(judge, "nameOf:"_sel, make<Person>("Ann"_ns)));
   EXPECT_EQ(performIntSelector_withObject(nullptr, "score:"_sel, number(1)), 0);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
-    performIntSelector_withObject(judge, "nameOf:"_sel, make<Person>("Ann"_ns));
-  }));
+  EXPECT_TRUE(refuses(
+      [&] { performIntSelector_withObject(judge, "nameOf:"_sel, make<Person>("Ann"_ns)); }));
 }
 
 TEST(NSObjectQZFoundation, PerformsOverAnArray) {
@@ -82,9 +76,8 @@ TEST(NSObjectQZFoundation, PerformsOverAnArray) {
   ASSERT_NE(none, nullptr);
   EXPECT_EQ(none->count(), 0u);
   auto scores = NSArray::arrayWithObjects({NSNumber::numberWithInt(4)});
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { performSelector_withObjectsInArray(judge, "score:"_sel, scores); },
-                     {"int"}));
+  EXPECT_TRUE(
+      refuses([&] { performSelector_withObjectsInArray(judge, "score:"_sel, scores); }, {"int"}));
   performSelector_withObjectsInArray_returnValues(judge, "score:"_sel, scores, false);
 }
 

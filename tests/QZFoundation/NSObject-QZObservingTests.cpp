@@ -1,14 +1,7 @@
 #include "QZFoundation/NSObject-QZObserving.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSSet.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Observers.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -78,20 +71,13 @@ TEST(NSObjectQZObserving, MembersAreFollowedAsTheyComeAndGo) {
   std::mt19937 random(3);
   for (int step = 0; step < 400; ++step) {
     Node* node = nodes[random() % nodes.size()];
-    switch (random() % 4) {
-      case 0:
-        if (!parts->containsObject(node)) parts->addObject(node);
-        break;
-      case 1:
-        parts->removeObject(node);
-        break;
-      case 2:
-        owner->setParts(NSArray::arrayWithObject(node));  // a setting: all others go
-        break;
-      default:
-        if (parts->count() > 0 && !parts->containsObject(node))
-          parts->replaceObjectAtIndex_withObject(0, node);
-    }
+    const bool isThere = parts->containsObject(node);
+    const auto operation = random() % 4;
+    if (operation == 0 && !isThere) parts->addObject(node);
+    if (operation == 1) parts->removeObject(node);
+    if (operation == 2) owner->setParts(NSArray::arrayWithObject(node));  // all others go
+    if (operation == 3 && !isThere && parts->count() > 0)
+      parts->replaceObjectAtIndex_withObject(0, node);
     for (Node* each : nodes) {
       const int before = follower->values;
       each->setValue(step);

@@ -1,17 +1,8 @@
 #include "QZFoundation/NSPropertyListSerialization-QZFoundation.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cerrno>
-#include <filesystem>
-
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Values/NSData.h"
-#include "Platform/Values/NSError.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

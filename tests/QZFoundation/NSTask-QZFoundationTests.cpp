@@ -1,16 +1,9 @@
 #include "QZFoundation/NSTask-QZFoundation.h"
 
-#include <gtest/gtest.h>
 #include <signal.h>
 
-#include <string>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/System/NSFileHandle.h"
-#include "Platform/Values/NSData.h"
-#include "tests/support/Raises.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -30,9 +23,8 @@ TEST(NSTaskQZFoundation, CollectsTheOutput) {
   EXPECT_EQ(outputOf("echo before; kill -KILL $$"_ns), "before\n");
   // What the program started still has the output.
   EXPECT_EQ(outputOf("(sleep 0.05; echo late) & echo early"_ns), "early\nlate\n");
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [] { dataByRunningTask_withArguments("/no/such"_ns, nullptr); },
-                     {"/no/such", "No such file"}));
+  EXPECT_TRUE(refuses([] { dataByRunningTask_withArguments("/no/such"_ns, nullptr); },
+                      {"/no/such", "No such file"}));
 }
 
 TEST(NSTaskQZFoundation, OutputOfAnySize) {

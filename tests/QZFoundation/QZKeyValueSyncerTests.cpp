@@ -1,13 +1,7 @@
 #include "QZFoundation/QZKeyValueSyncer.h"
 
-#include <gtest/gtest.h>
-
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/Runtime/WeakRef.h"
-#include "Platform/Values/NSNumber.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -58,8 +52,7 @@ TEST(QZKeyValueSyncer, TablesKeepTheirOwnLatestPair) {
   EXPECT_EQ(to_string(syncer->secondaryValueForPrimaryValue(number(1))), "c");
   EXPECT_EQ(to_string(syncer->primaryValueForSecondaryValue("a"_ns)), "1");
   EXPECT_EQ(syncer->primaryValueForSecondaryValue(nullptr), nullptr);
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { syncer->setPrimaryValue_forSecondaryValue(nullptr, "d"_ns); }));
+  EXPECT_TRUE(refuses([&] { syncer->setPrimaryValue_forSecondaryValue(nullptr, "d"_ns); }));
   EXPECT_EQ(syncer->primaryValueForSecondaryValue("d"_ns), nullptr);
 }
 
@@ -98,26 +91,19 @@ TEST(QZKeyValueSyncer, EndsWithItsWatching) {
 }
 
 TEST(QZKeyValueSyncer, KeysAreRequired) {
-  struct {
-    NSString* primary;
-    NSString* secondary;
-    const char* reason;
-    int line;
-  } const cases[] = {{nullptr, "b"_ns, "Primary key is nil", 18},
-                     {"a"_ns, nullptr, "Secondary key is nil", 19}};
-  for (const auto& each : cases) {
+  const auto failure = [](NSString* primary, NSString* secondary) {
     try {
-      QZKeyValueSyncer::initWithPrimaryKey_secondaryKey(each.primary, each.secondary);
-      ADD_FAILURE() << each.reason;
+      QZKeyValueSyncer::initWithPrimaryKey_secondaryKey(primary, secondary);
     } catch (const Raised& raised) {
-      EXPECT_TRUE(raised.is(NSInternalInconsistencyException));
-      EXPECT_EQ(to_string(raised->reason()), each.reason);
-      EXPECT_EQ(to_string(raised->userInfo()->objectForKey("NSAssertionFile"_ns)),
-                "QZKeyValueSyncer");
-      EXPECT_EQ(to_string(raised->userInfo()->objectForKey("NSAssertionLine"_ns)),
-                std::to_string(each.line));
+      const auto info = raised->userInfo();
+      return raised.what() + (" " + to_string(info->objectForKey("NSAssertionFile"_ns))) + " " +
+             to_string(info->objectForKey("NSAssertionLine"_ns));
     }
-  }
+    return std::string("none");
+  };
+  const std::string kind = to_string(NSInternalInconsistencyException);
+  EXPECT_EQ(failure(nullptr, "b"_ns), kind + ": Primary key is nil QZKeyValueSyncer 18");
+  EXPECT_EQ(failure("a"_ns, nullptr), kind + ": Secondary key is nil QZKeyValueSyncer 19");
 }
 
 }  // namespace

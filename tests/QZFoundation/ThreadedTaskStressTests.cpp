@@ -1,24 +1,14 @@
 // Tasks, observers, progress and proxies all at once: for the thread sanitizer. A second and two
 // workers by default; QZ_STRESS_SECONDS=120, QZ_STRESS_WORKERS=8 and QZ_STRESS_UPDATES=10000000 (at
 // least so many) make it a long run.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "Platform/Concurrency/MainThread.h"
 #include "Platform/Concurrency/NSNotificationCenter.h"
-#include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSKeyValueObserving.h"
-#include "Platform/Values/NSDate.h"
 #include "QZFoundation/QZThreadedTask.h"
 #include "QZFoundation/XJMainThreadProxy.h"
 #include "tests/support/Observers.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -5,14 +5,12 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <vector>
 
-#include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSNumber.h"
-#include "Platform/Values/NSString.h"
+#include "tests/support/Letters.h"
 
 namespace qz::test {
 
@@ -65,11 +63,5 @@ class Oracle : public Derives<Oracle, Holder> {
     return Derives::valueForKey(key);
   }
 };
-
-inline Ref<NSArray> numbers(std::initializer_list<int> values) {
-  std::vector<Ref<NSObject>> all;
-  for (int value : values) all.push_back(NSNumber::numberWithInt(value));
-  return NSArray::fromRange(all);
-}
 
 }  // namespace qz::test

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Collections/NSDictionary.h"
+#include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Runtime/Describe.h"
 
 namespace qz::test {
@@ -34,6 +34,17 @@ class ListDictionary : public Derives<ListDictionary, NSDictionary> {
 
  private:
   std::vector<std::pair<Ref<NSObject>, Ref<NSObject>>> entries_;
+};
+
+/// Makers of each kind of Dictionary, for tests of what all kinds do.
+struct Immutable {
+  static Ref<NSDictionary> of(Entries entries) { return NSDictionary::of(entries); }
+};
+struct Mutable {
+  static Ref<NSDictionary> of(Entries entries) { return NSMutableDictionary::of(entries); }
+};
+struct Custom {
+  static Ref<NSDictionary> of(Entries entries) { return make<ListDictionary>(entries); }
 };
 
 }  // namespace qz::test

@@ -33,4 +33,16 @@ inline ::testing::AssertionResult raises(NSString* name, const std::function<voi
   return ::testing::AssertionSuccess();
 }
 
+/// What cannot be meant.
+inline ::testing::AssertionResult refuses(const std::function<void()>& code,
+                                          std::initializer_list<std::string> parts = {}) {
+  return raises(NSInvalidArgumentException, code, parts);
+}
+
+/// What lies outside.
+inline ::testing::AssertionResult refusesRange(const std::function<void()>& code,
+                                               std::initializer_list<std::string> parts = {}) {
+  return raises(NSRangeException, code, parts);
+}
+
 }  // namespace qz::test

@@ -2,52 +2,16 @@
 // overrides nothing but the two primitives.
 #include "Platform/Collections/NSArray.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <ranges>
-#include <string>
-#include <thread>
 
 #include "Platform/Collections/NSEnumerator.h"
-#include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSPredicate.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Person.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
-
-/// Keeps its elements in a way of its own.
-class Shelf : public Derives<Shelf, NSArray> {
- public:
-  static void describe(ClassDescription<Shelf>& is) { is.named("Shelf"); }
-  explicit Shelf(std::vector<Ref<NSObject>> books) : books_(std::move(books)) {}
-  std::uint32_t count() const override { return static_cast<std::uint32_t>(books_.size()); }
-  Ref<NSObject> objectAtIndex(std::uint32_t index) const override {
-    if (index >= count()) detail::raiseIndex("Shelf", index, count());
-    return books_[index];
-  }
-
- private:
-  std::vector<Ref<NSObject>> books_;
-};
-
-/// Makes each element when it is asked for.
-class Squares : public Derives<Squares, NSArray> {
- public:
-  static void describe(ClassDescription<Squares>& is) { is.named("Squares"); }
-  std::uint32_t count() const override { return 5; }
-  Ref<NSObject> objectAtIndex(std::uint32_t index) const override {
-    if (index >= 5) detail::raiseIndex("Squares", index, 5);
-    return NSNumber::numberWithUnsignedInt(10000 + index * index);
-  }
-};
 
 struct MakeImmutable {
   static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) {
@@ -60,7 +24,9 @@ struct MakeMutable {
   }
 };
 struct MakeDerived {
-  static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) { return make<Shelf>(objects); }
+  static Ref<NSArray> of(const std::vector<Ref<NSObject>>& objects) {
+    return make<Computed>(objects);
+  }
 };
 
 template <class Maker>
@@ -77,11 +43,11 @@ TYPED_TEST(EveryArray, IsReadByIndexAndInRanges) {
   EXPECT_EQ(to_string(array->objectAtIndex(4)), "e");
   EXPECT_EQ(to_string(array->lastObject()), "e");
   EXPECT_EQ(this->of("")->lastObject(), nullptr);
-  EXPECT_TRUE(raises(NSRangeException, [&] { array->objectAtIndex(5); }, {"5", "count"}));
+  EXPECT_TRUE(refusesRange([&] { array->objectAtIndex(5); }, {"5", "count"}));
   EXPECT_EQ(text(array->subarrayWithRange({1, 3})), "bcd");
   EXPECT_EQ(text(array->subarrayWithRange({5, 0})), "");
-  EXPECT_TRUE(raises(NSRangeException, [&] { array->subarrayWithRange({3, 3}); }, {"{3, 3}"}));
-  EXPECT_TRUE(raises(NSRangeException, [&] { array->subarrayWithRange({1, 0xFFFFFFFF}); }));
+  EXPECT_TRUE(refusesRange([&] { array->subarrayWithRange({3, 3}); }, {"{3, 3}"}));
+  EXPECT_TRUE(refusesRange([&] { array->subarrayWithRange({1, 0xFFFFFFFF}); }));
   NSObject* buffer[6] = {};
   array->getObjects(buffer);
   EXPECT_EQ(to_string(buffer[4]), "e");
@@ -102,12 +68,11 @@ TYPED_TEST(EveryArray, IsWalkedBothWays) {
   EXPECT_EQ(text(enumerator->allObjects()), "bc");
   EXPECT_EQ(enumerator->nextObject(), nullptr);
   EXPECT_EQ(enumerator->nextObject(), nullptr);
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] {
-                       for ([[maybe_unused]] NSNumber* each : elements<NSNumber>(this->of("a")))
-                         continue;
-                     },
-                     {"NSString", "NSNumber"}));
+  EXPECT_TRUE(refuses(
+      [&] {
+        for ([[maybe_unused]] NSNumber* each : elements<NSNumber>(this->of("a"))) continue;
+      },
+      {"NSString", "NSNumber"}));
 }
 
 TYPED_TEST(EveryArray, FindsTheFirstEqualOne) {
@@ -131,7 +96,7 @@ TYPED_TEST(EveryArray, MakesOtherArrays) {
   EXPECT_EQ(text(array->arrayByAddingObject("d"_ns)), "abcd");
   EXPECT_EQ(text(array->arrayByAddingObjectsFromArray(array)), "abcabc");
   EXPECT_EQ(text(array->arrayByAddingObjectsFromArray(nullptr)), "abc");
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { array->arrayByAddingObject(nullptr); }));
+  EXPECT_TRUE(refuses([&] { array->arrayByAddingObject(nullptr); }));
   auto notB =
       NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) != "b"; });
   EXPECT_EQ(text(array->filteredArrayUsingPredicate(notB)), "ac");
@@ -206,33 +171,12 @@ TYPED_TEST(EveryArray, ReadsAndSetsKeysOfItsElements) {
   EXPECT_EQ(to_string(bob->name()), "X");
 }
 
-TYPED_TEST(EveryArray, AnswersBySelector) {
-  auto array = this->of("abc");
-  EXPECT_EQ(send<std::uint32_t>(array, "count"_sel), 3u);
-  EXPECT_EQ(to_string(send<Ref<NSObject>>(array, "objectAtIndex:"_sel, 1)), "b");
-  EXPECT_TRUE(
-      raises(NSRangeException, [&] { send<Ref<NSObject>>(array, "objectAtIndex:"_sel, -1); }));
-  EXPECT_EQ(text(send<Ref<NSArray>>(array, "subarrayWithRange:"_sel, NSRange{1, 2})), "bc");
-  EXPECT_TRUE(send<bool>(array, "containsObject:"_sel, "c"_ns));
-  NSObject* buffer[3] = {};
-  send<void>(array, "getObjects:"_sel, static_cast<NSObject**>(buffer));
-  EXPECT_EQ(to_string(buffer[2]), "c");
-  NSSortFunction backwards = [](NSObject* a, NSObject* b, void*) {
-    return send<NSComparisonResult>(b, "compare:"_sel, a);
-  };
-  EXPECT_EQ(text(send<Ref<NSArray>>(array, "sortedArrayUsingFunction:context:"_sel, backwards,
-                                    static_cast<void*>(nullptr))),
-            "cba");
-}
-
 TEST(NSArray, IsMadeInOneBlockAndSharesTheEmptyOne) {
   EXPECT_EQ(NSArray::array(), NSArray::arrayWithObjects({}));
   EXPECT_EQ(NSArray::array(), NSArray::array()->subarrayWithRange({0, 0}));
   EXPECT_EQ(make<NSArray>()->count(), 0u);
   EXPECT_TRUE(make<NSArray>()->isEqual(NSArray::array()));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [] {
-    NSArray::arrayWithObjects({"a"_ns, nullptr});
-  }));
+  EXPECT_TRUE(refuses([] { NSArray::arrayWithObjects({"a"_ns, nullptr}); }));
   auto array = NSArray::arrayWithObjects({"a"_ns, "b"_ns});
   EXPECT_EQ(array->copy(), array);
   EXPECT_EQ(NSArray::arrayWithArray(array), array);
@@ -261,7 +205,8 @@ TEST(NSArray, OwnsItsElementsOnce) {
 }
 
 TEST(NSArray, KeepsAComputedElementAliveWhileItIsLookedAt) {
-  auto squares = make<Squares>();
+  auto squares = make<Computed>(
+      5u, [](std::uint32_t i) { return NSNumber::numberWithUnsignedInt(10000 + i * i); });
   std::uint32_t sum = 0;
   for (NSNumber* each : elements<NSNumber>(squares)) sum += each->unsignedIntValue() - 10000;
   EXPECT_EQ(sum, 30u);
@@ -270,7 +215,7 @@ TEST(NSArray, KeepsAComputedElementAliveWhileItIsLookedAt) {
       [](NSObject* a, NSObject* b) { return as<NSNumber>(b)->compare(as<NSNumber>(a)); });
   EXPECT_EQ(to_string(falling->componentsJoinedByString(" "_ns)), "10016 10009 10004 10001 10000");
   NSObject* buffer[5];
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { squares->getObjects(buffer); }));
+  EXPECT_TRUE(refuses([&] { squares->getObjects(buffer); }));
   EXPECT_EQ(
       std::ranges::count_if(*squares, [](NSObject* each) { return to_string(each) > "10003"; }), 3);
 }

@@ -1,21 +1,14 @@
 #include "Platform/Collections/NSSet.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
 #include <unordered_set>
-#include <vector>
 
-#include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Collections/NSPredicate.h"
 #include "Platform/Collections/NSSortDescriptor.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSMutableString.h"
 #include "tests/Platform/Collections/HashedKeys.h"
 #include "tests/support/Person.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -108,7 +101,7 @@ TYPED_TEST(AnySet, MakesOtherSets) {
   auto isTwo = NSPredicate::predicateWithBlock(
       [](NSObject* each) { return static_cast<NSNumber*>(each)->intValue() == 2; });
   EXPECT_TRUE(set->filteredSetUsingPredicate(isTwo)->isEqual(Immutable::of({number(2)})));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { set->objectsPassingTest({}); }));
+  EXPECT_TRUE(refuses([&] { set->objectsPassingTest({}); }));
   EXPECT_TRUE(NSSet::fromRange(*set)->isEqual(set));
   auto backwards = NSSortDescriptor::initWithKey_ascending("intValue"_ns, false);
   EXPECT_TRUE(set->sortedArrayUsingDescriptors(NSArray::arrayWithObject(backwards))
@@ -125,7 +118,7 @@ TYPED_TEST(AnySet, SendsToItsMembersAndCopiesThem) {
   auto ann = make<Person>("Ann"_ns, 30), bob = make<Person>("Bob"_ns, 40);
   auto set = TypeParam::of({ann, bob});
   set->makeObjectsPerformSelector_withObject("setName:"_sel, "Cid"_ns);
-  EXPECT_TRUE(set->valueForKey("name"_ns)->isEqual(Immutable::of({"Cid"_ns})));
+  EXPECT_EQ(to_string(ann->name()) + to_string(bob->name()), "CidCid");
   auto text = NSMutableString::stringWithString("text"_ns);
   auto texts = TypeParam::of({text});
   for (const Ref<NSSet>& copies : {NSSet::initWithSet_copyItems(texts, true),
@@ -153,8 +146,8 @@ TEST(NSSet, AnswersBySelectorAndRefusesNil) {
   auto set = send<Ref<NSMutableSet>>(classOf<NSMutableSet>(), "setWithArray:"_sel,
                                      NSArray::arrayWithObjects({"a"_ns, "b"_ns, "a"_ns}));
   EXPECT_EQ(send<std::uint32_t>(set, "count"_sel), 2u);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { set->addObject(nullptr); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { set->setByAddingObject(nullptr); }));
+  EXPECT_TRUE(refuses([&] { set->addObject(nullptr); }));
+  EXPECT_TRUE(refuses([&] { set->setByAddingObject(nullptr); }));
   set->removeObject(nullptr);
   EXPECT_EQ(NSSet::setWithArray(nullptr)->count(), 0u);
 }

@@ -1,15 +1,7 @@
 #include "Platform/Concurrency/NSLock.h"
 
-#include <gtest/gtest.h>
-
-#include <mutex>
-#include <thread>
-
 #include "Platform/Concurrency/ObjectLock.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSDate.h"
-#include "Platform/Values/NSString.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -1,13 +1,6 @@
-#include <gtest/gtest.h>
 
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Person.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -85,17 +78,14 @@ TEST(KeyValueCoding, SetsFromNumbersAndStrings) {
 
 TEST(KeyValueCoding, RefusesWhatCannotBeSet) {
   auto ann = make<Person>("Ann"_ns);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { ann->setValue_forKey(nullptr, "age"_ns); },
-                     {"Person", "age"}));
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { ann->setValue_forKey("text"_ns, "partner"_ns); },
-                     {"setPartner:", "NSString", "Person"}));
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { ann->setValue_forKey(make<Person>(), "age"_ns); }, {"intValue"}));
+  EXPECT_TRUE(refuses([&] { ann->setValue_forKey(nullptr, "age"_ns); }, {"Person", "age"}));
+  EXPECT_TRUE(refuses([&] { ann->setValue_forKey("text"_ns, "partner"_ns); },
+                      {"setPartner:", "NSString", "Person"}));
+  EXPECT_TRUE(refuses([&] { ann->setValue_forKey(make<Person>(), "age"_ns); }, {"intValue"}));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->setValue_forKey("x"_ns, "height"_ns); },
                      {"Person", "height"}));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->setValue_forKey("x"_ns, ""_ns); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { ann->valueForKey(nullptr); }));
+  EXPECT_TRUE(refuses([&] { ann->valueForKey(nullptr); }));
 }
 
 TEST(KeyValueCoding, UnknownKeysRaiseUnlessAnswered) {
@@ -132,16 +122,8 @@ TEST(KeyValueCoding, WalksPaths) {
   EXPECT_EQ(to_string(make<Nested>()->valueForKeyPath("next.next.next.depth"_ns)), "3");
 }
 
-TEST(KeyValueCoding, ArraysMapAndDictionariesLookUp) {
-  auto ann = make<Person>("Ann"_ns, 30);
-  auto bob = make<Person>(nullptr, 40);
-  ann->partner = bob;
-  auto people = NSArray::arrayWithObjects({ann, bob});
-  auto names = as<NSArray>(people->valueForKey("name"_ns));
-  EXPECT_TRUE(names->isEqual(NSArray::arrayWithObjects({"Ann"_ns, NSNull::null()})));
-  EXPECT_TRUE(
-      people->valueForKeyPath("partner.age"_ns)
-          ->isEqual(NSArray::arrayWithObjects({NSNumber::numberWithInt(40), NSNull::null()})));
+TEST(KeyValueCoding, DictionariesLookUp) {
+  auto ann = make<Person>("Ann"_ns);
   auto table = make<NSMutableDictionary>();
   table->setValue_forKey(ann, "first"_ns);
   EXPECT_EQ(to_string(table->valueForKeyPath("first.name"_ns)), "Ann");

@@ -1,15 +1,9 @@
 // Observing from several threads at a time: meant for the thread sanitizer.
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <random>
-#include <thread>
-#include <vector>
 
 #include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Runtime/WeakRef.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Observers.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -51,26 +45,6 @@ TEST(KeyValueObservingThreads, ObserversComeAndGoWhileOneThreadChanges) {
   last.invalidate();
   node->setValue(0);  // the observers that died are noticed now at the latest
   EXPECT_FALSE(detail::isObserved(node));
-}
-
-TEST(KeyValueObservingThreads, EachThreadWithObjectsOfItsOwn) {
-  inThreads(4, [&](unsigned seed) {
-    std::mt19937 random(seed);
-    int told = 0;
-    int changes = 0;
-    for (int round = 0; round < 300; ++round) {
-      Ref<Node> root = make<Node>(0);
-      auto token = observe<int>(root, "next.value"_ns, [&](int, int) { ++told; });
-      for (int i = 0; i < 5; ++i, ++changes) {
-        if (i == 0 || random() % 2 == 0)
-          root->setNext(make<Node>(i));
-        else
-          root->next()->setValue(i);
-      }
-      if (random() % 2 == 0) root = nullptr;  // the observed goes first
-    }
-    EXPECT_EQ(told, changes);
-  });
 }
 
 TEST(KeyValueObservingThreads, ObservedOnesDieElsewhere) {

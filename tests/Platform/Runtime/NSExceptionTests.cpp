@@ -1,25 +1,11 @@
-#include <gtest/gtest.h>
 
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSAssertionHandler.h"
 #include "Platform/Runtime/NSException.h"
-#include "Platform/Values/NSNumber.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
+#include "tests/support/Witness.h"
 
 namespace qz::test {
 namespace {
-
-class Silent : public Derives<Silent, NSAssertionHandler> {
- public:
-  static void describe(ClassDescription<Silent>& is) { is.named("Silent"); }
-  void handleFailureInMethod_object_file_lineNumber_description(Selector, NSObject*, NSString*,
-                                                                std::int32_t line,
-                                                                NSString*) override {
-    lastLine = line;
-  }
-  int lastLine = 0;
-};
 
 void fail(NSObject* object) {
   NSAssertionHandler::currentHandler()->handleFailureInMethod_object_file_lineNumber_description(
@@ -57,10 +43,10 @@ TEST(NSAssertionHandler, RaisesTheDescriptionAndSaysWhere) {
 }
 
 TEST(NSAssertionHandler, CanBeReplacedForAThread) {
-  auto silent = make<Silent>();
+  auto silent = make<Witness>();
   NSAssertionHandler::setCurrentHandler(silent);
   fail(nullptr);
-  EXPECT_EQ(silent->lastLine, 12);
+  EXPECT_EQ(silent->line, 12);
   NSAssertionHandler::setCurrentHandler(nullptr);
   EXPECT_TRUE(raises(NSInternalInconsistencyException, [] { fail(nullptr); }));
 }

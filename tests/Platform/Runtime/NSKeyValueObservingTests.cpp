@@ -1,22 +1,8 @@
 #include "Platform/Runtime/NSKeyValueObserving.h"
 
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <random>
-#include <string>
-#include <vector>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Collections/NSSet.h"
-#include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/WeakRef.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Observers.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -40,11 +26,9 @@ TEST(KeyValueObserving, TellsWhatWasAskedFor) {
     Lines lines;
   } const cases[] = {
       {0, {"value setting"}},
-      {NSKeyValueObservingOptionNew, {"value setting new=2"}},
       {NSKeyValueObservingOptionOld, {"value setting old=1"}},
       {oldAndNew, {"value setting new=2 old=1"}},
       {oldAndNew | initial, {"value setting new=1", "value setting new=2 old=1"}},
-      {initial, {"value setting", "value setting"}},
       {prior, {"value setting prior", "value setting"}},
       {oldAndNew | prior, {"value setting old=1 prior", "value setting new=2 old=1"}},
   };
@@ -175,8 +159,7 @@ TEST(KeyValueObserving, RefusesWhatCannotBe) {
        }},
       {"NSArray", [&] { add(NSArray::array(), recorder, "count"_ns); }},
   };
-  for (const auto& each : cases)
-    EXPECT_TRUE(raises(NSInvalidArgumentException, each.code, {each.reason}));
+  for (const auto& each : cases) EXPECT_TRUE(refuses(each.code, {each.reason}));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { add(node, recorder, "nothing.value"_ns); }));
   EXPECT_TRUE(raises(NSInternalInconsistencyException,
                      [&] {
@@ -263,19 +246,12 @@ TEST(KeyValueObserving, PathsFollowWhatIsReplaced) {
     told = text(change.newValue);
   });
   for (int step = 0; step < 3000; ++step) {
-    switch (random() % 4) {
-      case 0:
-        any()->setNext(random() % 4 == 0 ? nullptr : any().get());
-        break;
-      case 1:
-        any()->setValue_forKey(any(), "next"_ns);
-        break;
-      case 2:
-        any()->setValue(step);
-        break;
-      default:  // an Object on the way may go
-        nodes[1 + random() % (nodes.size() - 1)] = made(step);
-    }
+    const std::function<void()> changes[] = {
+        [&] { any()->setNext(random() % 4 == 0 ? nullptr : any().get()); },
+        [&] { any()->setValue_forKey(any(), "next"_ns); }, [&] { any()->setValue(step); },
+        [&] { nodes[1 + random() % (nodes.size() - 1)] = made(step); },  // one on the way may go
+    };
+    changes[random() % 4]();
     ASSERT_EQ(told, read(root)) << step;
   }
   token.invalidate();
@@ -346,47 +322,29 @@ TYPED_TEST(ToMany, MirrorFollowsEveryOperation) {
     const NSRange range{at, below(size - at + 1)};
     const std::uint32_t other = below(size);
     const int changesBefore = mirror->changes;
-    const auto operation = below(10);
-    int most = 1;
-    for (NSMutableArray* array : {model.get(), view.get()}) switch (operation) {
-        case 0:
-          array->addObject(one);
-          break;
-        case 1:
-          array->insertObject_atIndex(one, at);
-          break;
-        case 2:
-          if (size > 0) array->removeObjectAtIndex(at);
-          break;
-        case 3:
-          if (size > 0) array->replaceObjectAtIndex_withObject(at, one);
-          break;
-        case 4:
-          array->addObjectsFromArray(list);
-          break;
-        case 5:
-          array->removeObject(one);
-          break;
-        case 6:
-          array->replaceObjectsInRange_withObjectsFromArray(range, list);
-          most = 2;
-          break;
-        case 7:
-          if (size > 0) array->exchangeObjectAtIndex_withObjectAtIndex(at, other);
-          break;
-        case 8:
-          array->sortUsingSelector("compare:"_sel);
-          break;
-        default:
-          if (step % 7 == 0) array->removeAllObjects();
-      }
+    const std::function<void(NSMutableArray*)> operations[] = {
+        [&](auto* array) { array->replaceObjectsInRange_withObjectsFromArray(range, list); },
+        [&](auto* array) { array->addObject(one); },
+        [&](auto* array) { array->insertObject_atIndex(one, at); },
+        [&](auto* array) { array->addObjectsFromArray(list); },
+        [&](auto* array) { array->removeObject(one); },
+        [&](auto* array) { array->sortUsingSelector("compare:"_sel); },
+        [&](auto* array) { step % 7 == 0 ? array->removeAllObjects() : void(); },
+        // These want an element.
+        [&](auto* array) { array->removeObjectAtIndex(at); },
+        [&](auto* array) { array->replaceObjectAtIndex_withObject(at, one); },
+        [&](auto* array) { array->exchangeObjectAtIndex_withObjectAtIndex(at, other); },
+    };
+    const auto operation = below(size > 0 ? 10 : 7);
+    const int most = operation == 0 ? 2 : 1;
+    for (NSMutableArray* array : {model.get(), view.get()}) operations[operation](array);
     ASSERT_TRUE(view->isEqual(model)) << operation;
     ASSERT_TRUE(owner->valueForKey("parts"_ns)->isEqual(model)) << operation;
     ASSERT_TRUE(mirror->elements->isEqual(model)) << operation;
     ASSERT_LE(mirror->changes - changesBefore, most) << operation;
   }
-  EXPECT_TRUE(raises(NSRangeException, [&] { view->removeObjectAtIndex(999); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { view->addObject(nullptr); }));
+  EXPECT_TRUE(refusesRange([&] { view->removeObjectAtIndex(999); }));
+  EXPECT_TRUE(refuses([&] { view->addObject(nullptr); }));
   EXPECT_TRUE(mirror->elements->isEqual(model));
 }
 
@@ -403,9 +361,8 @@ TEST(KeyValueObserving, ArraysOfDictionariesAndWhatIsNoArray) {
   EXPECT_EQ(recorder->lines.at(1), "list setting new=2 old=(1)");
   EXPECT_EQ(recorder->lines.at(2), "list setting new=(null) old=2");
   EXPECT_EQ(recorder->lines.at(3), "list setting new=5 old=(null)");
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { dictionary->mutableArrayValueForKey("list"_ns)->count(); },
-                     {"NSNumber"}));
+  EXPECT_TRUE(
+      refuses([&] { dictionary->mutableArrayValueForKey("list"_ns)->count(); }, {"NSNumber"}));
 }
 
 TEST(KeyValueObserving, OperatorsChangeWithWhatTheyAreOf) {
@@ -416,7 +373,7 @@ TEST(KeyValueObserving, OperatorsChangeWithWhatTheyAreOf) {
   shelf->mutableArrayValueForKey("parts"_ns)->addObject(make<Node>(7));
   EXPECT_EQ(recorder->lines, (Lines{"parts.@count setting new=1 old=0",
                                     "parts.@max.value setting new=7 old=(null)"}));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { add(shelf, recorder, "@count"_ns); }));
+  EXPECT_TRUE(refuses([&] { add(shelf, recorder, "@count"_ns); }));
 }
 
 TEST(KeyValueObserving, NeitherSideKeepsTheOtherAlive) {
@@ -502,7 +459,7 @@ TEST(KeyValueObserving, ExceptionsLoseNobody) {
   auto recorder = make<Recorder>();
   add(node, recorder, "value"_ns);
   EXPECT_TRUE(raises(NSGenericException, [&] { node->setValue(2); }, {"no"}));
-  EXPECT_TRUE(raises(NSRangeException, [&] {
+  EXPECT_TRUE(refusesRange([&] {
     const KeyValueChange changing(node, "value"_ns);
     NSException::raise_reason(NSRangeException, "while changing"_ns);
   }));

@@ -1,17 +1,11 @@
 // Eight threads at the run-time at once. What can go wrong here shows under the thread sanitizer,
 // or as a wrong answer.
-#include <gtest/gtest.h>
 
-#include <atomic>
 #include <barrier>
-#include <thread>
-#include <vector>
 
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/Runtime/WeakRef.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Person.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -49,6 +43,7 @@ int startsOf(std::integer_sequence<int, N...>) {
   return (Late<N>::starts + ...);
 }
 
+// More classes than a look-up table starts with, each answering the same Selector for itself.
 TEST(ThreadSafety, ClassesAreMadeOnceWhileOthersDispatch) {
   constexpr auto each = std::make_integer_sequence<int, 40>();
   inThreads([&](int) { EXPECT_EQ(askEach(each), 40 * 39 / 2); });

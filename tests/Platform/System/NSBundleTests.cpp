@@ -1,23 +1,12 @@
 #include "Platform/System/NSBundle.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <map>
-#include <mutex>
-#include <thread>
-#include <vector>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/BundlePlaces.h"
 #include "Platform/System/detail/Languages.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -186,40 +175,35 @@ TEST_F(NSBundleTest, ManyThreadsReadWhileLanguagesChange) {
   EXPECT_EQ(wrong, 0);
 }
 
-// These start the program anew, because the main bundle is looked for once.
+/// Starts the program anew, because the main bundle is looked for once; whether `test` holds there.
+void expectAnew(const std::function<bool()>& test) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::_Exit(test() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+}
 
 TEST_F(NSBundleTest, MainBundleIsFoundThroughTheEnvironment) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        const std::string name = detail::bundleNameOfModule(detail::executablePath());
-        directory.write(name + ".resources/Info.plist", "CFBundleIdentifier = \"main.id\";");
-        directory.write("Other/Info.plist", "CFBundleIdentifier = \"x.Other\";");
-        directory.write("Wrong/Info.plist", "CFBundleIdentifier = \"x.Else\";");
-        ::setenv("QZ_BUNDLE_PATH", ("/no/such:" + directory.path()).c_str(), 1);
-        const bool right = equal(NSBundle::mainBundle()->bundleIdentifier(), "main.id"_ns) &&
-                           NSBundle::allBundles()->objectAtIndex(0) == NSBundle::mainBundle() &&
-                           NSBundle::bundleForClass(nullptr) == NSBundle::mainBundle() &&
-                           NSBundle::bundleWithIdentifier("x.Other"_ns) != nullptr &&
-                           NSBundle::bundleWithIdentifier("x.Wrong"_ns) == nullptr;
-        std::_Exit(right ? 0 : 1);
-      },
-      ::testing::ExitedWithCode(0), "");
+  expectAnew([&] {
+    const std::string name = detail::bundleNameOfModule(detail::executablePath());
+    directory.write(name + ".resources/Info.plist", "CFBundleIdentifier = \"main.id\";");
+    directory.write("Other/Info.plist", "CFBundleIdentifier = \"x.Other\";");
+    directory.write("Wrong/Info.plist", "CFBundleIdentifier = \"x.Else\";");
+    ::setenv("QZ_BUNDLE_PATH", ("/no/such:" + directory.path()).c_str(), 1);
+    return equal(NSBundle::mainBundle()->bundleIdentifier(), "main.id"_ns) &&
+           NSBundle::allBundles()->objectAtIndex(0) == NSBundle::mainBundle() &&
+           NSBundle::bundleForClass(nullptr) == NSBundle::mainBundle() &&
+           NSBundle::bundleWithIdentifier("x.Other"_ns) != nullptr &&
+           NSBundle::bundleWithIdentifier("x.Wrong"_ns) == nullptr;
+  });
 }
 
 TEST_F(NSBundleTest, MainBundleWithoutResourcesHasNoIdentifier) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        ::unsetenv("QZ_BUNDLE_PATH");
-        Ref<NSBundle> main = NSBundle::mainBundle();
-        const bool right =
-            main->bundleIdentifier() == nullptr && main->resourcePath() == nullptr &&
-            main->infoDictionary()->count() == 0 && main->bundlePath()->length() > 1 &&
-            equal(main->localizedStringForKey_value_table("k"_ns, ""_ns, nullptr), "k"_ns);
-        std::_Exit(right ? 0 : 1);
-      },
-      ::testing::ExitedWithCode(0), "");
+  expectAnew([] {
+    ::unsetenv("QZ_BUNDLE_PATH");
+    Ref<NSBundle> main = NSBundle::mainBundle();
+    return main->bundleIdentifier() == nullptr && main->resourcePath() == nullptr &&
+           main->infoDictionary()->count() == 0 && main->bundlePath()->length() > 1 &&
+           equal(main->localizedStringForKey_value_table("k"_ns, ""_ns, nullptr), "k"_ns);
+  });
 }
 
 TEST(BundlePlaces, FollowTheModulesPlace) {

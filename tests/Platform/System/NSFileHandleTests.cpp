@@ -1,23 +1,12 @@
 #include "Platform/System/NSFileHandle.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <sstream>
-#include <string>
-#include <thread>
-
-#include "Platform/Runtime/Send.h"
 #include "Platform/System/NSPipe.h"
-#include "Platform/Values/NSData.h"
-#include "Platform/Values/NSError.h"
-#include "tests/support/Raises.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Files.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -25,12 +14,6 @@ namespace {
 Ref<NSData> bytes(std::string_view text) { return NSData::dataWithBytes(text); }
 std::string text(NSData* data) { return data != nullptr ? std::string(data->view()) : "nil"; }
 Ref<NSString> path(const std::string& path) { return NSString::stringWithUTF8String(path); }
-
-std::string contents(const std::string& path) {
-  std::ostringstream all;
-  all << std::ifstream(path, std::ios::binary).rdbuf();
-  return all.str();
-}
 
 TEST(NSFileHandle, ReadsWritesMovesAndCutsAFile) {
   const TemporaryDirectory directory;
@@ -46,10 +29,10 @@ TEST(NSFileHandle, ReadsWritesMovesAndCutsAFile) {
   handle->writeData(bytes("!"));
   handle->writeData(nullptr);
   handle->synchronizeFile();
-  EXPECT_EQ(contents(file), "01xy456789!");
+  EXPECT_EQ(contentsOf(file), "01xy456789!");
   handle->truncateFileAtOffset(3);
   handle->writeData(bytes("z"));
-  EXPECT_EQ(contents(file), "01xz");
+  EXPECT_EQ(contentsOf(file), "01xz");
   handle->closeFile();
   handle->closeFile();
   EXPECT_EQ(handle->fileDescriptor(), -1);
@@ -96,8 +79,6 @@ TEST(NSFileHandle, OwnsTheDescriptorOnlyWhenItShould) {
   NSFileHandle::initWithFileDescriptor_closeOnDealloc(descriptor, true);
   EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
   EXPECT_EQ(NSFileHandle::fileHandleWithStandardError()->fileDescriptor(), 2);
-  EXPECT_EQ(NSFileHandle::fileHandleWithStandardError(),
-            send<Ref<NSFileHandle>>(classOf<NSFileHandle>(), "fileHandleWithStandardError"_sel));
   EXPECT_EQ(text(NSFileHandle::fileHandleWithNullDevice()->availableData()), "");
 }
 

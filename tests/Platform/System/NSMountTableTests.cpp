@@ -1,14 +1,10 @@
 #include "Platform/System/NSMountTable.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include <algorithm>
-#include <string>
-
 #include "Platform/System/detail/MountInfo.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -1,24 +1,9 @@
 #include "Platform/System/NSPropertyListSerialization.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-#include <string>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Collections/NSSet.h"
 #include "Platform/System/NSPropertyListUID.h"
-#include "Platform/Values/NSDate.h"
-#include "Platform/Values/NSError.h"
 #include "Platform/Values/NSMutableData.h"
-#include "Platform/Values/NSMutableString.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/RandomPropertyList.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -110,46 +95,23 @@ TEST(PropertyList, XmlIsLaidOutForPeople) {
 }
 
 TEST(PropertyList, EveryValueComesBackInItsKind) {
-  const auto epoch = NSDate::dateWithTimeIntervalSince1970(0);
-  auto leaves = NSArray::arrayWithObjects({NSNumber::of(true),
-                                           NSNumber::of(1),
-                                           NSNumber::of(1.0),
-                                           NSNumber::of(-1),
-                                           NSNumber::of(std::numeric_limits<std::int64_t>::min()),
-                                           NSNumber::of(std::numeric_limits<std::uint64_t>::max()),
-                                           NSNumber::of(std::int64_t{1} << 40),
-                                           NSNumber::of(std::uint64_t{1} << 63),
-                                           NSNumber::of(255),
-                                           NSNumber::of(256),
-                                           NSNumber::of(65536),
-                                           NSNumber::of(-HUGE_VAL),
-                                           NSNumber::of(std::nan("")),
-                                           NSNumber::of(-0.0),
-                                           NSNumber::of(5e-324),
-                                           ""_ns,
-                                           " \n "_ns,
-                                           "ü😀"_ns,
-                                           "1"_ns,
-                                           epoch,
-                                           NSData::data(),
-                                           NSData::dataWithBytes("\0\xFF"s),
-                                           NSArray::array(),
-                                           NSDictionary::dictionary()});
+  using Limits = std::numeric_limits<std::int64_t>;
+  auto leaves = NSMutableArray::arrayWithObjects({NSNumber::of(true), NSNumber::of(UINT64_MAX)});
+  for (std::int64_t each :
+       {std::int64_t{1}, std::int64_t{-1}, Limits::min(), Limits::max(), std::int64_t{1} << 40,
+        std::int64_t{255}, std::int64_t{256}, std::int64_t{65536}})
+    leaves->addObject(NSNumber::of(each));
+  leaves->addObject(NSNumber::of(std::uint64_t{1} << 63));
+  for (double each : {1.0, -HUGE_VAL, std::nan(""), -0.0, 5e-324})
+    leaves->addObject(NSNumber::of(each));
+  for (NSString* each : {""_ns, " \n "_ns, "ü😀"_ns, "1"_ns}) leaves->addObject(each);
+  leaves->addObjectsFromArray(NSArray::arrayWithObjects(
+      {NSDate::dateWithTimeIntervalSince1970(0), NSData::data(), NSData::dataWithBytes("\0\xFF"s),
+       NSArray::array(), NSDictionary::dictionary()}));
   for (NSPropertyListFormat format : {NSPropertyListXMLFormat, NSPropertyListBinaryFormat}) {
-    auto again = as<NSArray>(read(written(leaves, format)));
-    ASSERT_EQ(again->count(), leaves->count());
-    for (std::uint32_t i = 0; i < again->count(); ++i) {
-      auto was = leaves->objectAtIndex(i), is = again->objectAtIndex(i);
-      EXPECT_TRUE(equal(was, is)) << was << " became " << is;
-      auto number = as<NSNumber>(was), numberNow = as<NSNumber>(is);
-      ASSERT_EQ(number == nullptr, numberNow == nullptr);
-      if (!number) continue;
-      EXPECT_EQ(number->kind() == NumberKind::Bool, numberNow->kind() == NumberKind::Bool);
-      EXPECT_EQ(isFloatingKind(number->kind()), isFloatingKind(numberNow->kind()));
-      if (number->doubleValue() == 0) {
-        EXPECT_EQ(std::signbit(number->doubleValue()), std::signbit(numberNow->doubleValue()));
-      }
-    }
+    // The text tells kinds apart that are equal to `isEqual:`.
+    const std::string text = written(leaves, NSPropertyListXMLFormat);
+    EXPECT_EQ(written(read(written(leaves, format)), NSPropertyListXMLFormat), text);
   }
   // What binary lists hold and XML does not.
   auto more = NSArray::arrayWithObjects(
@@ -168,7 +130,6 @@ TEST(PropertyList, RandomListsAndTheirFormatsAreRecognised) {
     const std::string bytes = written(list, NSPropertyListBinaryFormat);
     const std::string text = written(list, NSPropertyListXMLFormat);
     for (std::uint32_t mutability : {0, 1, 2}) {
-      // The text tells kinds apart that are equal to `isEqual:`.
       ASSERT_TRUE(written(read(text, mutability), NSPropertyListXMLFormat) == text) << i;
       ASSERT_TRUE(written(read(bytes, mutability), NSPropertyListXMLFormat) == text) << i;
     }

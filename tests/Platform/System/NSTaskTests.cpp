@@ -2,28 +2,16 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <fstream>
 #include <future>
-#include <string>
-#include <vector>
 
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/System/NSPipe.h"
 #include "Platform/System/NSProcessInfo.h"
 #include "Platform/System/detail/OsRelease.h"
-#include "Platform/Values/NSData.h"
-#include "Platform/Values/NSError.h"
-#include "Platform/Values/NSNumber.h"
-#include "tests/support/Raises.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -75,17 +63,6 @@ TEST(NSTask, StreamsGoWhereTheyAreTold) {
   // The far ends belong to the program alone.
   EXPECT_EQ(both->fileHandleForWriting()->fileDescriptor(), -1);
   EXPECT_EQ(in->fileHandleForReading()->fileDescriptor(), -1);
-
-  const TemporaryDirectory directory;
-  const std::string file = directory.write("out", "");
-  auto toFile = shell("echo to a file"_ns);
-  toFile->setStandardOutput(
-      NSFileHandle::fileHandleForWritingAtPath(NSString::stringWithUTF8String(file)));
-  toFile->launch();
-  toFile->waitUntilExit();
-  std::string line;
-  std::getline(std::ifstream(file), line);
-  EXPECT_EQ(line, "to a file");
 }
 
 TEST(NSTask, StandardStreamsCanBeExchanged) {
@@ -127,14 +104,13 @@ TEST(NSTask, NoDescriptorLeaksAndSignalsAreAtTheirDefault) {
 
 TEST(NSTask, SignalsEndItAndLeaveItsState) {
   auto task = shell("kill -STOP $$; exec sleep 100"_ns);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->terminate(); }, {"not launched"}));
+  EXPECT_TRUE(refuses([&] { task->terminate(); }, {"not launched"}));
   task->launch();
   EXPECT_TRUE(task->isRunning());
   EXPECT_GT(task->processIdentifier(), 0);
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [&] { task->terminationStatus(); }, {"still running"}));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->launch(); }, {"launched already"}));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->setArguments(nullptr); }));
+  EXPECT_TRUE(refuses([&] { task->terminationStatus(); }, {"still running"}));
+  EXPECT_TRUE(refuses([&] { task->launch(); }, {"launched already"}));
+  EXPECT_TRUE(refuses([&] { task->setArguments(nullptr); }));
   task->terminate();
   task->resume();
   task->waitUntilExit();
@@ -162,15 +138,13 @@ TEST(NSTask, WhatCannotBeLaunchedRaisesWithPathAndReasonAndMayTryAgain) {
   const TemporaryDirectory directory;
   const std::string plain = directory.write("plain", "text");
   auto task = make<NSTask>();
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->launch(); }, {"nil"}));
+  EXPECT_TRUE(refuses([&] { task->launch(); }, {"nil"}));
   auto pipe = NSPipe::pipe();
   task->setStandardOutput(pipe);
   task->setLaunchPath("/no/such/program"_ns);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { task->launch(); },
-                     {"/no/such/program", "No such file"}));
+  EXPECT_TRUE(refuses([&] { task->launch(); }, {"/no/such/program", "No such file"}));
   task->setLaunchPath(NSString::stringWithUTF8String(plain));
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [&] { task->launch(); }, {plain, "Permission denied"}));
+  EXPECT_TRUE(refuses([&] { task->launch(); }, {plain, "Permission denied"}));
   task->setLaunchPath("/bin/echo"_ns);
   task->setCurrentDirectoryPath("/no/such/folder"_ns);
   Ref<NSError> error;
@@ -183,15 +157,13 @@ TEST(NSTask, WhatCannotBeLaunchedRaisesWithPathAndReasonAndMayTryAgain) {
 
   auto odd = make<NSTask>();
   const auto number = NSNumber::numberWithInt(1);
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { odd->setArguments(NSArray::arrayWithObject(number)); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { odd->setStandardOutput("path"_ns); },
-                     {"neither an NSPipe"}));
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] {
-                       odd->setEnvironment(NSDictionary::of({{"a=b"_ns, "c"_ns}}));
-                     },
-                     {"a=b"}));
+  EXPECT_TRUE(refuses([&] { odd->setArguments(NSArray::arrayWithObject(number)); }));
+  EXPECT_TRUE(refuses([&] { odd->setStandardOutput("path"_ns); }, {"neither an NSPipe"}));
+  EXPECT_TRUE(refuses(
+      [&] {
+        odd->setEnvironment(NSDictionary::of({{"a=b"_ns, "c"_ns}}));
+      },
+      {"a=b"}));
 }
 
 TEST(NSTask, ManyAtOnceInSeveralThreads) {
@@ -214,17 +186,12 @@ TEST(NSProcessInfo, TellsOfThisProcess) {
   EXPECT_EQ(info, send<Ref<NSProcessInfo>>(classOf<NSProcessInfo>(), "processInfo"_sel));
   EXPECT_EQ(info->processIdentifier(), ::getpid());
   EXPECT_TRUE(equal(info->processName(), "platform-tests"_ns));
-  EXPECT_TRUE(
-      equal(info->arguments()->objectAtIndex(0)->performSelector("lastPathComponent"_sel).object(),
-            "platform-tests"_ns));
   ::setenv("QZ_INFO_TEST", "a=b", 1);
   EXPECT_TRUE(equal(info->environment()->objectForKey("QZ_INFO_TEST"_ns), "a=b"_ns));
   info->setProcessName("other"_ns);
   EXPECT_TRUE(equal(info->processName(), "other"_ns));
   info->setProcessName(nullptr);
   EXPECT_FALSE(equal(info->globallyUniqueString(), info->globallyUniqueString()));
-  EXPECT_GE(info->processorCount(), 1u);
-  EXPECT_GT(info->physicalMemory(), 1u << 20);
 }
 
 TEST(NSProcessInfo, ReleaseFiles) {

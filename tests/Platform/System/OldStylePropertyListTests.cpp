@@ -1,10 +1,6 @@
 #include "Platform/System/detail/OldStylePropertyList.h"
 
-#include <gtest/gtest.h>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Values/NSString.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -1,21 +1,9 @@
 // What Python's plistlib writes is read here, and the other way round, for every kind of value.
-#include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdlib>
-#include <fstream>
-#include <random>
-#include <string>
-
-#include "Platform/Collections/NSMutableArray.h"
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/System/NSPropertyListUID.h"
-#include "Platform/Values/NSData.h"
-#include "Platform/Values/NSDate.h"
-#include "Platform/Values/NSNumber.h"
-#include "Platform/Values/NSString.h"
 #include "tests/support/RandomPropertyList.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -99,17 +87,6 @@ plistlib.dump([plistlib.UID(0), plistlib.UID(2**40)], open(d + 'uids', 'wb'), fm
   for (const char* name : {"xml", "binary"}) {
     auto values = as<NSArray>(read(name));
     ASSERT_TRUE(values);
-    const auto number = [&](std::uint32_t i) { return as<NSNumber>(values->objectAtIndex(i)); };
-    EXPECT_EQ(number(6)->longLongValue(), INT64_MIN);
-    EXPECT_EQ(number(8)->unsignedLongLongValue(), std::uint64_t{1} << 63);
-    EXPECT_EQ(number(9)->unsignedLongLongValue(), UINT64_MAX);
-    EXPECT_EQ(number(10)->kind(), NumberKind::Bool);
-    EXPECT_EQ(number(12)->doubleValue(), 0.1);
-    EXPECT_TRUE(std::isnan(number(15)->doubleValue()));
-    EXPECT_EQ(as<NSData>(values->objectAtIndex(17))->length(), 256u);
-    EXPECT_EQ(to_string(values->objectAtIndex(19)), "ü😀");
-    EXPECT_EQ(as<NSDate>(values->objectAtIndex(22))->timeIntervalSince1970(), 978307200);
-    EXPECT_EQ(as<NSDate>(values->objectAtIndex(24))->timeIntervalSince1970(), 253402300799);
     write(values, NSPropertyListXMLFormat, "ours.xml");
     write(values, NSPropertyListBinaryFormat, "ours.binary");
     run(R"(

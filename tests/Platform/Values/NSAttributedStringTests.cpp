@@ -1,24 +1,11 @@
 #include "Platform/Values/NSAttributedString.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
-
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSMutableAttributedString.h"
-#include "Platform/Values/NSMutableString.h"
-#include "Platform/Values/NSNumber.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
-using test::raises;
 using Attributes = std::map<std::u16string, int>;
 
 Ref<NSDictionary> dictionaryOf(const Attributes& attributes) {
@@ -149,22 +136,18 @@ TEST(NSAttributedString, RefusesAndStaysAsItWas) {
   const auto string = NSMutableAttributedString::initWithString("abc"_ns);
   string->setAttributes_range(dictionaryOf({{u"a", 1}}), {1, 1});
   const auto before = string->copy();
-  EXPECT_TRUE(
-      raises(NSRangeException, [&] { string->attributesAtIndex_effectiveRange(3, nullptr); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { string->setAttributes_range(nullptr, {2, 2}); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { string->removeAttribute_range("a"_ns, {4, 0}); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { string->deleteCharactersInRange({1, UINT32_MAX}); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { string->insertAttributedString_atIndex(string, 4); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { string->attributedSubstringFromRange({3, 1}); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { string->appendAttributedString(nullptr); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
-    string->addAttribute_value_range("a"_ns, nullptr, {0, 1});
-  }));
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [] { NSAttributedString::initWithString(nullptr); }));
+  EXPECT_TRUE(refusesRange([&] { string->attributesAtIndex_effectiveRange(3, nullptr); }));
+  EXPECT_TRUE(refusesRange([&] { string->setAttributes_range(nullptr, {2, 2}); }));
+  EXPECT_TRUE(refusesRange([&] { string->removeAttribute_range("a"_ns, {4, 0}); }));
+  EXPECT_TRUE(refusesRange([&] { string->deleteCharactersInRange({1, UINT32_MAX}); }));
+  EXPECT_TRUE(refusesRange([&] { string->insertAttributedString_atIndex(string, 4); }));
+  EXPECT_TRUE(refusesRange([&] { string->attributedSubstringFromRange({3, 1}); }));
+  EXPECT_TRUE(refuses([&] { string->appendAttributedString(nullptr); }));
+  EXPECT_TRUE(refuses([&] { string->addAttribute_value_range("a"_ns, nullptr, {0, 1}); }));
+  EXPECT_TRUE(refuses([] { NSAttributedString::initWithString(nullptr); }));
   EXPECT_TRUE(string->isEqual(before));
   EXPECT_EQ(send<std::uint32_t>(string, "length"_sel), 3u);
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -1,37 +1,20 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <thread>
 
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSError.h"
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSPathUtilities.h"
 #include "Platform/Values/NSURL.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Files.h"
+#include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
 namespace fs = std::filesystem;
-using test::TemporaryDirectory;
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-Ref<NSString> text(const std::string& path) { return stringWithFileSystemPath(path); }
 
 std::ptrdiff_t filesIn(const std::string& path) {
   return std::distance(fs::directory_iterator(path), fs::directory_iterator());
@@ -41,7 +24,7 @@ std::ptrdiff_t filesIn(const std::string& path) {
 int writing(const std::string& bytes, const std::string& path, std::uint32_t options) {
   Ref<NSError> error;
   const bool isDone =
-      NSData::dataWithBytes(bytes)->writeToFile_options_error(text(path), options, &error);
+      NSData::dataWithBytes(bytes)->writeToFile_options_error(ns(path), options, &error);
   EXPECT_EQ(isDone, error == nullptr);
   if (!error) return 0;
   EXPECT_TRUE(equal(error->domain(), NSPOSIXErrorDomain));
@@ -72,24 +55,24 @@ TEST(NSDataFiles, ReadBackWhatWasWritten) {
       std::string bytes(length, '\x01');
       for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<char>(i * i / 7);
       ASSERT_EQ(writing(bytes, path, options), 0);
-      ASSERT_EQ(contents(path), bytes);
+      ASSERT_EQ(contentsOf(path), bytes);
       const Ref<NSData> all[] = {
-          NSData::dataWithContentsOfFile(text(path)),
-          NSMutableData::dataWithContentsOfFile(text(path)),
-          NSData::dataWithContentsOfURL(NSURL::fileURLWithPath(text(path))),
-          NSData::initWithContentsOfFile_options_error(text(path), NSDataReadingMapped, nullptr),
-          NSData::dataWithContentsOfFile_options_error(text(path), NSDataReadingUncached, nullptr),
+          NSData::dataWithContentsOfFile(ns(path)),
+          NSMutableData::dataWithContentsOfFile(ns(path)),
+          NSData::dataWithContentsOfURL(NSURL::fileURLWithPath(ns(path))),
+          NSData::initWithContentsOfFile_options_error(ns(path), NSDataReadingMapped, nullptr),
+          NSData::dataWithContentsOfFile_options_error(ns(path), NSDataReadingUncached, nullptr),
           send<Ref<NSData>>(classOf<NSMutableData>(), "dataWithContentsOfFile:"_sel,
-                            text(path).get())};
+                            ns(path).get())};
       for (const auto& each : all) ASSERT_EQ(each->view(), bytes);
       EXPECT_TRUE(all[5]->isKindOfClass(classOf<NSMutableData>()));
     }
   }
-  EXPECT_TRUE(NSData::data()->writeToURL_atomically(NSURL::fileURLWithPath(text(path)), true));
-  EXPECT_EQ(contents(path), "");
+  EXPECT_TRUE(NSData::data()->writeToURL_atomically(NSURL::fileURLWithPath(ns(path)), true));
+  EXPECT_EQ(contentsOf(path), "");
   // Files that the system makes up tell no length.
   EXPECT_EQ(NSData::dataWithContentsOfFile("/proc/self/cmdline"_ns)->view(),
-            contents("/proc/self/cmdline"));
+            contentsOf("/proc/self/cmdline"));
 }
 
 TEST(NSDataFiles, ReadAPipeToItsEnd) {
@@ -98,7 +81,7 @@ TEST(NSDataFiles, ReadAPipeToItsEnd) {
   ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
   const std::string bytes(150000, 'p');
   std::thread writer([&] { EXPECT_EQ(writing(bytes, path, NSDataWritingAtomic), 0); });
-  const auto data = NSData::dataWithContentsOfFile(text(path));
+  const auto data = NSData::dataWithContentsOfFile(ns(path));
   writer.join();
   EXPECT_EQ(data->view(), bytes);
   EXPECT_EQ(fs::status(path).type(), fs::file_type::fifo);
@@ -113,11 +96,11 @@ TEST(NSDataFiles, SayWhatIsWrong) {
     Ref<NSString> path;
     int reading, writing;
   } cases[] = {
-      {text(here + "/none/file"), ENOENT, ENOENT},
-      {text(here), EISDIR, EISDIR},
-      {text(there + "/below"), ENOTDIR, ENOTDIR},
-      {text(here + "/loop"), ELOOP, ELOOP},
-      {text(std::string(300, 'n')), ENAMETOOLONG, ENAMETOOLONG},
+      {ns(here + "/none/file"), ENOENT, ENOENT},
+      {ns(here), EISDIR, EISDIR},
+      {ns(there + "/below"), ENOTDIR, ENOTDIR},
+      {ns(here + "/loop"), ELOOP, ELOOP},
+      {ns(std::string(300, 'n')), ENAMETOOLONG, ENAMETOOLONG},
       {nullptr, EINVAL, EINVAL},
       {""_ns, EINVAL, EINVAL},
       {"a\0b"_ns, EINVAL, EINVAL},
@@ -150,7 +133,7 @@ TEST(NSDataFiles, SayWhatIsWrong) {
                       atomic | NSDataWritingWithoutOverwriting),
               0);
   }
-  EXPECT_EQ(contents(there), "old");
+  EXPECT_EQ(contentsOf(there), "old");
   EXPECT_EQ(filesIn(here), 4);  // there, loop, 0 and 1: nothing else is left behind
 }
 
@@ -161,13 +144,13 @@ TEST(NSDataFiles, AreWholeOrAsTheyWere) {
     const FullDisk full;
     EXPECT_EQ(writing(std::string(1000, 'x'), path, NSDataWritingAtomic), EFBIG);
   }
-  EXPECT_EQ(contents(path), "old");
+  EXPECT_EQ(contentsOf(path), "old");
   EXPECT_EQ(filesIn(directory.path()), 1);
   {
     const FullDisk full;
     EXPECT_EQ(writing(std::string(1000, 'x'), path, 0), EFBIG);
   }
-  EXPECT_EQ(contents(path), std::string(100, 'x'));
+  EXPECT_EQ(contentsOf(path), std::string(100, 'x'));
 }
 
 TEST(NSDataFiles, KeepPermissionsAndLinks) {
@@ -183,7 +166,7 @@ TEST(NSDataFiles, KeepPermissionsAndLinks) {
 
   ASSERT_EQ(writing("new", link, NSDataWritingAtomic), 0);
   EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_EQ(contents(path), "new");
+  EXPECT_EQ(contentsOf(path), "new");
   struct stat about;
   ::stat(path.c_str(), &about);
   EXPECT_EQ(about.st_mode & 07777u, 0641u);
@@ -194,7 +177,7 @@ TEST(NSDataFiles, KeepPermissionsAndLinks) {
   ::close(descriptor);
 
   ASSERT_EQ(writing("made", dangling, NSDataWritingAtomic), 0);
-  EXPECT_EQ(contents(directory.path() + "/deep/new"), "made");
+  EXPECT_EQ(contentsOf(directory.path() + "/deep/new"), "made");
   const mode_t mask = ::umask(0);
   ::umask(mask);
   ::stat(dangling.c_str(), &about);
@@ -202,4 +185,4 @@ TEST(NSDataFiles, KeepPermissionsAndLinks) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

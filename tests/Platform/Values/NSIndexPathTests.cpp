@@ -1,19 +1,10 @@
 #include "Platform/Values/NSIndexPath.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
-#include <random>
-#include <vector>
-
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSString.h"
-#include "tests/support/Raises.h"
-
-namespace qz {
+namespace qz::test {
 namespace {
 
-using test::raises;
 using Indexes = std::vector<std::uint32_t>;
 
 Ref<NSIndexPath> path(const Indexes& indexes) {
@@ -65,8 +56,8 @@ TEST(NSIndexPath, OrdersAsTheTreeIsRead) {
     ASSERT_EQ(send<NSComparisonResult>(path(a), "compare:"_sel, path(b).get()), expected);
     ASSERT_EQ(path(a)->isEqual(path(b)), a == b);
   }
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { path({1})->compare(nullptr); }));
+  EXPECT_TRUE(refuses([] { path({1})->compare(nullptr); }));
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

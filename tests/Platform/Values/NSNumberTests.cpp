@@ -1,16 +1,8 @@
 #include "Platform/Values/NSNumber.h"
 
-#include <gtest/gtest.h>
-
 #include <cfloat>
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
 
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNull.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -48,33 +40,10 @@ std::vector<Sample> samples() {
                            UINT64_MAX - 1, UINT64_MAX});
   add<float>(all, {-0.5f, 0.1f, 1.0f, 16777216.0f, 16777218.0f, 0x1p63f, FLT_MAX, -FLT_MAX});
   const double two53 = 0x1p53, two63 = 0x1p63, two64 = 0x1p64;
-  add<double>(all, {0.0,
-                    -0.0,
-                    0.1,
-                    0.5,
-                    -0.5,
-                    1.0,
-                    1.5,
-                    -1.0,
-                    DBL_MIN,
-                    DBL_TRUE_MIN,
-                    two53,
-                    two53 + 2,
-                    -two53,
-                    two63,
-                    -two63,
-                    two64,
-                    std::nextafter(two63, 0.0),
-                    std::nextafter(two63, infinity),
-                    std::nextafter(-two63, 0.0),
-                    std::nextafter(-two63, -infinity),
-                    std::nextafter(two64, 0.0),
-                    DBL_MAX,
-                    -DBL_MAX,
-                    infinity,
-                    -infinity,
-                    nan,
-                    -nan});
+  add<double>(all, {0.0, -0.0, 0.1, 0.5, -0.5, 1.0, 1.5, -1.0, two53, two53 + 2, -two53});
+  add<double>(all, {DBL_MIN, DBL_TRUE_MIN, DBL_MAX, -DBL_MAX, infinity, -infinity, nan, -nan});
+  for (double edge : {two63, -two63, two64})
+    add<double>(all, {edge, std::nextafter(edge, 0.0), std::nextafter(edge, 2 * edge)});
   all.push_back({NSNumber::numberWithLong(-7), -7});
   all.push_back({NSNumber::numberWithUnsignedLong(UINT32_MAX), UINT32_MAX});
   return all;
@@ -154,19 +123,20 @@ TEST(NSNumber, IntegersConvertByTheirLowBits) {
 }
 
 TEST(NSNumber, RemembersItsKind) {
-  const auto all = {NSNumber::numberWithBool(true),
-                    NSNumber::numberWithChar(1),
-                    NSNumber::numberWithUnsignedChar(1),
-                    NSNumber::numberWithShort(1),
-                    NSNumber::numberWithUnsignedShort(1),
-                    NSNumber::numberWithInt(1),
-                    NSNumber::numberWithUnsignedInt(1),
-                    NSNumber::numberWithLong(1),
-                    NSNumber::numberWithUnsignedLong(1),
-                    NSNumber::numberWithLongLong(1),
-                    NSNumber::numberWithUnsignedLongLong(1),
-                    NSNumber::numberWithFloat(1),
-                    NSNumber::numberWithDouble(1)};
+  using N = NSNumber;
+  const Ref<N> all[] = {N::numberWithBool(true),
+                        N::numberWithChar(1),
+                        N::numberWithUnsignedChar(1),
+                        N::numberWithShort(1),
+                        N::numberWithUnsignedShort(1),
+                        N::numberWithInt(1),
+                        N::numberWithUnsignedInt(1),
+                        N::numberWithLong(1),
+                        N::numberWithUnsignedLong(1),
+                        N::numberWithLongLong(1),
+                        N::numberWithUnsignedLongLong(1),
+                        N::numberWithFloat(1),
+                        N::numberWithDouble(1)};
   int kind = 0;
   for (const auto& each : all) {
     EXPECT_EQ(static_cast<int>(each->kind()), kind++);
@@ -180,17 +150,12 @@ TEST(NSNumber, RemembersItsKind) {
 }
 
 TEST(NSNumber, SharesSmallIntsAndTruthValues) {
-  for (int value : {-128, -1, 0, 1023}) {
+  for (int value : {-129, -128, -1, 0, 1023, 1024, INT32_MIN, INT32_MAX}) {
+    const bool isShared = value >= -128 && value < 1024;
     Ref<NSNumber> number = NSNumber::numberWithInt(value);
-    EXPECT_EQ(number, NSNumber::numberWithInt(value));
+    EXPECT_EQ(number == NSNumber::numberWithInt(value), isShared);
     EXPECT_EQ(number->intValue(), value);
-    EXPECT_EQ(number->retainCount(), 0x7FFFFFFFu);
-  }
-  for (int value : {-129, 1024, INT32_MIN, INT32_MAX}) {
-    Ref<NSNumber> number = NSNumber::numberWithInt(value);
-    EXPECT_FALSE(number == NSNumber::numberWithInt(value));
-    EXPECT_EQ(number->intValue(), value);
-    EXPECT_EQ(number->retainCount(), 1u);
+    EXPECT_EQ(number->retainCount(), isShared ? 0x7FFFFFFFu : 1u);
   }
   EXPECT_EQ(NSNumber::numberWithBool(true), NSNumber::of(true));
   EXPECT_FALSE(NSNumber::numberWithBool(true) == NSNumber::numberWithBool(false));
@@ -199,21 +164,18 @@ TEST(NSNumber, SharesSmallIntsAndTruthValues) {
 TEST(NSNumber, WritesTheShortestTextThatReadsBack) {
   const std::vector<std::pair<Ref<NSNumber>, std::string>> rows{
       {NSNumber::of(false), "0"},
-      {NSNumber::of(INT64_MIN), "-9223372036854775808"},
       {NSNumber::of(UINT64_MAX), "18446744073709551615"},
       {NSNumber::of(100000.0), "100000"},
       {NSNumber::of(-0.0), "-0"},
       {NSNumber::of(0.1), "0.1"},
       {NSNumber::of(0.1f), "0.1"},
       {NSNumber::of(static_cast<double>(0.1f)), "0.10000000149011612"},
-      {NSNumber::of(16777216.0f), "16777216"},
       {NSNumber::of(0.1 + 0.2), "0.30000000000000004"},
       {NSNumber::of(9007199254740993.0), "9007199254740992"},
       {NSNumber::of(1e16), "1e+16"},
       {NSNumber::of(0.0001), "0.0001"},
       {NSNumber::of(0.00001), "1e-05"},
       {NSNumber::of(infinity), "inf"},
-      {NSNumber::of(-infinity), "-inf"},
       {NSNumber::of(-nan), "nan"}};
   for (const auto& [number, text] : rows) {
     EXPECT_EQ(number->stringValue()->UTF8String(), text);
@@ -225,18 +187,10 @@ TEST(NSNumber, WritesTheShortestTextThatReadsBack) {
     }
 }
 
-TEST(NSNumber, AnswersBySelector) {
-  auto number = send<Ref<NSNumber>>(classOf<NSNumber>(), "numberWithUnsignedShort:"_sel,
-                                    std::uint16_t{65535});
-  ASSERT_TRUE(number);
-  EXPECT_EQ(number->kind(), NumberKind::UnsignedShort);
-  EXPECT_EQ(send<int>(number, "shortValue"_sel), -1);
-  EXPECT_EQ(send<double>(number, "doubleValue"_sel), 65535.0);
-  EXPECT_EQ(send<NSComparisonResult>(number, "compare:"_sel, NSNumber::of(65535.5)),
-            NSOrderedAscending);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { number->compare(nullptr); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { send<NSComparisonResult>(number, "compare:"_sel, "1"_ns); }));
+TEST(NSNumber, ComparesWithNumbersOnly) {
+  auto number = NSNumber::of(1);
+  EXPECT_TRUE(refuses([&] { number->compare(nullptr); }));
+  EXPECT_TRUE(refuses([&] { send<NSComparisonResult>(number, "compare:"_sel, "1"_ns); }));
 }
 
 TEST(NSNull, IsOneObject) {

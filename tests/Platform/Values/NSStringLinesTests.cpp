@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
-#include <random>
-#include <string>
-#include <vector>
-
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Values/NSString.h"
-#include "tests/support/Raises.h"
-
-namespace qz {
+namespace qz::test {
 namespace {
 
 struct Line {
@@ -67,14 +59,14 @@ TEST(NSStringLines, AreWhatTheTerminatorsMakeThem) {
 }
 
 TEST(NSStringLines, RefuseRangesBeyondTheText) {
-  EXPECT_TRUE(test::raises(NSRangeException,
-                           [] {
-                             "ab"_ns->lineRangeForRange({1, 2});
-                           },
-                           {"lineRangeForRange:", "{1, 2}", "2"}));
+  EXPECT_TRUE(refusesRange(
+      [] {
+        "ab"_ns->lineRangeForRange({1, 2});
+      },
+      {"lineRangeForRange:", "{1, 2}", "2"}));
   EXPECT_EQ("ab\n"_ns->lineRangeForRange({3, 0}), NSMakeRange(3, 0));
   "ab"_ns->getLineStart_end_contentsEnd_forRange(nullptr, nullptr, nullptr, {2, 0});
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -1,29 +1,15 @@
 #include "Platform/Values/NSString.h"
 
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unicode/casemap.h>
 #include <unicode/stringoptions.h>
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <limits>
-#include <random>
-#include <string>
-#include <vector>
+#include "tests/support/Test.h"
 
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSMutableString.h"
-#include "tests/support/Raises.h"
-
-namespace qz {
+namespace qz::test {
 namespace {
-
-using test::raises;
 
 std::string utf8(NSString* string) { return string->UTF8String(); }
 
@@ -91,17 +77,10 @@ TEST(NSString, EqualityAndOrderFollowTheUnits) {
     ASSERT_EQ(a == b, first->hash() == second->hash());  // 32 bits: a clash would be bad luck
     ASSERT_EQ(first->hasPrefix(second), a.starts_with(b));
     ASSERT_EQ(second->hasSuffix(NSString::stringWithCharacters(b.substr(b.size() / 2))), true);
-    const auto part = a.substr(a.size() / 3, a.size() / 2);
-    const NSRange found = first->rangeOfString(NSString::stringWithCharacters(part));
-    ASSERT_EQ(found, part.empty() ? notFoundRange
-                                  : NSMakeRange(static_cast<std::uint32_t>(a.find(part)),
-                                                static_cast<std::uint32_t>(part.size())));
   }
   EXPECT_FALSE("a"_ns->isEqual(classOf<NSString>()));
   EXPECT_FALSE("a"_ns->isEqual(nullptr) || "a"_ns->isEqualToString(nullptr));
   EXPECT_FALSE("abc"_ns->hasSuffix("xabc"_ns) || "abc"_ns->hasSuffix("b"_ns));
-  EXPECT_EQ("abab"_ns->rangeOfString("ba"_ns), NSMakeRange(1, 2));
-  EXPECT_EQ("abab"_ns->rangeOfString("aba\0"_ns), notFoundRange);
 }
 
 TEST(NSString, CaseInsensitiveOrderIsThatOfFoldedText) {
@@ -191,20 +170,20 @@ TEST(NSString, PartsAndCombinations) {
 TEST(NSString, RefusesWhatLiesBeyondItsEnd) {
   NSString* text = "abc"_ns;
   char16_t units[4];
-  EXPECT_TRUE(raises(NSRangeException, [&] { text->characterAtIndex(3); }, {"3"}));
-  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringFromIndex(4); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringToIndex(4); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringWithRange({2, 2}); }));
+  EXPECT_TRUE(refusesRange([&] { text->characterAtIndex(3); }, {"3"}));
+  EXPECT_TRUE(refusesRange([&] { text->substringFromIndex(4); }));
+  EXPECT_TRUE(refusesRange([&] { text->substringToIndex(4); }));
+  EXPECT_TRUE(refusesRange([&] { text->substringWithRange({2, 2}); }));
   // In 32 bits this range would end at 1.
-  EXPECT_TRUE(raises(NSRangeException, [&] { text->substringWithRange({2, UINT32_MAX}); }));
-  EXPECT_TRUE(raises(NSRangeException, [&] { text->getCharacters_range(units, {4, 0}); }));
+  EXPECT_TRUE(refusesRange([&] { text->substringWithRange({2, UINT32_MAX}); }));
+  EXPECT_TRUE(refusesRange([&] { text->getCharacters_range(units, {4, 0}); }));
   for (const auto& call : std::vector<std::function<void()>>{
            [&] { text->compare(nullptr); }, [&] { text->caseInsensitiveCompare(nullptr); },
            [&] { text->hasPrefix(nullptr); }, [&] { text->rangeOfString(nullptr); },
            [&] { text->stringByAppendingString(nullptr); },
            [] { NSString::stringWithString(nullptr); },
            [] { NSString::stringWithFormat(nullptr, 1); }})
-    EXPECT_TRUE(raises(NSInvalidArgumentException, call));
+    EXPECT_TRUE(refuses(call));
 }
 
 TEST(NSString, RefusesToBecomeLongerThanTheLongest) {
@@ -243,25 +222,12 @@ TEST(NSString, ReadsIntegersToTheirLimits) {
 }
 
 TEST(NSString, ReadsFloatingValuesAsTheCLibraryDoes) {
-  std::vector<std::string> texts = {"1.5e",
-                                    "1.5e+",
-                                    ".5",
-                                    "5.",
-                                    "-.5e2x",
-                                    "1e308",
-                                    "1e309",
-                                    "-1e309",
-                                    "1e-400",
-                                    "0.000e999",
-                                    "4.9e-324",
-                                    "1e39",
-                                    "1e-46",
-                                    "-0",
-                                    "1.7976931348623159e308",
-                                    std::string(400, '9'),
-                                    "0." + std::string(400, '0') + "1",
-                                    "0." + std::string(400, '0') + "1e410",
-                                    "1e99999999999999"};
+  const std::string zeros = "0." + std::string(400, '0');
+  std::vector<std::string> texts = {zeros + "1", zeros + "1e410", std::string(400, '9')};
+  for (const char* each :
+       {"1.5e", "1.5e+", ".5", "5.", "-.5e2x", "1e308", "1e309", "-1e309", "-0", "1e-400",
+        "0.000e999", "4.9e-324", "1e39", "1e-46", "1.7976931348623159e308", "1e99999999999999"})
+    texts.emplace_back(each);
   std::mt19937_64 random(3);
   for (int i = 0; i < 500; ++i) {
     char text[64];
@@ -286,25 +252,16 @@ TEST(NSString, ReadsTruth) {
     EXPECT_FALSE(no->boolValue()) << utf8(no);
 }
 
-TEST(NSString, AnswersBySelector) {
+TEST(NSString, ClassLevelOperationsMakeObjectsOfTheClassTheyAreSentTo) {
   NSString* text = "12 Apes"_ns;
-  EXPECT_EQ(send<std::uint32_t>(text, "length"_sel), 7u);
-  EXPECT_EQ(send<char16_t>(text, "characterAtIndex:"_sel, 3), u'A');
-  EXPECT_EQ(send<NSComparisonResult>(text, "compare:"_sel, "13"_ns), NSOrderedAscending);
-  EXPECT_EQ(send<NSRange>(text, "rangeOfString:"_sel, "pe"_ns), NSMakeRange(4, 2));
-  EXPECT_EQ(send<std::string>(text, "UTF8String"_sel), "12 Apes");
-  EXPECT_EQ(send<int>(text, "doubleValue"_sel), 12);
-  EXPECT_EQ(utf8(send<Ref<NSString>>(text, "uppercaseString"_sel)), "12 APES");
-  // A class-level operation makes an Object of the class it is sent to.
   for (Class* each : {classOf<NSString>(), classOf<NSMutableString>()}) {
     auto made = send<Ref<NSString>>(each, "stringWithString:"_sel, text);
     EXPECT_TRUE(made->isEqual(text));
     EXPECT_EQ(made->classObject(), each);
     EXPECT_EQ(each->newObject()->classObject(), each);
   }
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { send<bool>(text, "isEqualToString:"_sel, classOf<NSString>()); }));
+  EXPECT_TRUE(refuses([&] { send<bool>(text, "isEqualToString:"_sel, classOf<NSString>()); }));
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -1,18 +1,9 @@
 // UTF-8 and UTF-16, next to ICU's conversions.
-#include <gtest/gtest.h>
 #include <unicode/ustring.h>
 
-#include <cstdint>
-#include <memory>
-#include <random>
-#include <string>
-#include <string_view>
-#include <vector>
+#include "tests/support/Test.h"
 
-#include "Platform/Values/NSMutableString.h"
-#include "Platform/Values/NSString.h"
-
-namespace qz {
+namespace qz::test {
 namespace {
 
 std::u16string decodedByIcu(std::string_view bytes, bool& valid) {
@@ -58,37 +49,20 @@ void checkBytes(std::string_view text) {
 }
 
 // Pieces whose neighbours decide what they mean.
-const std::vector<std::string> pieces = {"a",
-                                         "z",
-                                         std::string(1, '\0'),
-                                         "0123456789abcdef",
-                                         "\xC3\xA9",
-                                         "\xE2\x82\xAC",
-                                         "\xF0\x9F\x98\x80",
-                                         "\x80",
-                                         "\xBF",
-                                         "\xC0",
-                                         "\xC1",
-                                         "\xC2",
-                                         "\xDF",
-                                         "\xE0",
-                                         "\xE0\x9F",
-                                         "\xE0\xA0",
-                                         "\xED\xA0",
-                                         "\xED\x9F",
-                                         "\xED\xA0\x80",
-                                         "\xEF\xBF\xBD",
-                                         "\xEF\xBB\xBF",
-                                         "\xF0",
-                                         "\xF0\x8F",
-                                         "\xF0\x90",
-                                         "\xF0\x90\x80",
-                                         "\xF4\x8F\xBF\xBF",
-                                         "\xF4\x90",
-                                         "\xF5",
-                                         "\xFF",
-                                         "\xE1\x80",
-                                         "\xF1\x80\x80"};
+std::vector<std::string> allPieces() {
+  std::vector<std::string> all = {"a", "z", std::string(1, '\0'), "0123456789abcdef"};
+  for (const char* whole : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xEF\xBF\xBD",
+                            "\xEF\xBB\xBF", "\xF4\x8F\xBF\xBF"})
+    all.emplace_back(whole);
+  for (const char* part :
+       {"\x80", "\xBF",     "\xC0",        "\xC1",         "\xC2",     "\xDF",
+        "\xE0", "\xE0\x9F", "\xE0\xA0",    "\xED\xA0",     "\xED\x9F", "\xED\xA0\x80",
+        "\xF0", "\xF0\x8F", "\xF0\x90",    "\xF0\x90\x80", "\xF4\x90", "\xF5",
+        "\xFF", "\xE1\x80", "\xF1\x80\x80"})
+    all.emplace_back(part);
+  return all;
+}
+const std::vector<std::string> pieces = allPieces();
 
 TEST(NSStringUtf, EveryPairOfBytesAndOfPieces) {
   for (unsigned first = 0; first < 256; ++first)
@@ -128,4 +102,4 @@ TEST(NSStringUtf, UnitsTurnIntoUtf8) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

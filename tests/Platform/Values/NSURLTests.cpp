@@ -1,23 +1,10 @@
 #include "Platform/Values/NSURL.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <filesystem>
-#include <random>
-#include <string>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSPathUtilities.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
-
-using test::raises;
 
 Ref<NSString> text(std::string_view utf8) { return NSString::stringWithUTF8String(utf8); }
 
@@ -114,38 +101,24 @@ TEST(NSURL, ResolvesAsTheStandardShows) {
       {"?y", "http://a/b/c/d;p?y"},
       {"g?y", "http://a/b/c/g?y"},
       {"#s", "http://a/b/c/d;p?q#s"},
-      {"g#s", "http://a/b/c/g#s"},
       {"g?y#s", "http://a/b/c/g?y#s"},
       {";x", "http://a/b/c/;x"},
-      {"g;x", "http://a/b/c/g;x"},
       {"g;x?y#s", "http://a/b/c/g;x?y#s"},
       {"", "http://a/b/c/d;p?q"},
       {".", "http://a/b/c/"},
-      {"./", "http://a/b/c/"},
       {"..", "http://a/b/"},
-      {"../", "http://a/b/"},
       {"../g", "http://a/b/g"},
       {"../..", "http://a/"},
-      {"../../", "http://a/"},
       {"../../g", "http://a/g"},
       {"../../../g", "http://a/g"},
-      {"../../../../g", "http://a/g"},
-      {"/./g", "http://a/g"},
       {"/../g", "http://a/g"},
-      {"g.", "http://a/b/c/g."},
-      {".g", "http://a/b/c/.g"},
-      {"g..", "http://a/b/c/g.."},
       {"..g", "http://a/b/c/..g"},
-      {"./../g", "http://a/b/g"},
       {"./g/.", "http://a/b/c/g/"},
       {"g/./h", "http://a/b/c/g/h"},
       {"g/../h", "http://a/b/c/h"},
       {"g;x=1/./y", "http://a/b/c/g;x=1/y"},
-      {"g;x=1/../y", "http://a/b/c/y"},
       {"g?y/./x", "http://a/b/c/g?y/./x"},
-      {"g?y/../x", "http://a/b/c/g?y/../x"},
       {"g#s/./x", "http://a/b/c/g#s/./x"},
-      {"g#s/../x", "http://a/b/c/g#s/../x"},
       {"http:g", "http:g"},
   };
   for (const auto& [reference, expected] : cases) {
@@ -188,8 +161,7 @@ TEST(NSURL, FilesHaveTheirPaths) {
   EXPECT_EQ(NSURL::fileURLWithPath(""_ns), nullptr);
   for (const auto& units : {std::u16string(u"/a\0b", 4), std::u16string(1, 0xD800)})
     EXPECT_EQ(NSURL::fileURLWithPath(NSString::stringWithCharacters(units)), nullptr);
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [] { url("file:///a%00b")->fileSystemRepresentation(); }));
+  EXPECT_TRUE(refuses([] { url("file:///a%00b")->fileSystemRepresentation(); }));
 }
 
 TEST(NSURL, MakesOthers) {
@@ -221,15 +193,7 @@ TEST(NSURL, MakesOthers) {
   };
   for (const auto& [from, expected] : standard)
     EXPECT_EQ(orNil(url(from)->standardizedURL()->absoluteString()), expected);
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [] { url("a")->URLByAppendingPathComponent(nullptr); }));
-}
-
-TEST(NSURL, AnswersBySelector) {
-  const auto made = send<Ref<NSURL>>(classOf<NSURL>(), "fileURLWithPath:"_sel, "/a"_ns);
-  EXPECT_EQ(orNil(send<Ref<NSString>>(made, "path"_sel)), "/a");
-  EXPECT_TRUE(made->copy().get() == made.get());
-  EXPECT_FALSE(made->isEqual("/a"_ns));
+  EXPECT_TRUE(refuses([] { url("a")->URLByAppendingPathComponent(nullptr); }));
 }
 
 // Classic paths -----------------------------------------------------------------------------------
@@ -239,41 +203,32 @@ std::string converted(const Ref<NSString>& path, URLPathStyle from, URLPathStyle
 }
 
 TEST(ClassicPaths, AreTheSamePlaces) {
-  const std::array<const char*, 2> both[] = {
-      {"/", "Root:"},
-      {"/usr/lib", "Root:usr:lib"},
-      {"/Volumes", "Root:Volumes"},
-      {"/Volumes/D", "D:"},
-      {"/Volumes/D/x", "D:x"},
-      {"/a:b", "Root:a/b"},
-      {"a", ":a"},
-      {"a/b", ":a:b"},
-      {"../a", "::a"},
-      {"..", "::"},
-      {"../..", ":::"},
-      {"a/../b", ":a::b"},
-      {".", ":"},
-      {"/a/..", "Root:a::"},
-      {"/../a", "Root::a"},
-      {"/Volumes/..", "Root:Volumes::"},
-      {"/Volumes/D/../E", "D::E"},
-      {"~/x", ":~:x"},
-      {"/Volumes/A:B/c", "A/B:c"},
-      {"/Volumes/Root/x", "Root:Volumes:Root:x"},
-      {"a:b", ":a/b"},
-      {"/%41ö", "Root:%41ö"},
-  };
+  const std::array<const char*, 2> both[] = {{"/", "Root:"},
+                                             {"/Volumes", "Root:Volumes"},
+                                             {"/Volumes/D/x", "D:x"},
+                                             {"/a:b", "Root:a/b"},
+                                             {"a/b", ":a:b"},
+                                             {"../a", "::a"},
+                                             {"../..", ":::"},
+                                             {"a/../b", ":a::b"},
+                                             {".", ":"},
+                                             {"/a/..", "Root:a::"},
+                                             {"/../a", "Root::a"},
+                                             {"/Volumes/..", "Root:Volumes::"},
+                                             {"/Volumes/D/../E", "D::E"},
+                                             {"~/x", ":~:x"},
+                                             {"/Volumes/A:B/c", "A/B:c"},
+                                             {"/Volumes/Root/x", "Root:Volumes:Root:x"},
+                                             {"/%41ö", "Root:%41ö"}};
   for (const auto& [posix, classic] : both) {
     EXPECT_EQ(converted(text(posix), URLPathStyle::POSIX, URLPathStyle::HFS), classic);
     EXPECT_EQ(converted(text(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
   }
-  const std::array<const char*, 2> read[] = {
-      {"Root", "/"},
-      {"D", "/Volumes/D"},
-      {"Root:a:", "/a"},
-      {":a:", "a"},
-      {"Root:Volumes:D", "/Volumes/D"},
-  };
+  const std::array<const char*, 2> read[] = {{"Root", "/"},
+                                             {"D", "/Volumes/D"},
+                                             {"Root:a:", "/a"},
+                                             {":a:", "a"},
+                                             {"Root:Volumes:D", "/Volumes/D"}};
   for (const auto& [classic, posix] : read)
     EXPECT_EQ(converted(text(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
   for (const char* bad : {"", "Root:.", "Root:..:a", "..:a", ":.:a"})
@@ -317,11 +272,11 @@ TEST(ClassicPaths, BeginWithTheNameThatIsSet) {
   EXPECT_EQ(converted("/Volumes/Disk:1/a"_ns, URLPathStyle::POSIX, URLPathStyle::HFS),
             "Disk/1:Volumes:Disk/1:a");
   for (NSString* bad : {""_ns, "a:b"_ns})
-    EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { NSSetStartupVolumeName(bad); }));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { NSSetStartupVolumeName(nullptr); }));
+    EXPECT_TRUE(refuses([&] { NSSetStartupVolumeName(bad); }));
+  EXPECT_TRUE(refuses([] { NSSetStartupVolumeName(nullptr); }));
   EXPECT_EQ(orNil(NSStartupVolumeName()), "Disk/1");
   NSSetStartupVolumeName(before);
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -1,16 +1,10 @@
 #include "Platform/Values/NSUUID.h"
 
-#include <gtest/gtest.h>
-
 #include <regex>
-#include <set>
-#include <string>
 
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
 TEST(NSUUID, NewOnesAreRandomAndMarkedSo) {
@@ -45,8 +39,8 @@ TEST(NSUUID, RefusesOtherTexts) {
         "00112233-4455-6677-8899-AABBCCDDEEFÄ"_ns})
     EXPECT_EQ(NSUUID::initWithUUIDString(bad), nullptr);
   EXPECT_EQ(NSUUID::initWithUUIDString(nullptr), nullptr);
-  EXPECT_TRUE(test::raises(NSInvalidArgumentException, [] { CFUUIDGetUUIDBytes(nullptr); }));
+  EXPECT_TRUE(refuses([] { CFUUIDGetUUIDBytes(nullptr); }));
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test
