@@ -75,7 +75,7 @@ TYPED_TEST(EveryArray, FindsInSortedOnes) {
                         {{1, 2, 3, 4, 5, 6, 7, 8}, 9, NSNotFound, 8}};
   for (const Case& each : cases) {
     auto array = this->of(each.elements);
-    auto sought = NSNumber::numberWithInt(each.sought);
+    auto sought = number(each.sought);
     EXPECT_EQ(indexOfObject_inArraySortedUsingSelector(array, sought, "compare:"_sel), each.found)
         << joined(array) << ": " << sought;
     EXPECT_EQ(insertionIndexForObject_sortedUsingSelector(array, sought, "compare:"_sel),

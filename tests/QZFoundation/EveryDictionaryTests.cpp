@@ -14,8 +14,6 @@ class EveryDictionary : public testing::Test {};
 using Kinds = testing::Types<Immutable, Mutable, Custom>;
 TYPED_TEST_SUITE(EveryDictionary, Kinds);
 
-Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
-
 // Entries in one line, nested ones too.
 std::string text(NSObject* object) {
   if (auto* dictionary = as<NSDictionary>(object)) {

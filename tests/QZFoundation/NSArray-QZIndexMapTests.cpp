@@ -52,8 +52,7 @@ TEST(MapSort, SortsAndReplays) {
   EXPECT_TRUE(arrayUsingMap(array, map)->isEqual(numbers({1, 2, 3})));
   EXPECT_EQ(sortMapUsingSelector(NSArray::array(), "compare:"_sel)->count(), 0u);
   EXPECT_THAT(sortMapUsingSelector(numbers({9}), "nonsense"_sel)->entries(), ElementsAre(0));
-  auto view = make<Computed>(
-      3u, [](std::uint32_t i) { return NSNumber::numberWithInt(2000 * ((i + 2) % 3 + 1)); });
+  auto view = make<Computed>(3u, [](std::uint32_t i) { return number(2000 * ((i + 2) % 3 + 1)); });
   EXPECT_THAT(sortMapUsingSelector(view, "compare:"_sel)->entries(), ElementsAre(1, 2, 0));
   EXPECT_TRUE(arrayUsingMap(view, map)->isEqual(numbers({2000, 4000, 6000})));
 }
@@ -71,9 +70,9 @@ TEST(MapSort, KeysGiveThePermutationThatSendingGives) {
   std::mt19937 random(11);
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   const std::vector<std::function<Ref<NSObject>()>> makers = {
-      [&] { return NSNumber::numberWithInt(static_cast<int>(random())); },
-      [&] { return NSNumber::numberWithInt(static_cast<int>(random() % 7)); },
-      [&] { return NSNumber::numberWithInt(5); },
+      [&] { return number(static_cast<int>(random())); },
+      [&] { return number(static_cast<int>(random() % 7)); },
+      [&] { return number(5); },
       [&] { return NSNumber::numberWithBool(random() % 2 == 0); },
       [&] { return NSNumber::numberWithDouble(std::ldexp(double(random()), -40)); },
       [&] {
@@ -81,7 +80,7 @@ TEST(MapSort, KeysGiveThePermutationThatSendingGives) {
         return NSNumber::numberWithDouble(some[random() % 7]);
       },
       [&]() -> Ref<NSNumber> {  // exact as doubles, so still one kind of key
-        if (random() % 2 == 0) return NSNumber::numberWithInt(static_cast<int>(random() % 9));
+        if (random() % 2 == 0) return number(static_cast<int>(random() % 9));
         return NSNumber::numberWithDouble(double(random() % 9) / 2);
       },
       [&]() -> Ref<NSNumber> {  // no key type holds all of these
@@ -138,10 +137,9 @@ TEST(MapSort, PassesTheExtraObjectAndSurvivesOddComparisons) {
   EXPECT_TRUE(raises(NSGenericException, [&] { sortMapUsingSelector(array, "fail:"_sel); }));
   EXPECT_TRUE(refuses([&] { sortMapUsingSelector(array, "unknown:"_sel); }, {"Card", "unknown:"}));
   EXPECT_TRUE(refuses([&] {
-    sortMapUsingSelector(NSArray::arrayWithObjects({"a"_ns, NSNumber::numberWithInt(1)}),
-                         "compare:"_sel);
+    sortMapUsingSelector(NSArray::arrayWithObjects({"a"_ns, number(1)}), "compare:"_sel);
   }));
-  std::vector<Ref<NSObject>> many(500, NSNumber::numberWithInt(0));
+  std::vector<Ref<NSObject>> many(500, number(0));
   for (int answer : {0, 7, -2, 1, -1}) {
     Card::fixedAnswer = answer;
     auto map = sortMapUsingSelector(cards(NSArray::fromRange(many)), "answer:"_sel);
@@ -199,8 +197,8 @@ TEST(MapSort, MillionsOfEqualOrOrganPipeElementsAreNoTrouble) {
   auto equalOnes = make<NSMutableArray>();
   auto organPipe = make<NSMutableArray>();
   for (int i = 0; i < 1'000'000; ++i) {
-    equalOnes->addObject(NSNumber::numberWithInt(5));
-    organPipe->addObject(NSNumber::numberWithInt(i < 500'000 ? i : 1'000'000 - i));
+    equalOnes->addObject(number(5));
+    organPipe->addObject(number(i < 500'000 ? i : 1'000'000 - i));
   }
   EXPECT_EQ(sortMapUsingSelector(equalOnes, "compare:"_sel)->inverseMap()->count(), 1'000'000u);
   auto map = sortMapUsingSelector(organPipe, "compare:"_sel);

@@ -47,8 +47,7 @@ TYPED_TEST(MutableArrayOf, RemovesAtIndices) {
   EXPECT_EQ(text(array), "abcd");
   // As 32-bit integers these stand in another order: 1 and 2.
   removeObjectsAtIndices(
-      array, NSArray::arrayWithObjects(
-                 {NSNumber::numberWithInt(2), NSNumber::numberWithLongLong(1LL << 32 | 1)}));
+      array, NSArray::arrayWithObjects({number(2), NSNumber::numberWithLongLong(1LL << 32 | 1)}));
   EXPECT_EQ(text(array), "ac");
 }
 
@@ -78,7 +77,7 @@ TYPED_TEST(MutableArrayOf, AddsFiltersAndSorts) {
 
 TYPED_TEST(MutableArrayOf, IsAsItWasWhenAnElementRaises) {
   auto array = this->of("ab");
-  array->addObject(NSNumber::numberWithInt(1));
+  array->addObject(number(1));
   EXPECT_TRUE(refuses([&] { filterObjectsWithSelector(array, "hasPrefix:"_sel); }));
   EXPECT_TRUE(refuses([&] { sortByKey(array, "self"_ns); }));
   EXPECT_TRUE(refuses([&] { insertObject_sortedBySelector(array, nullptr, "compare:"_sel); }));

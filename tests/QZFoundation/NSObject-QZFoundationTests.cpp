@@ -53,7 +53,6 @@ TEST(NSObjectQZFoundation, CopiesLeavesAndWrapsThemInArrays) {
 
 TEST(NSObjectQZFoundation, PerformsWithoutBoxing) {
   auto judge = make<Judge>();
-  auto number = [](int value) { return NSNumber::numberWithInt(value); };
   EXPECT_EQ(performIntSelector_withObject(judge, "score:"_sel, number(-5)), -5);
   EXPECT_TRUE(performBoolSelector_withObject(judge, "score:"_sel, number(255)));
   EXPECT_FALSE(performBoolSelector_withObject(judge, "score:"_sel, number(512)));

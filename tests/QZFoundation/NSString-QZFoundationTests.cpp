@@ -28,14 +28,12 @@ TEST(NSStringQZFoundation, JoinsStrings) {
   EXPECT_EQ(orNil(stringWithStrings(array({"ä"_ns, "b"_ns}))), "äb");
   EXPECT_EQ(orNil(initWithStrings(nullptr)), "");
   EXPECT_EQ(orNil(initWithStrings(array({""_ns}))), "");
-  EXPECT_EQ(orNil(initWithStrings_separator(make<Computed>(3u,
-                                                           [n = 0u](std::uint32_t) mutable {
-                                                             return NSString::stringWithCharacters(
-                                                                 std::u16string(++n, u'x'));
-                                                           }),
-                                            "-"_ns)),
-            "x-xx-xxx");
-  EXPECT_TRUE(refuses([] { initWithStrings(array({"a"_ns, NSNumber::numberWithInt(1)})); }));
+  // Made anew each time, and each time longer.
+  const auto growing = make<Computed>(3u, [n = 0u](std::uint32_t) mutable {
+    return NSString::stringWithCharacters(std::u16string(++n, u'x'));
+  });
+  EXPECT_EQ(orNil(initWithStrings_separator(growing, "-"_ns)), "x-xx-xxx");
+  EXPECT_TRUE(refuses([] { initWithStrings(array({"a"_ns, number(1)})); }));
   // 16384 times 131072 units: more than there may be, and refused before room is made.
   const auto large = NSString::stringWithCharacters(std::u16string(1 << 17, u'x'));
   const std::vector<Ref<NSString>> many(1 << 14, large);
@@ -214,7 +212,7 @@ TEST(NSStringQZFoundation, TruthIsYESEverywhere) {
   EXPECT_FALSE(object->married);
   object->setValue_forKey("YES"_ns, "married"_ns);
   EXPECT_TRUE(object->married);
-  EXPECT_TRUE(NSNumber::numberWithInt(1)->boolValue());
+  EXPECT_TRUE(number(1)->boolValue());
 }
 
 // Replacing asks for an operation that is there, of the same type.

@@ -60,7 +60,7 @@ TEST(NSStringQZSearch, UnknownKindsRaiseAfterTheSearch) {
 
 TEST(NSStringQZSearch, Comparisons) {
   EXPECT_TRUE(isEqualCaseInsensitive("Straße"_ns, "STRASSE"_ns));
-  EXPECT_FALSE(isEqualCaseInsensitive("1"_ns, NSNumber::numberWithInt(1)));
+  EXPECT_FALSE(isEqualCaseInsensitive("1"_ns, number(1)));
   EXPECT_FALSE(isEqualCaseInsensitive("a"_ns, nullptr));
   EXPECT_EQ(numericCompare("file9"_ns, "file10"_ns), NSOrderedAscending);
   EXPECT_EQ(numericCompare("File10"_ns, "file9"_ns), NSOrderedAscending);
@@ -76,7 +76,7 @@ TEST(NSStringQZSearch, LongestPrefix) {
   auto twin = NSString::stringWithCharacters(u"/usr");
   EXPECT_TRUE(equal(longest("/usr/lib"_ns, {"/"_ns, "/usr"_ns, "/usr/lib64"_ns}), "/usr"_ns));
   EXPECT_EQ(longest("/usr"_ns, {"/usr"_ns, twin}), "/usr"_ns) << "the earlier of two";
-  EXPECT_EQ(longest("a"_ns, {"b"_ns, NSNumber::numberWithInt(1)}), nullptr);
+  EXPECT_EQ(longest("a"_ns, {"b"_ns, number(1)}), nullptr);
   EXPECT_EQ(longestPrefixInStrings("a"_ns, nullptr), nullptr);
 }
 

@@ -6,8 +6,6 @@
 namespace qz::test {
 namespace {
 
-Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
-
 Ref<QZKeyValueSyncer> sizesAndNames() {
   auto syncer = QZKeyValueSyncer::initWithPrimaryKey_secondaryKey("size"_ns, "name"_ns);
   syncer->setPrimaryValue_forSecondaryValue(number(1), "a"_ns);

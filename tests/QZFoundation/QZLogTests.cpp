@@ -225,7 +225,7 @@ TEST_F(QZDebugTest, EachLogBeginsAnew) {
   EXPECT_EQ(QZGetDebugLog()->logFilePath()->UTF8String(), file);
   QZSetDebugEnabled("progress"_ns, true);
   EXPECT_TRUE(QZIsDebugEnabled("progress"_ns));
-  QZDebugLog("progress"_ns, "%d of %@"_ns, 2, NSNumber::numberWithInt(3));
+  QZDebugLog("progress"_ns, "%d of %@"_ns, 2, number(3));
   QZDebugLog("other"_ns, "no"_ns);
   QZDebugInitialize();
   QZDebugLogSystemProfile();

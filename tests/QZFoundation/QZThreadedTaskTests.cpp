@@ -12,8 +12,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Ref<NSDate> inSeconds(double seconds) { return NSDate::dateWithTimeIntervalSinceNow(seconds); }
-
 /// Serves the main thread's loop until the condition holds; false when it does not in 20 seconds.
 template <class Condition>
 bool serveUntil(const Condition& condition) {
@@ -306,7 +304,6 @@ TEST(QZThreadedTask, WaitsForAChange) {
   }));
   EXPECT_FALSE(detail::isObserved(node));
 
-  const auto number = [](int value) { return NSNumber::numberWithInt(value); };
   const auto waitFor = [&](int value, NSDate* limit) {
     return task->waitUntilValueInObject_forKeyPath_equalsObject_beforeDate(node, "value"_ns,
                                                                            number(value), limit);

@@ -71,7 +71,7 @@ class Busy : public Derives<Busy, QZThreadedTask> {
 TEST(ThreadedTaskStress, TasksObserversAndProgress) {
   const int workers = setting("QZ_STRESS_WORKERS", 2);
   const int updates = setting("QZ_STRESS_UPDATES", 1);
-  const auto end = NSDate::dateWithTimeIntervalSinceNow(setting("QZ_STRESS_SECONDS", 1));
+  const auto end = inSeconds(setting("QZ_STRESS_SECONDS", 1));
   const auto loop = NSRunLoop::mainRunLoop();
   Totals totals;
   std::atomic<bool> isOver{false};
@@ -108,7 +108,7 @@ TEST(ThreadedTaskStress, TasksObserversAndProgress) {
       loop->perform([] {});
     });
   while (running > 0 || totals.completed < totals.started) {
-    loop->runMode_beforeDate(NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceNow(0.05));
+    loop->runMode_beforeDate(NSDefaultRunLoopMode, inSeconds(0.05));
     if (NSDate::date()->compare(end) != NSOrderedAscending && totals.updates >= updates)
       isOver = true;
   }

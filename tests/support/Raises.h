@@ -33,13 +33,13 @@ inline ::testing::AssertionResult raises(NSString* name, const std::function<voi
   return ::testing::AssertionSuccess();
 }
 
-/// What cannot be meant.
+/// Whether `code` raises that an argument is none it can take.
 inline ::testing::AssertionResult refuses(const std::function<void()>& code,
                                           std::initializer_list<std::string> parts = {}) {
   return raises(NSInvalidArgumentException, code, parts);
 }
 
-/// What lies outside.
+/// Whether `code` raises that an index or a range lies outside.
 inline ::testing::AssertionResult refusesRange(const std::function<void()>& code,
                                                std::initializer_list<std::string> parts = {}) {
   return raises(NSRangeException, code, parts);

@@ -49,3 +49,12 @@
 #include "Platform/Values/NSNumber.h"
 #include "tests/support/Raises.h"
 #include "tests/support/TemporaryDirectory.h"
+
+namespace qz::test {
+
+inline Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
+inline Ref<NSDate> inSeconds(double seconds) {
+  return NSDate::dateWithTimeIntervalSinceNow(seconds);
+}
+
+}  // namespace qz::test

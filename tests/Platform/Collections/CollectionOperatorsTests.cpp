@@ -9,8 +9,6 @@ namespace {
 using List = std::initializer_list<NSObject*>;
 
 Ref<NSArray> array(List objects) { return NSArray::arrayWithObjects(objects); }
-Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
-
 Ref<Person> person(NSString* name, int age, Person* partner = nullptr) {
   auto made = make<Person>(name, age);
   made->partner = partner;

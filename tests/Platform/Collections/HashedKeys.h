@@ -5,7 +5,6 @@
 #include <functional>
 
 #include "Platform/Runtime/Describe.h"
-#include "Platform/Values/NSNumber.h"
 
 namespace qz::test {
 
@@ -42,7 +41,5 @@ class Farewell : public Derives<Farewell, NSObject> {
  private:
   std::function<void()> last_;
 };
-
-inline Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
 
 }  // namespace qz::test

@@ -165,7 +165,7 @@ TYPED_TEST(EveryArray, ReadsAndSetsKeysOfItsElements) {
   EXPECT_EQ(to_string(people->valueForKey("age"_ns)), "(\n    30,\n    40\n)");
   EXPECT_EQ(as<NSArray>(people->valueForKey("name"_ns))->objectAtIndex(1), NSNull::null());
   EXPECT_EQ(to_string(people->valueForKeyPath("partner.age"_ns)), "(\n    40,\n    <null>\n)");
-  people->setValue_forKey(NSNumber::numberWithInt(5), "age"_ns);
+  people->setValue_forKey(number(5), "age"_ns);
   people->setValue_forKeyPath("X"_ns, "partner.name"_ns);
   EXPECT_EQ(ann->age + bob->age, 10);
   EXPECT_EQ(to_string(bob->name()), "X");
@@ -210,7 +210,7 @@ TEST(NSArray, KeepsAComputedElementAliveWhileItIsLookedAt) {
   std::uint32_t sum = 0;
   for (NSNumber* each : elements<NSNumber>(squares)) sum += each->unsignedIntValue() - 10000;
   EXPECT_EQ(sum, 30u);
-  EXPECT_EQ(squares->indexOfObject(NSNumber::numberWithInt(10009)), 3u);
+  EXPECT_EQ(squares->indexOfObject(number(10009)), 3u);
   auto falling = squares->sortedArrayUsingComparator(
       [](NSObject* a, NSObject* b) { return as<NSNumber>(b)->compare(as<NSNumber>(a)); });
   EXPECT_EQ(to_string(falling->componentsJoinedByString(" "_ns)), "10016 10009 10004 10001 10000");
@@ -222,7 +222,7 @@ TEST(NSArray, KeepsAComputedElementAliveWhileItIsLookedAt) {
 
 TEST(NSArray, SurvivesAComparisonWithoutReason) {
   std::vector<Ref<NSObject>> objects;
-  for (int i = 0; i < 1000; ++i) objects.push_back(NSNumber::numberWithInt(i));
+  for (int i = 0; i < 1000; ++i) objects.push_back(number(i));
   unsigned seed = 1;
   auto shuffled =
       NSArray::fromRange(objects)->sortedArrayUsingComparator([&](NSObject*, NSObject*) {
@@ -235,7 +235,7 @@ TEST(NSArray, SurvivesAComparisonWithoutReason) {
 
 TEST(NSArray, ComparesLittleWhatIsSortedAlready) {
   std::vector<Ref<NSObject>> objects;
-  for (int i = 0; i < 1000; ++i) objects.push_back(NSNumber::numberWithInt(i));
+  for (int i = 0; i < 1000; ++i) objects.push_back(number(i));
   int comparisons = 0;
   const auto compare = [&](NSObject* a, NSObject* b) {
     ++comparisons;
@@ -293,9 +293,8 @@ TEST(NSArray, StandsAnyDepthOfNesting) {
 
 TEST(NSEnumerator, AsksABlockUntilItHasNoMore) {
   int calls = 0;
-  auto enumerator = NSEnumerator::enumeratorWithBlock([&]() -> Ref<NSObject> {
-    return ++calls % 4 == 0 ? nullptr : NSNumber::numberWithInt(calls);
-  });
+  auto enumerator = NSEnumerator::enumeratorWithBlock(
+      [&]() -> Ref<NSObject> { return ++calls % 4 == 0 ? nullptr : number(calls); });
   std::string walked;
   for (NSObject* each : enumerator) walked += to_string(each);
   EXPECT_EQ(walked, "123");

@@ -13,8 +13,6 @@ auto elsewhere(F function) {
   return result;
 }
 
-Ref<NSDate> inSeconds(double seconds) { return NSDate::dateWithTimeIntervalSinceNow(seconds); }
-
 TEST(NSLock, ExcludesAndRefusesMisuse) {
   auto lock = make<NSLock>();
   lock->setName("updates"_ns);

@@ -12,8 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-Ref<NSDate> inSeconds(double seconds) { return NSDate::dateWithTimeIntervalSinceNow(seconds); }
-
 /// Runs its loop for as long as the test lasts.
 class LoopThread {
  public:

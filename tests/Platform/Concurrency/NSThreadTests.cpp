@@ -74,7 +74,7 @@ TEST(NSThread, RunsASubclassUntilItIsCancelled) {
   auto counter = make<Counter>();
   counter->start();
   while (counter->turns == 0) std::this_thread::yield();
-  EXPECT_FALSE(counter->waitUntilFinishedBeforeDate(NSDate::dateWithTimeIntervalSinceNow(0.01)));
+  EXPECT_FALSE(counter->waitUntilFinishedBeforeDate(inSeconds(0.01)));
   EXPECT_TRUE(counter->isExecuting());
   counter->cancel();
   EXPECT_TRUE(counter->waitUntilFinishedBeforeDate(NSDate::distantFuture()));
@@ -139,7 +139,7 @@ TEST(NSThread, TakesAStackSizeOrSaysWhyNot) {
 TEST(NSThread, SleepsNoShorterThanAsked) {
   const auto start = std::chrono::steady_clock::now();
   NSThread::sleepForTimeInterval(0.02);
-  NSThread::sleepUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.02));
+  NSThread::sleepUntilDate(inSeconds(0.02));
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(39));
   NSThread::sleepForTimeInterval(-1);
   NSThread::sleepUntilDate(NSDate::distantPast());

@@ -11,8 +11,6 @@ constexpr auto oldAndNew = NSKeyValueObservingOptionOld | NSKeyValueObservingOpt
 constexpr auto prior = NSKeyValueObservingOptionPrior;
 constexpr auto initial = NSKeyValueObservingOptionInitial;
 
-Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
-
 void add(NSObject* object, NSObject* observer, NSString* path,
          NSKeyValueObservingOptions options = oldAndNew, void* context = nullptr) {
   object->addObserver_forKeyPath_options_context(observer, path, options, context);

@@ -12,8 +12,7 @@ Ref<NSDictionary> dictionaryOf(const Attributes& attributes) {
   Ref<NSDictionary> all = NSDictionary::dictionary();
   auto changing = as<NSMutableDictionary>(all->mutableCopy());
   for (const auto& [name, value] : attributes)
-    changing->setObject_forKey(NSNumber::numberWithInt(value),
-                               NSString::stringWithCharacters(name));
+    changing->setObject_forKey(number(value), NSString::stringWithCharacters(name));
   return NSDictionary::dictionaryWithDictionary(changing);
 }
 
@@ -57,7 +56,7 @@ TEST(NSMutableAttributedString, ChangesAsUnitsWithAttributesDo) {
           std::fill(first, last, Attributes{{name, value}});
           break;
         case 1:
-          string->addAttribute_value_range(nameString, NSNumber::numberWithInt(value), range);
+          string->addAttribute_value_range(nameString, number(value), range);
           for (auto each = first; each != last; ++each) (*each)[name] = value;
           break;
         case 2:

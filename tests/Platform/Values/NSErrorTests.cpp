@@ -22,8 +22,7 @@ TEST(NSError, DescriptionFallsBackToTheSystemAndThenToTheNumbers) {
   EXPECT_EQ(shown("D"_ns, -7, nullptr), "The operation could not be completed. (D error -7.)");
   EXPECT_EQ(shown(nullptr, 0, nullptr), "The operation could not be completed. ((null) error 0.)");
   // What stands under the key but is no text is no description.
-  auto wrong = NSDictionary::dictionaryWithObject_forKey(NSNumber::numberWithInt(1),
-                                                         NSLocalizedDescriptionKey);
+  auto wrong = NSDictionary::dictionaryWithObject_forKey(number(1), NSLocalizedDescriptionKey);
   EXPECT_EQ(shown(NSPOSIXErrorDomain, EACCES, wrong), std::strerror(EACCES));
   // A percent sign in a domain is no placeholder.
   EXPECT_EQ(shown("%@%n"_ns, 1, nullptr), "The operation could not be completed. (%@%n error 1.)");
