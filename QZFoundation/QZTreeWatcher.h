@@ -36,8 +36,8 @@ enum QZTreeChangeKind : std::uint32_t {
   /// Beside one of the above, which alone tell what is there now: of a new path, that its contents
   /// were under the `otherPath` before, and are the same still unless "changed" is set, too; of a
   /// deleted one, that its contents are under the `otherPath` now. What is in a folder that was
-  /// renamed is told like the folder itself. Not set where the connection was lost, as when a folder
-  /// and one in it are moved in the same moment.
+  /// renamed is told like the folder itself. Not set where the connection was lost, as when a
+  /// folder and one in it are moved in the same moment.
   QZTreeChangeRenamed = 0x08,
   /// Its mode, owner, times or number of links changed.
   QZTreeChangeAttributes = 0x10,
