@@ -17,6 +17,13 @@ install(DIRECTORY Platform QZFoundation
 install(DIRECTORY "${QZ_RESOURCES}/" DESTINATION "${CMAKE_INSTALL_DATADIR}/QZFoundation"
   COMPONENT runtime)
 
+# gdb loads what lies here under the path of a library, together with that library.
+if(BUILD_SHARED_LIBS)
+  install(FILES resources/gdb/qzfoundation.py
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}"
+    RENAME libQZPlatform.so.${PROJECT_VERSION}-gdb.py)
+endif()
+
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/QZFoundation)
 install(EXPORT QZFoundationTargets NAMESPACE QZ:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/QZFoundationConfig.cmake.in

@@ -12,6 +12,7 @@
 #include "Platform/Collections/NSDictionary.h"
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSSet.h"
+#include "Platform/Runtime/DebugText.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/NSInvocation.h"
@@ -314,3 +315,17 @@ Ref<NSString> NSStringFromSelector(Selector selector) {
 }
 
 }  // namespace qz
+
+// Here, in a file that every program with Objects links, since nothing but debuggers calls it.
+extern "C" const char* QZDebugText(const qz::NSObject* object) noexcept {
+  if (object == nullptr) return "nil";
+  thread_local std::string text;
+  try {
+    text = "(" + std::string(object->classObject()->name()) + ") ";
+    const bool isString = qz::isKind<qz::NSString>(object);
+    text += isString ? "\"" + qz::to_string(object) + "\"" : qz::to_string(object);
+    return text.c_str();
+  } catch (...) {
+    return "(an Object that cannot be described)";
+  }
+}
