@@ -1,6 +1,5 @@
 #include "QZFoundation/NSFileManager-QZCopy.h"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,7 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class CarefulCopyTest : public FileTest {
  protected:
@@ -307,29 +305,6 @@ TEST_F(KilledCopy, LeavesAWholeFileAtEachCall) {
     checkAndTidy(status, "call " + std::to_string(n));
     if (HasFatalFailure()) return;
   }
-}
-
-// A thousand times with QZ_KILLS=1000; otherwise as often as a few seconds allow.
-TEST_F(KilledCopy, LeavesAWholeFileAtAnyMoment) {
-  const char* wanted = std::getenv("QZ_KILLS");
-  const int kills = wanted == nullptr ? 1000 : std::atoi(wanted);
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(8);
-  std::mt19937 random(20240229);
-  std::uniform_int_distribution<int> microseconds(0, 4000);
-  int done = 0;
-  for (; done < kills; ++done) {
-    if (wanted == nullptr && std::chrono::steady_clock::now() > end) break;
-    const pid_t child = ::fork();
-    if (child == 0) overwriteForEver();
-    std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
-    ::kill(child, SIGKILL);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    checkAndTidy(status, "kill " + std::to_string(done));
-    if (HasFatalFailure()) return;
-  }
-  RecordProperty("kills", done);
-  EXPECT_GT(done, 10);
 }
 
 TEST_F(CarefulCopyTest, UnusedNamesAreNumberedFromTwo) {

@@ -1,7 +1,5 @@
 #include "QZFoundation/NSPropertyListSerialization-QZFoundation.h"
 
-#include <sys/stat.h>
-
 #include "tests/support/Test.h"
 
 namespace qz::test {

@@ -1,7 +1,6 @@
 // Observing from several threads at a time: meant for the thread sanitizer.
 
 #include "Platform/Runtime/NSKeyValueObserving.h"
-#include "Platform/Runtime/WeakRef.h"
 #include "tests/support/Observers.h"
 #include "tests/support/Test.h"
 

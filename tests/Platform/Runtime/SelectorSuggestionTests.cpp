@@ -1,10 +1,6 @@
 #include "Platform/Runtime/detail/SelectorSuggestion.h"
 
-#include <gtest/gtest.h>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -6,7 +6,6 @@
 #include <csignal>
 
 #include "Platform/Values/NSMutableData.h"
-#include "Platform/Values/NSPathUtilities.h"
 #include "Platform/Values/NSURL.h"
 #include "tests/support/Files.h"
 #include "tests/support/Test.h"
