@@ -307,6 +307,25 @@ TEST_F(KilledCopy, LeavesAWholeFileAtEachCall) {
   }
 }
 
+// As often as three seconds allow, or as often as QZ_KILLS says.
+TEST_F(KilledCopy, LeavesAWholeFileAtAnyMoment) {
+  const char* wanted = std::getenv("QZ_KILLS");
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+  std::mt19937 random(20240229);
+  std::uniform_int_distribution<int> microseconds(0, 4000);
+  int done = 0;
+  while (wanted == nullptr ? std::chrono::steady_clock::now() < end : done < std::atoi(wanted)) {
+    const pid_t child = ::fork();
+    if (child == 0) overwriteForEver();
+    std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    checkAndTidy(status, "kill " + std::to_string(done++));
+    if (HasFatalFailure()) return;
+  }
+}
+
 TEST_F(CarefulCopyTest, UnusedNamesAreNumberedFromTwo) {
   const auto unique = [&](NSString* name) {
     auto path = uniqueFilePathForName_inDirectory(manager, name, ns(directory.path()));
