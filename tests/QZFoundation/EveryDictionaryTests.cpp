@@ -223,6 +223,31 @@ TEST(NSMutableDictionaryQZFoundation, RemovesAndSetsValues) {
   EXPECT_TRUE(refuses([&] { setInteger_forKey(d, 1, nullptr); }));
 }
 
+TEST(NSMutableDictionaryQZFoundation, MergesAndInvertsAsMapsDo) {
+  std::mt19937 random(6);
+  for (int i = 0; i < 200; ++i) {
+    std::map<int, int> mine, theirs;
+    auto d = make<NSMutableDictionary>(), other = make<NSMutableDictionary>();
+    for (int k = 0; k < 12; ++k) {
+      const int key = int(random() % 9), value = int(random() % 1000);
+      (k % 2 == 0 ? mine : theirs)[key] = value;
+      setInteger_forKey(k % 2 == 0 ? d : other, value, number(key));
+    }
+    mergeWithDictionary_usingSelector(d, other, "numberByAddingNumber:"_sel);
+    for (auto& [key, value] : mine)
+      if (const auto found = theirs.find(key); found != theirs.end()) value += found->second;
+    ASSERT_EQ(d->count(), mine.size());
+    std::map<int, int> inverse;
+    for (const auto& [key, value] : mine) {
+      ASSERT_EQ(integerForKey(d, number(key)), value);
+      inverse[value] = key;
+    }
+    if (inverse.size() != mine.size()) continue;  // two keys with one value
+    ASSERT_TRUE(inverseDictionary(inverseDictionary(d))->isEqual(d));
+    ASSERT_EQ(inverseDictionary(d)->count(), inverse.size());
+  }
+}
+
 // A tree of Dictionaries, Arrays and Strings, all of them mutable.
 Ref<NSObject> randomTree(std::mt19937& random, int depth) {
   const auto kind = random() % (depth == 0 ? 1 : 3);

@@ -1,6 +1,7 @@
 #include "QZFoundation/NSArray-QZFoundation.h"
 
 #include "Platform/Collections/NSEnumerator.h"
+#include "QZFoundation/NSArray-QZIndexMap.h"
 #include "QZFoundation/NSEnumerator-QZFoundation.h"
 #include "QZFoundation/NSMutableArray-QZFoundation.h"
 #include "QZFoundation/NSObject-QZFoundation.h"
@@ -238,6 +239,43 @@ TEST(DeepCopies, SettleOrOpenEveryLevel) {
     EXPECT_EQ(to_string(copy), "(\n    (\n        leaf,\n        stamped\n    ),\n    ()\n)");
     EXPECT_FALSE(isKind<NSMutableString>(as<NSArray>(copy->objectAtIndex(0))->objectAtIndex(0)));
     for (NSObject* each : copy) EXPECT_EQ(isKind<NSMutableArray>(each), copy == open);
+  }
+}
+
+TEST(ArrayAlgebra, HoldsForRandomArrays) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 200; ++round) {
+    std::vector<Ref<NSObject>> objects;
+    for (auto left = random() % 40; left > 0; --left)
+      objects.push_back(NSNumber::numberWithInt(static_cast<int>(random() % 20)));
+    auto array = NSMutableArray::fromRange(objects);
+    auto pivot = NSNumber::numberWithInt(static_cast<int>(random() % 20));
+
+    auto map = sortMapUsingSelector(array, "compare:"_sel);
+    EXPECT_TRUE(arrayUsingMap(arrayUsingMap(array, map), map->inverseMap())->isEqual(array));
+
+    auto kept = arrayByFilteringWithSelector_object(array, "isEqual:"_sel, pivot);
+    auto rest = arrayByFilteringWithSelector_object_matching(array, "isEqual:"_sel, pivot, false);
+    EXPECT_EQ(kept->count() + rest->count(), array->count());
+    EXPECT_TRUE(rest->isEqual(arrayByRemovingObject(array, pivot)));
+    EXPECT_TRUE(kept->isEqual(arrayByMatchingValue_forKeyPath(array, pivot, "self"_ns)));
+
+    EXPECT_TRUE(reversedArray(reversedArray(array))->isEqual(array));
+    if (array->count() > 0) {
+      auto turned = NSMutableArray::arrayWithArray(array);
+      reverseOrder(turned);
+      EXPECT_TRUE(turned->isEqual(reversedArray(array)));
+    }
+
+    auto sorted = NSMutableArray::array();
+    for (NSObject* each : array) insertObject_sortedBySelector(sorted, each, "compare:"_sel);
+    EXPECT_TRUE(sorted->isEqual(sortedArrayUsingKeyPath(array, "self"_ns)));
+    const std::uint32_t at =
+        indexOfObject_inArraySortedUsingSelector(sorted, pivot, "compare:"_sel);
+    EXPECT_EQ(at != NSNotFound, array->containsObject(pivot));
+    const auto place = insertionIndexForObject_sortedUsingSelector(sorted, pivot, "compare:"_sel);
+    EXPECT_EQ(place < sorted->count() && pivot->isEqual(sorted->objectAtIndex(place)),
+              array->containsObject(pivot));
   }
 }
 

@@ -441,5 +441,34 @@ TEST(KeyedSort, ContradictoryAndThrowingTiesLoseNothing) {
   }
 }
 
+TEST(SortKeys, NumbersKeepTheirOrderAboveNaN) {
+  using Limits = std::numeric_limits<double>;
+  const double nan = Limits::quiet_NaN();
+  const std::vector<std::vector<double>> ascending = {
+      {nan, -nan, std::bit_cast<double>(0x7FF8000000000123u), std::bit_cast<double>(~0ull)},
+      {-Limits::infinity()},
+      {-Limits::max()},
+      {-1.5},
+      {-1.0},
+      {-Limits::min()},
+      {-Limits::denorm_min()},
+      {-0.0, 0.0},
+      {Limits::denorm_min()},
+      {Limits::min()},
+      {1.0},
+      {std::nextafter(1.0, 2.0)},
+      {Limits::max()},
+      {Limits::infinity()}};
+  for (std::size_t a = 0; a < ascending.size(); ++a) {
+    for (std::size_t b = 0; b < ascending.size(); ++b) {
+      for (const double x : ascending[a]) {
+        for (const double y : ascending[b]) {
+          EXPECT_EQ(threeWay(sortKey(x), sortKey(y)), threeWay(a, b)) << x << " " << y;
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace qz::detail
