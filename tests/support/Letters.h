@@ -8,6 +8,7 @@
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSString.h"
 
