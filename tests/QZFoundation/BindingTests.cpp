@@ -11,6 +11,7 @@
 
 #include "Platform/Runtime/ClassList.h"
 #include "QZFoundation/QZFoundation.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
