@@ -62,6 +62,9 @@ void BackupTask::performTask() {
   const auto start = Clock::now();
   updateKnowsPercentComplete(expected_.entries != 0);
   setTaskError(work());
+  // An update is dropped while another one is shown; the end of the bar must not be.
+  if (expected_.entries != 0 && !abortRequestReceived())
+    onMainThread(this).call(&BackupTask::setPercentComplete, 100.0F);
   auto result = make<StepResult>();
   result->done = done();
   result->failures = failures_;
