@@ -78,13 +78,13 @@ void addLength(std::u16string_view units, std::size_t& at, std::size_t& length) 
   }
 }
 
-void widenBlock(const Byte* bytes, char16_t* out) noexcept {
+void convertBlock(const Byte* bytes, char16_t* out) noexcept {
   const __m128i all = load(bytes);
   store(out, _mm_unpacklo_epi8(all, _mm_setzero_si128()));
   store(out + 8, _mm_unpackhi_epi8(all, _mm_setzero_si128()));
 }
 
-void narrowBlock(const char16_t* units, char* out) noexcept {
+void convertBlock(const char16_t* units, char* out) noexcept {
   store(out, _mm_packus_epi16(load(units), load(units + 8)));
 }
 
@@ -113,11 +113,11 @@ bool isAsciiBlock(const char16_t* units) noexcept {
   return ((words[0] | words[1] | words[2] | words[3]) & 0xFF80FF80FF80FF80u) == 0;
 }
 
-void widenBlock(const Byte* bytes, char16_t* out) noexcept {
+void convertBlock(const Byte* bytes, char16_t* out) noexcept {
   for (std::size_t i = 0; i < block; ++i) out[i] = bytes[i];
 }
 
-void narrowBlock(const char16_t* units, char* out) noexcept {
+void convertBlock(const char16_t* units, char* out) noexcept {
   for (std::size_t i = 0; i < block; ++i) out[i] = static_cast<char>(units[i]);
 }
 
@@ -181,7 +181,7 @@ inline char16_t* decodeOneTo(const Byte*& at, const Byte* end, char16_t* out) no
 
 // Reads characters from the one at `at`, which is not ASCII, until there is more than one of ASCII
 // side by side, or little is left.
-inline char16_t* decodeSome(const Byte*& at, const Byte* end, char16_t* out) noexcept {
+inline char16_t* convertSome(const Byte*& at, const Byte* end, char16_t* out) noexcept {
   constexpr std::ptrdiff_t longest = 4;
   while (end - at > longest) {
     const unsigned lead = at[0];
@@ -268,7 +268,7 @@ inline char* encodeOneTo(const char16_t*& at, const char16_t* end, char* out) no
 
 // Writes characters from the one at `at`, which is not ASCII, until there is more than one of ASCII
 // side by side, or little is left.
-inline char* encodeSome(const char16_t*& at, const char16_t* end, char* out) noexcept {
+inline char* convertSome(const char16_t*& at, const char16_t* end, char* out) noexcept {
   constexpr std::ptrdiff_t longest = 4;
   while (end - at > longest) {
     const unsigned unit = *at;
@@ -289,6 +289,25 @@ inline char* encodeSome(const char16_t*& at, const char16_t* end, char* out) noe
     if (*at >= 0x80) continue;
     *out++ = static_cast<char>(*at++);
     if (*at < 0x80) return out;
+  }
+  return out;
+}
+
+/// From one form to the other, as far as whole blocks reach. There is room for as many units of the
+/// result as are left to be read: a whole block may be written, and what is not ASCII in it written
+/// over.
+template <class From, class To>
+inline To* convertBlocks(const From*& at, const From* end, To* out) noexcept {
+  while (static_cast<std::size_t>(end - at) >= block) {
+    convertBlock(at, out);
+    const std::size_t ascii = asciiInBlock(at);
+    if (ascii == block) {  // a step of known length need not wait for the count
+      at += block;
+      out += block;
+      continue;
+    }
+    at += ascii;
+    out = convertSome(at, end, out + ascii);
   }
   return out;
 }
@@ -322,19 +341,7 @@ bool isValidUtf8(std::string_view bytes) noexcept {
 char16_t* decodeUtf8(std::string_view bytes, char16_t* out) noexcept {
   const auto* at = reinterpret_cast<const Byte*>(bytes.data());
   const Byte* const end = at + bytes.size();
-  // There is room for as many units as there are bytes left: a whole block may be written, and what
-  // is not ASCII in it written over.
-  while (static_cast<std::size_t>(end - at) >= block) {
-    widenBlock(at, out);
-    const std::size_t ascii = asciiInBlock(at);
-    if (ascii == block) {  // a step of known length need not wait for the count
-      at += block;
-      out += block;
-      continue;
-    }
-    at += ascii;
-    out = decodeSome(at, end, out + ascii);
-  }
+  out = convertBlocks(at, end, out);
   while (at != end)
     if (*at < 0x80)
       *out++ = *at++;
@@ -356,19 +363,7 @@ std::size_t utf8Length(std::u16string_view units) noexcept {
 char* encodeUtf8(std::u16string_view units, char* out) noexcept {
   const char16_t* at = units.data();
   const char16_t* const end = at + units.size();
-  // A unit takes at least a byte: a whole block may be written, and what is not ASCII in it written
-  // over.
-  while (static_cast<std::size_t>(end - at) >= block) {
-    narrowBlock(at, out);
-    const std::size_t ascii = asciiInBlock(at);
-    if (ascii == block) {  // a step of known length need not wait for the count
-      at += block;
-      out += block;
-      continue;
-    }
-    at += ascii;
-    out = encodeSome(at, end, out + ascii);
-  }
+  out = convertBlocks(at, end, out);
   while (at != end) out = encodeOneTo(at, end, out);
   return out;
 }
