@@ -8,6 +8,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <system_error>
+#include <vector>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
 #include "Platform/Concurrency/NSRunLoop.h"
@@ -202,6 +204,25 @@ TEST_F(QZFileWatcherTest, APathIsPolledOnceForAll) {
   EXPECT_EQ(polled(), 0);
   watcher->watchFile();
   EXPECT_EQ(polled(), 1);
+}
+
+TEST_F(QZFileWatcherTest, AHundredShareOneQueueOfTheKernel) {
+  const auto queues = [] {
+    int found = 0;
+    for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code gone;  // the one that reads the folder
+      found += std::filesystem::read_symlink(each, gone).string().ends_with("inotify") ? 1 : 0;
+    }
+    return found;
+  };
+  std::vector<Ref<QZFileWatcher>> watchers;
+  for (int i = 0; i < 100; ++i) {
+    const std::string file = directory.write(std::to_string(i), "");
+    watchers.push_back(
+        QZFileWatcher::initWithPath_usingKernelEvents(NSString::stringWithUTF8String(file), true));
+    ASSERT_FALSE(watchers.back()->usesTimer());
+  }
+  EXPECT_EQ(queues(), 1);
 }
 
 TEST_F(QZFileWatcherTest, OneThreadPollsWhileThereIsSomethingToPoll) {
