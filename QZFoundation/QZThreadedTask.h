@@ -56,8 +56,9 @@ inline NSString* const QZThreadedTaskCompletionMessageKey = detail::literal<"tas
 /// Progress: the main thread reads and sets the properties, and observers of their keys are told
 /// there. The worker hands values over with `update…`, which never wait for the main thread unless
 /// forced; of many between two turns of the main thread's loop the last one is delivered, once.
-/// While a value is delivered, a lock is held that the forced updates take: an observer of progress
-/// must not call those, which raise NSInternalInconsistencyException then.
+/// While a value is delivered, a lock is held that updates take: one that is not forced is dropped
+/// then, even the last; so what must arrive is forced or set on the main thread (`onMainThread`).
+/// An observer of progress must not force an update, which raises NSInternalInconsistencyException.
 ///
 /// Operations may be overridden in C++, or by Selector in the class's description.
 class QZThreadedTask : public Derives<QZThreadedTask, NSObject> {
