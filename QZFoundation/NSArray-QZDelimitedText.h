@@ -6,6 +6,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// New Objects of `objectClass`, one for each record of `text`, with the fields of the record set
@@ -33,3 +35,5 @@ Ref<NSMutableArray> arrayWithDelimitedText_objectDelimiter_fieldDelimiter_keys_o
     Class* objectClass);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

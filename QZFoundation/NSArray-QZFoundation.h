@@ -17,6 +17,8 @@
 #include "Platform/Runtime/Selector.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSEnumerator;
@@ -134,3 +136,5 @@ Ref<NSMutableDictionary> dictionaryWithKeyPathForKeys_keyPathForValues(NSArray* 
 // levels, as one that holds itself is, raise NSInternalInconsistencyException.
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 #include "Platform/Runtime/Selector.h"
 #include "QZFoundation/QZIndexMap.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The map that sorts the receiver, which stays as it is: each comparison sends `selector` to one
@@ -54,3 +56,5 @@ Ref<QZIndexMap> mapFromSortingUsingSelector_withObject(NSMutableArray* self, Sel
 Ref<QZIndexMap> mapFromSortingUsingSelector(NSMutableArray* self, Selector selector);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -5,9 +5,13 @@
 #include "Platform/Values/NSAttributedString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// {0, length}.
 NSRange fullRange(NSAttributedString* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

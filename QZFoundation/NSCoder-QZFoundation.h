@@ -5,6 +5,8 @@
 #include "Platform/Text/NSCoder.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Encodes the value that `object` has for each key, under the same key, in order. `keys` is an
@@ -15,3 +17,5 @@ void encodeValuesOfObject_forKeys(NSCoder* self, NSObject* object, NSObject* key
 void decodeValuesToObject_forKeys(NSCoder* self, NSObject* object, NSObject* keys);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include "Platform/Values/NSData.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The bytes as a zlib stream (RFC 1950) at the default level, and nothing around it: whoever
@@ -22,3 +24,5 @@ int writeToGzipFile(NSData* self, NSString* path);
 Ref<NSData> UUIDData();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "Platform/Values/NSDate.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Whole seconds since 1970 and the nanoseconds behind them, 32 bits each: from 1901 to 2038. The
@@ -31,3 +33,5 @@ Ref<NSDate> dateWithTimespec(const ::timespec& time);
 QZTimespec timespec(NSDate* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -16,6 +16,8 @@
 #include "QZFoundation/NSObject-QZFoundation.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Each value with its key under it. Of several keys with equal values the last one stays.
@@ -72,3 +74,5 @@ Ref<NSMutableDictionary> dictionaryByAddingObjectsAndKeys(NSDictionary* self,
 // NSInternalInconsistencyException.
 
 }  // namespace qz
+
+#pragma GCC visibility pop

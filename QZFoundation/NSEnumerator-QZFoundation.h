@@ -6,6 +6,8 @@
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The Objects that are left, each under its own value at `keyPath`; of several with equal values
@@ -15,3 +17,5 @@ namespace qz {
 Ref<NSMutableDictionary> dictionaryIndexedByKeyPath(NSEnumerator* self, NSString* keyPath);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

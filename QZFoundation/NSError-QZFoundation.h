@@ -9,6 +9,8 @@
 #include "Platform/Values/NSError.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 // Each keeps the description under NSLocalizedDescriptionKey; a nil description leaves the user
@@ -54,3 +56,5 @@ Ref<NSObject> underlyingAttempter(NSError* self);
 bool canRecover(NSError* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 #include "Platform/System/NSFileManager.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Options of a copy; other bits mean nothing.
@@ -71,3 +73,5 @@ bool isDirectoryEmpty_ignoringPaths_ignoringFilesNamed(NSFileManager* self, NSSt
                                                        NSObject* paths, NSObject* names);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

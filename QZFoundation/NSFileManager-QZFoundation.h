@@ -13,6 +13,8 @@
 #include "Platform/System/NSFileManager.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -125,3 +127,5 @@ Ref<NSObject> iterateDirectory_recursively_target_selector_withObject(
     Selector operation, NSObject* object);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "Platform/System/NSFileManager.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDictionary;
@@ -33,3 +35,5 @@ Ref<NSString> volumeMountPathForFilePath(NSFileManager* self, NSString* path);
 Ref<NSDictionary> volumeAttributesForPath(NSFileManager* self, NSString* path);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

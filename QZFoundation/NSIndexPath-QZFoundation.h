@@ -5,6 +5,8 @@
 #include "Platform/Values/NSIndexPath.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The receiver's indices, then `path`'s; nil has none.
@@ -14,3 +16,5 @@ Ref<NSIndexPath> indexPathByAppendingPath(NSIndexPath* self, NSIndexPath* path);
 Ref<NSIndexPath> indexPathByRemovingFirstIndex(NSIndexPath* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 #include "Platform/Runtime/Selector.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSEnumerator;
@@ -45,3 +47,5 @@ void removeObjectsAtIndices(NSMutableArray* self, NSArray* indices);
 void reverseOrder(NSMutableArray* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "Platform/Runtime/Selector.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// For each key of `other` that the receiver has too, its value becomes what it answers to
@@ -26,3 +28,5 @@ void removeObject(NSMutableDictionary* self, NSObject* object);
 void setInteger_forKey(NSMutableDictionary* self, std::int32_t integer, NSObject* key);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include "Platform/Values/NSMutableString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Adds one code unit at the end.
@@ -14,3 +16,5 @@ void appendCharacter(NSMutableString* self, char16_t character);
 void deleteLastCharacter(NSMutableString* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

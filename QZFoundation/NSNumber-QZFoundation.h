@@ -8,6 +8,8 @@
 #include "Platform/Values/NSNumber.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The integer that 1, 2, 4 or 8 bytes say, as a Number of the kind Char, Short, Long or LongLong
@@ -24,3 +26,5 @@ bool isBool(NSNumber* self);
 bool isFloat(NSNumber* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 #include "Platform/Runtime/Send.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Reads the receiver's value at `keyPath`, then `other`'s, and answers what the first answers to
@@ -80,3 +82,5 @@ void setValueOnMainThread_forKey(NSObject* self, NSObject* value, NSString* key)
 NSComparisonResult QZCompareByKeyPath(NSObject* first, NSObject* second, void* keyPath);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -18,6 +18,8 @@
 #include "Platform/Values/NSIndexPath.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The values of the nodes along the path, from the root's child on: Null for a value that is nil,
@@ -44,3 +46,5 @@ Ref<NSArray> indexPathsForValuePaths_valueKeyPath_childKey(NSObject* self, NSArr
                                                            NSString* childKey);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

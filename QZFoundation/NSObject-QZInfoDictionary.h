@@ -26,6 +26,8 @@
 #include "Platform/Text/NSDateFormatter.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -60,3 +62,5 @@ Ref<NSString> formatKey(NSFormatter* self);
 void setFormatKey(NSFormatter* self, NSString* key);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

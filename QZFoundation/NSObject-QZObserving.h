@@ -16,6 +16,8 @@
 #include "Platform/Runtime/NSKeyValueObserving.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Observes `key` of `owner`, with old and new values and a null context, and the key paths of each
@@ -44,3 +46,5 @@ void dispatchKVOWithSelector_object_keyPath_change(NSObject* self, Selector sele
                                                    NSDictionary* change);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDictionary;
@@ -34,3 +36,5 @@ bool writeToFile_atomically_error(NSDictionary* self, NSString* path, bool atomi
                                   Ref<NSError>* error);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

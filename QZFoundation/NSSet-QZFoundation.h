@@ -5,6 +5,8 @@
 #include "Platform/Collections/NSSet.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Whether all Objects that are left in `enumerator` are members; stops at the first that is not.
@@ -12,3 +14,5 @@ namespace qz {
 bool containsObjectsFromEnumerator(NSSet* self, NSEnumerator* enumerator);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

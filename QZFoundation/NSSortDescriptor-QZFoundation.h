@@ -5,6 +5,8 @@
 #include "Platform/Collections/NSSortDescriptor.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A sort descriptor that compares the values at the key path `key` with `compare:`.
@@ -15,3 +17,5 @@ Ref<NSSortDescriptor> sortDescriptorWithKey_ascending_selector(NSString* key, bo
                                                                Selector selector);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

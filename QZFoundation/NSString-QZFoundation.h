@@ -16,6 +16,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSCharacterSet;
@@ -166,3 +168,5 @@ std::int64_t longLongValue(NSString* self);
 std::uint32_t fourCharCode(NSString* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -18,6 +18,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Where a match must lie. The values are fixed; 4 is none of them.
@@ -73,3 +75,5 @@ Ref<NSString> substringUpToString_remainingString(NSString* self, NSString* sepa
 Ref<NSDictionary> parseQueryString(NSString* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "Platform/System/NSTask.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSData;
@@ -27,3 +29,5 @@ Ref<NSData> dataByRunningTask_withArguments(NSString* path, NSArray* arguments);
 void launchAndWriteStandardOutputToFileHandle(NSTask* self, NSFileHandle* handle);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include "Platform/Values/NSURL.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The file URL of the receiver's path with the component at its end; never that of a
@@ -12,3 +14,5 @@ namespace qz {
 Ref<NSURL> fileURLByAppendingPathComponent(NSURL* self, NSString* component);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include "Platform/System/NSUserDefaults.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Registers the Dictionary in the main bundle's, in any bundle's resource "Defaults.plist", or in
@@ -16,3 +18,5 @@ bool loadDefaultsFromBundle(NSUserDefaults* self, NSBundle* bundle);
 bool loadDefaultsFromFile(NSUserDefaults* self, NSString* path);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "Platform/Text/NSValueTransformer.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -33,3 +35,5 @@ Ref<NSValueTransformer> valueTransformerWithComponents(Class* aClass, NSArray* c
 void loadTransformers();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

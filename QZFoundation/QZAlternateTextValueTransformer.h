@@ -4,6 +4,8 @@
 
 #include "QZFoundation/NSValueTransformer-QZFoundation.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Turns a number into one of several texts: "QZAlternateText-Off-On" turns 0 into "Off", and 1 and
@@ -35,3 +37,5 @@ class QZAlternateTextValueTransformer final
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 
 #include "QZFoundation/QZLog.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Makes the log, unless it is there.
@@ -40,3 +42,5 @@ void QZDebugClose();
 void QZDebugLogSystemProfile();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -104,3 +106,5 @@ class QZDisk : public Derives<QZDisk, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

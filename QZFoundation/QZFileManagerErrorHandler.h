@@ -8,6 +8,8 @@
 #include "Platform/Values/NSError.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A handler for the file manager's operations: keeps the failure it is told of, and has the
@@ -45,3 +47,5 @@ class QZFileManagerErrorHandler : public Derives<QZFileManagerErrorHandler, NSOb
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

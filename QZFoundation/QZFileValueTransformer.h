@@ -7,6 +7,8 @@
 #include "Platform/Values/NSURL.h"
 #include "QZFoundation/NSValueTransformer-QZFoundation.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Turns a path or URL written in one style into another: "QZFile-POSIX-URL" turns "/tmp" into
@@ -61,3 +63,5 @@ class QZFileValueTransformer final : public Derives<QZFileValueTransformer, NSVa
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

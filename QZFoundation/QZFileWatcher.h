@@ -10,6 +10,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSNotification;
@@ -95,3 +97,5 @@ class QZFileWatcher : public Derives<QZFileWatcher, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

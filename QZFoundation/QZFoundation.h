@@ -1,7 +1,8 @@
 /// @file
-/// Everything the library offers.
+/// Everything the library offers, with the object library underneath.
 #pragma once
 
+#include "Platform/Platform.h"
 #include "QZFoundation/NSArray-QZDelimitedText.h"
 #include "QZFoundation/NSArray-QZFoundation.h"
 #include "QZFoundation/NSArray-QZIndexMap.h"

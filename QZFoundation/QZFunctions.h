@@ -14,6 +14,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class QZVersionNumber;
@@ -113,3 +115,5 @@ extern const char QZFoundationVersionString[];
 extern const double QZFoundationVersionNumber;
 
 }  // namespace qz
+
+#pragma GCC visibility pop

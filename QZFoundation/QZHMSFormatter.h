@@ -5,6 +5,8 @@
 #include "Platform/Text/NSFormatter.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Turns a number of seconds into text such as "1:02:05", and reads such text.
@@ -55,3 +57,5 @@ class QZHMSFormatter : public Derives<QZHMSFormatter, NSFormatter> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

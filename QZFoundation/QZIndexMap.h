@@ -11,6 +11,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// An immutable permutation of the indices 0 to count - 1: how a sequence was rearranged, so that
@@ -105,3 +107,5 @@ class QZIndexMap : public Derives<QZIndexMap, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A read-only view: for each element of an Array, that element's value at a key path, read
@@ -43,3 +45,5 @@ class QZKeyPathArray : public Derives<QZKeyPathArray, NSArray> {
 Ref<QZKeyPathArray> arrayForKeyPath(NSArray* self, NSString* keyPath);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

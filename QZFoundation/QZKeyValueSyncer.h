@@ -6,6 +6,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSMutableDictionary;
@@ -69,3 +71,5 @@ class QZKeyValueSyncer : public Derives<QZKeyValueSyncer, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 #include "QZFoundation/detail/LogStamp.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSData;
@@ -119,3 +121,5 @@ class QZLog : public Derives<QZLog, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 
 #include "QZFoundation/NSValueTransformer-QZFoundation.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 // What the operators compute. Comparisons answer 1 for true and 0 for false; with a value that is
@@ -69,3 +71,5 @@ class QZMathValueTransformer final : public Derives<QZMathValueTransformer, NSVa
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSMutableDictionary;
@@ -55,3 +57,5 @@ class QZPathIndexer : public Derives<QZPathIndexer, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

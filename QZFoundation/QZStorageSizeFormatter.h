@@ -7,6 +7,8 @@
 #include "Platform/Text/NSNumberFormatter.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Turns a count of bytes into text with a unit, and reads such text.
@@ -60,3 +62,5 @@ class QZStorageSizeFormatter : public Derives<QZStorageSizeFormatter, NSNumberFo
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -14,6 +14,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDate;
@@ -211,3 +213,5 @@ class QZThreadedTask : public Derives<QZThreadedTask, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -15,6 +15,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -159,3 +161,5 @@ class QZTreeWatcher : public Derives<QZTreeWatcher, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

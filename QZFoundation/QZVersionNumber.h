@@ -8,6 +8,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -93,3 +95,5 @@ class QZVersionNumber : public Derives<QZVersionNumber, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

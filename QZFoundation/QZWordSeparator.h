@@ -4,6 +4,8 @@
 
 #include "QZFoundation/NSValueTransformer-QZFoundation.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Turns "value" into "Value", and puts a blank before each titlecase letter. That is Unicode's
@@ -23,3 +25,5 @@ class QZWordSeparator final : public Derives<QZWordSeparator, NSValueTransformer
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

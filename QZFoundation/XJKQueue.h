@@ -13,6 +13,8 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 // Names of the notifications, in the order in which the kinds of one event are reported; behind
@@ -112,3 +114,5 @@ class XJKQueue : public Derives<XJKQueue, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

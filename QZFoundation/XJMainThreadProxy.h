@@ -18,6 +18,8 @@
 #include "Platform/Runtime/WeakRef.h"
 #include "QZFoundation/detail/Registration.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Sends every message that it has no operation for to its target, on the main thread; waits for
@@ -82,3 +84,5 @@ Ref<XJMainThreadProxy> copyMainThreadProxy(NSObject* self);
 Ref<XJMainThreadProxy> mainThreadProxyAsync(NSObject* self);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -2,9 +2,10 @@
 #include <string>
 #include <unordered_map>
 
+#include "Platform/System/NSBundle.h"
 #include "QZFoundation/NSError-QZFoundation.h"
 #include "QZFoundation/QZFunctions.h"
-#include "QZFoundation/detail/LibraryBundle.h"
+
 #include "bench/support/Comparison.h"
 #include "bench/support/Families.h"
 #include "bench/support/People.h"
@@ -31,7 +32,7 @@ void makeObject(benchmark::State& state) {
 }
 
 void lookUpMessage(benchmark::State& state) {
-  NSBundle* bundle = detail::libraryBundle();
+  const Ref<NSBundle> bundle = NSBundle::bundleWithIdentifier("qz.QZFoundation"_ns);
   for (auto _ : state) {
     Ref<NSString> text = bundle->localizedStringForKey_value_table(key, ""_ns, nullptr);
     benchmark::DoNotOptimize(text);
@@ -39,7 +40,7 @@ void lookUpMessage(benchmark::State& state) {
 }
 
 void formatMessage(benchmark::State& state) {
-  NSBundle* bundle = detail::libraryBundle();
+  const Ref<NSBundle> bundle = NSBundle::bundleWithIdentifier("qz.QZFoundation"_ns);
   for (auto _ : state) {
     Ref<NSString> text = QZLocalizedStringFromTableInBundle(
         key, nullptr, bundle, "Directory creation error"_ns, "/tmp/x"_ns);
@@ -50,7 +51,7 @@ void formatMessage(benchmark::State& state) {
 // The library's own messages, as many C++ programs keep theirs.
 std::unordered_map<std::string, std::string> messages() {
   std::unordered_map<std::string, std::string> texts;
-  NSBundle* bundle = detail::libraryBundle();
+  const Ref<NSBundle> bundle = NSBundle::bundleWithIdentifier("qz.QZFoundation"_ns);
   for (const char* each :
        {"Illegal value for search kind (%d)", "Illegal milliseconds value",
         "Illegal extra characters", "Unable to move from %@ to %@ (%@)",

@@ -3,12 +3,14 @@
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
-install(TARGETS QZPlatform QZFoundation
-  EXPORT QZFoundationTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    COMPONENT runtime NAMELINK_COMPONENT development
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+foreach(library IN ITEMS QZPlatform QZFoundation)
+  install(TARGETS ${library}
+    EXPORT ${library}Targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+endforeach()
 
 install(DIRECTORY Platform QZFoundation
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qzfoundation
@@ -25,6 +27,7 @@ if(BUILD_SHARED_LIBS)
 endif()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/QZFoundation)
+install(EXPORT QZPlatformTargets NAMESPACE QZ:: DESTINATION ${package_dir})
 install(EXPORT QZFoundationTargets NAMESPACE QZ:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/QZFoundationConfig.cmake.in
   "${CMAKE_CURRENT_BINARY_DIR}/QZFoundationConfig.cmake"

@@ -17,7 +17,9 @@ function(qz_add_library name export_name)
     add_library(${name}Static ALIAS ${name})
   else()
     add_library(${name}Objects OBJECT ${sources} ${headers})
-    set_target_properties(${name}Objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    # What a shared library offers is what its public headers mark, and nothing else.
+    set_target_properties(${name}Objects PROPERTIES
+      POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
     target_link_libraries(${name}Objects PRIVATE
       ${arg_LINK} ${QZ_DEPENDENCY_TARGETS} Threads::Threads)
     qz_public_includes(${name}Objects PRIVATE)

@@ -16,6 +16,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSRange.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSEnumerator;
@@ -245,5 +247,7 @@ Elements<T> elements(const NSArray* array) {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop
 
 #include "Platform/Collections/detail/ArrayBuilder.h"  // defines NSArray::fromRange

@@ -7,6 +7,8 @@
 
 #include "Platform/Collections/NSMutableSet.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A mutable Set that knows how often each member was added, less how often it was removed.
@@ -60,3 +62,5 @@ class NSCountedSet final : public Derives<NSCountedSet, NSMutableSet> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

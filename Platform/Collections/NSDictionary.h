@@ -15,6 +15,8 @@
 #include "Platform/Collections/detail/HashTable.h"
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -268,3 +270,5 @@ inline NSDictionary::Iterator begin(const NSDictionary* dictionary) {
 inline std::default_sentinel_t end(const NSDictionary*) noexcept { return {}; }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -73,3 +75,5 @@ inline detail::EnumeratorIterator begin(NSEnumerator* enumerator) {
 inline std::default_sentinel_t end(NSEnumerator*) noexcept { return std::default_sentinel; }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 
 #include "Platform/Collections/NSArray.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// An Array whose elements can be added, removed, replaced and sorted in place.
@@ -170,3 +172,5 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include "Platform/Collections/NSDictionary.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A Dictionary whose entries can be added, replaced and removed, each in constant time.
@@ -98,3 +100,5 @@ class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "Platform/Collections/NSSet.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A Set whose members can be added and removed, each in constant time.
@@ -79,3 +81,5 @@ class NSMutableSet : public Derives<NSMutableSet, NSSet> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -52,3 +54,5 @@ class NSPredicate : public Derives<NSPredicate, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

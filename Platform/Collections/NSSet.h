@@ -14,6 +14,8 @@
 #include "Platform/Collections/detail/HashTable.h"
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSPredicate;
@@ -207,3 +209,5 @@ inline NSSet::Iterator begin(const NSSet* set) {
 inline std::default_sentinel_t end(const NSSet*) noexcept { return {}; }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

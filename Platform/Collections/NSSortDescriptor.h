@@ -5,6 +5,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Says by which value, by which comparison and in which direction Objects are ordered.
@@ -59,3 +61,5 @@ class NSSortDescriptor : public Derives<NSSortDescriptor, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

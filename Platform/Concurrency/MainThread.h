@@ -14,6 +14,8 @@
 
 #include "Platform/Concurrency/NSRunLoop.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Calls `function` on the main thread, waits, and answers what it answers; what it throws is
@@ -87,3 +89,5 @@ MainThreadCaller<T> onMainThread(const Ref<T>& target) noexcept {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDate;
@@ -164,3 +166,5 @@ class NSConditionLock : public Derives<NSConditionLock, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDictionary;
@@ -53,3 +55,5 @@ class NSNotification : public Derives<NSNotification, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "Platform/Concurrency/NSNotification.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSNotificationCenter;
@@ -92,3 +94,5 @@ class NSNotificationCenter : public Derives<NSNotificationCenter, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

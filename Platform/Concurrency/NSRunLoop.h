@@ -13,6 +13,8 @@
 #include "Platform/Concurrency/detail/LoopTask.h"
 #include "Platform/Runtime/NSException.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -205,3 +207,5 @@ NSRunLoop* mainLoop();
 }  // namespace detail
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -12,6 +12,8 @@
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSMutableDictionary;
@@ -148,3 +150,5 @@ bool isCurrentThread(const NSThread* thread) noexcept;
 }  // namespace detail
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 #include "Platform/Concurrency/detail/LoopTask.h"
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 namespace detail {
@@ -113,3 +115,5 @@ class NSTimer : public Derives<NSTimer, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 namespace detail {
@@ -30,3 +32,5 @@ class [[nodiscard]] ObjectLock {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

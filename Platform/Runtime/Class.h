@@ -10,6 +10,8 @@
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/Runtime/detail/Dispatch.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 namespace detail {
@@ -178,3 +180,5 @@ Selector NSSelectorFromString(NSString* name);
 Ref<NSString> NSStringFromSelector(Selector selector);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

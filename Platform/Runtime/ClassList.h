@@ -6,6 +6,8 @@
 
 #include "Platform/Runtime/Class.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The classes known so far, ordered by name: those of this library, and those of the application
@@ -13,3 +15,5 @@ namespace qz {
 std::vector<Class*> allClasses();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

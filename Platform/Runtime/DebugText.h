@@ -2,6 +2,8 @@
 /// What a debugger shows of an Object.
 #pragma once
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 class NSObject;
 }
@@ -13,3 +15,5 @@ class NSObject;
 /// debugger (`call QZDebugText(object)`). An Object that is being built or destroyed has no
 /// description to rely on.
 extern "C" const char* QZDebugText(const qz::NSObject* object) noexcept;
+
+#pragma GCC visibility pop

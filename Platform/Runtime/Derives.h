@@ -21,6 +21,8 @@
 #include "Platform/Runtime/Class.h"
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The base of every class: inherits `Base` and its constructors, and answers for the class.
@@ -114,3 +116,5 @@ struct SpecOf {
 
 }  // namespace detail
 }  // namespace qz
+
+#pragma GCC visibility pop

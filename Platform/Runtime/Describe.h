@@ -16,6 +16,8 @@
 #include "Platform/Runtime/detail/Dispatch.h"
 #include "Platform/Runtime/detail/RuntimeLock.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 namespace detail {
 
@@ -336,3 +338,5 @@ constexpr F* overload(F* function) noexcept {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

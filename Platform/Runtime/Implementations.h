@@ -12,6 +12,8 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/Send.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// An operation's plain function.
@@ -34,3 +36,5 @@ R callImplementation(Imp implementation, NSObject* receiver, Selector selector,
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

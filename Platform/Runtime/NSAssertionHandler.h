@@ -6,6 +6,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Receives failed assertions of this thread. The default raises NSInternalInconsistencyException;
@@ -37,3 +39,5 @@ class NSAssertionHandler : public Derives<NSAssertionHandler, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

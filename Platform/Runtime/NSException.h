@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDictionary;
@@ -108,3 +110,5 @@ namespace detail {
 }  // namespace detail
 
 }  // namespace qz
+
+#pragma GCC visibility pop

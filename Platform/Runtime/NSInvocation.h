@@ -9,6 +9,8 @@
 #include "Platform/Runtime/NSMethodSignature.h"
 #include "Platform/Runtime/Send.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 namespace detail {
 struct InvocationAccess;
@@ -106,3 +108,5 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -47,6 +47,8 @@
 #include "Platform/Runtime/detail/KeyValue.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 // What an observer wants to be told; added together.
@@ -192,3 +194,5 @@ KeyValueObservation observe(NSObject* object, NSString* keyPath, F observer) {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

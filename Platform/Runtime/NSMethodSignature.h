@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Runtime/detail/Dispatch.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// What an operation takes and answers. Immutable; any thread.
@@ -60,3 +62,5 @@ std::string typeName(const ValueType& type);
 }  // namespace detail
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 #include "Platform/Runtime/detail/Library.h"
 #include "Platform/Runtime/detail/ObjectPool.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class Class;
@@ -335,3 +337,5 @@ template <class T>
 struct std::hash<qz::Ref<T>> {
   std::size_t operator()(const qz::Ref<T>& object) const { return object ? object->hash() : 0; }
 };
+
+#pragma GCC visibility pop

@@ -22,6 +22,8 @@
 #define QZ_LIFETIME_BOUND
 #endif
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSObject;
@@ -137,3 +139,5 @@ inline constexpr bool isRef = IsRef<std::remove_cvref_t<T>>::value;
 }  // namespace detail
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -12,6 +12,8 @@
 #include <functional>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 namespace detail {
@@ -93,3 +95,5 @@ struct std::hash<qz::Selector> {
     return std::hash<const void*>()(s.record());
   }
 };
+
+#pragma GCC visibility pop

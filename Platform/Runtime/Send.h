@@ -13,6 +13,8 @@
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/Runtime/detail/Dispatch.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// What a sent operation answered: one word, which the reply owns when it is an Object.
@@ -210,3 +212,5 @@ class Implementation {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

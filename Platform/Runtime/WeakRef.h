@@ -7,6 +7,8 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 namespace detail {
 
@@ -66,3 +68,5 @@ class WeakRef {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Takes one message, UTF-8, without a line end. Called from any thread, with no lock held. Must
@@ -22,3 +24,5 @@ void diagnose(std::string_view message) noexcept;
 
 }  // namespace detail
 }  // namespace qz
+
+#pragma GCC visibility pop

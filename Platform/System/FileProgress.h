@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <functional>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// While it lives, the thread that made it is told how far it is with the contents of each file
@@ -43,3 +45,5 @@ class FileProgress {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

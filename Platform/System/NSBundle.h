@@ -7,6 +7,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -129,3 +131,5 @@ class NSBundle : public Derives<NSBundle, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

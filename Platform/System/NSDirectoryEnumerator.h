@@ -7,6 +7,8 @@
 #include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDictionary;
@@ -50,3 +52,5 @@ class NSDirectoryEnumerator : public Derives<NSDirectoryEnumerator, NSEnumerator
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -12,6 +12,8 @@
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 // Keys; each one's value is its name. Those marked with * can be changed.
@@ -74,3 +76,5 @@ void registerFileAttributes();
 }  // namespace detail
 
 }  // namespace qz
+
+#pragma GCC visibility pop

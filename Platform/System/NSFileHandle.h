@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSData;
@@ -128,3 +130,5 @@ inline NSString* const NSFileHandleOperationException =
     detail::literal<"NSFileHandleOperationException">();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -171,3 +173,5 @@ inline NSString* const NSFileManagerErrorTextKey = detail::literal<"Error">();
 inline NSString* const NSFileManagerErrorPathKey = detail::literal<"Path">();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

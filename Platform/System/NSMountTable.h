@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Bits of a mount's flags.
@@ -67,3 +69,5 @@ class NSMountTable {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

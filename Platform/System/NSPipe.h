@@ -4,6 +4,8 @@
 
 #include "Platform/System/NSFileHandle.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A pipe with its two ends. An NSTask that is given one as a standard stream passes the far end on
@@ -31,3 +33,5 @@ class NSPipe : public Derives<NSPipe, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -55,3 +57,5 @@ class NSProcessInfo final : public Derives<NSProcessInfo, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

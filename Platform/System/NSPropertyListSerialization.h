@@ -6,6 +6,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSData;
@@ -102,3 +104,5 @@ inline constexpr std::int32_t NSPropertyListReadCorruptError = 3840;
 inline constexpr std::int32_t NSPropertyListWriteInvalidError = 3851;
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A number that binary property lists keep apart from integers, for archives that refer to their
@@ -36,3 +38,5 @@ class NSPropertyListUID final : public Derives<NSPropertyListUID, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -58,3 +60,5 @@ Ref<NSArray> NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory
                                                  std::uint32_t domainMask, bool expandTilde);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

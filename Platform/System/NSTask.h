@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -137,3 +139,5 @@ class NSTask : public Derives<NSTask, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -133,3 +135,5 @@ inline NSString* const NSUserDefaultsDidChangeNotification =
     detail::literal<"NSUserDefaultsDidChangeNotification">();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

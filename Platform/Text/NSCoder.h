@@ -7,6 +7,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// What an Object gives its values to when it is archived, and takes them from when it is read.
@@ -57,3 +59,5 @@ class NSCoder : public Derives<NSCoder, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "Platform/Text/NSFormatter.h"
 #include "Platform/Values/NSDate.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSLocale;
@@ -183,3 +185,5 @@ class NSDateFormatter : public Derives<NSDateFormatter, NSFormatter> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

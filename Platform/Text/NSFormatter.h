@@ -5,6 +5,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// What turns Objects of some kind into text, and such text into Objects. Abstract: a class below
@@ -47,3 +49,5 @@ class NSFormatter : public Derives<NSFormatter, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 
 #include "Platform/Text/NSCoder.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -95,3 +97,5 @@ class NSKeyedUnarchiver final : public Derives<NSKeyedUnarchiver, NSCoder> {
 inline constexpr std::int32_t NSCoderReadCorruptError = 4864;
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A language and a region, told by an identifier: "de", "de_AT", "zh_Hant_TW", with Unicode's
@@ -76,3 +78,5 @@ class NSLocale final : public Derives<NSLocale, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Text/NSFormatter.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSCoder;
@@ -233,3 +235,5 @@ class NSNumberFormatter : public Derives<NSNumberFormatter, NSFormatter> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSLocale;
@@ -129,3 +131,5 @@ class NSTimeZone final : public Derives<NSTimeZone, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -66,3 +68,5 @@ inline NSString* const NSIsNilTransformerName = detail::literal<"NSIsNil">();
 inline NSString* const NSIsNotNilTransformerName = detail::literal<"NSIsNotNil">();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSDictionary;
@@ -90,3 +92,5 @@ class NSAttributedString : public Derives<NSAttributedString, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Which byte of an integer comes first.
@@ -40,3 +42,5 @@ constexpr T NSSwapHost(T value, NSByteOrder order) noexcept {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

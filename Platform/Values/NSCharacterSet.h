@@ -8,6 +8,8 @@
 #include "Platform/Values/NSRange.h"
 #include "Platform/Values/detail/CodePointSet.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSMutableCharacterSet;
@@ -123,3 +125,5 @@ class NSMutableCharacterSet final : public Derives<NSMutableCharacterSet, NSChar
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

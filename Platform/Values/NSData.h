@@ -13,6 +13,8 @@
 #include "Platform/Values/NSByteOrder.h"
 #include "Platform/Values/NSRange.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSError;
@@ -190,3 +192,5 @@ class NSData : public Derives<NSData, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Seconds, fractions included.
@@ -105,3 +107,5 @@ class NSDate final : public Derives<NSDate, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

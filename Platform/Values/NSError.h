@@ -8,6 +8,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSArray;
@@ -120,3 +122,5 @@ inline NSString* const NSURLErrorKey = detail::literal<"NSURLErrorKey">();
 inline NSString* const NSStringEncodingErrorKey = detail::literal<"NSStringEncodingErrorKey">();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

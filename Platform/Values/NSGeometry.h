@@ -2,6 +2,8 @@
 /// Points, sizes and rectangles in a plane.
 #pragma once
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 struct NSPoint {
@@ -32,3 +34,5 @@ constexpr NSRect NSMakeRect(float x, float y, float width, float height) noexcep
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Indices, one for each level of a tree: which child of the root, which child of that one, and so
@@ -92,3 +94,5 @@ class NSIndexPath final : public Derives<NSIndexPath, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSRange.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A set of indices, kept as ascending ranges that neither meet nor touch.
@@ -72,3 +74,5 @@ class NSIndexSet final : public Derives<NSIndexSet, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 
 #include "Platform/Values/NSAttributedString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// An attributed String that can be changed. A change takes time in proportion to the units and
@@ -69,3 +71,5 @@ class NSMutableAttributedString final
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

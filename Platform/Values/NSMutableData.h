@@ -8,6 +8,8 @@
 
 #include "Platform/Values/NSData.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Data whose bytes can be changed. Appending takes constant time per byte in the long run. What
@@ -96,3 +98,5 @@ class NSMutableData final : public Derives<NSMutableData, NSData> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

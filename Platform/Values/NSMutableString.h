@@ -7,6 +7,8 @@
 
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A String whose units can be changed.
@@ -89,3 +91,5 @@ class NSMutableString final : public Derives<NSMutableString, NSString> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

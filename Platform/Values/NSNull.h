@@ -4,6 +4,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// There is exactly one Null; it is never freed and equals only itself.
@@ -30,3 +32,5 @@ class NSNull final : public Derives<NSNull, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 
 #include "Platform/Runtime/Derives.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSNumber;
@@ -286,3 +288,5 @@ requires std::is_arithmetic_v<T> Ref<NSNumber> NSNumber::of(T value) {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Values/FileSystemPath.h"
 #include "Platform/Values/detail/StringStorage.h"
 
 namespace qz {

@@ -1,11 +1,11 @@
 /// @file
-/// What the system knows about paths: the user's directories, and conversions of paths to and from
-/// the C++ library's. NSString.h has the operations on a path's text.
+/// What the system knows about paths: the user's directories. NSString.h has the operations on a
+/// path's text, FileSystemPath.h the way to the C++ library's paths.
 #pragma once
 
-#include <filesystem>
-
 #include "Platform/Values/NSString.h"
+
+#pragma GCC visibility push(default)
 
 namespace qz {
 
@@ -31,9 +31,6 @@ Ref<NSString> NSTemporaryDirectory();
 Ref<NSString> NSStartupVolumeName();
 void NSSetStartupVolumeName(NSString* name);
 
-/// The path for the C++ library, and back; see `fileSystemRepresentation`. Every path that has no
-/// zero comes back as it was, also one that is not UTF-8. Nil raises NSInvalidArgumentException.
-std::filesystem::path fileSystemPath(NSString* path);
-Ref<NSString> stringWithFileSystemPath(const std::filesystem::path& path);
-
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// A location and a length, in elements or code units.
@@ -51,3 +53,5 @@ constexpr NSRange NSUnionRange(NSRange a, NSRange b) noexcept {
 inline constexpr NSRange notFoundRange{NSNotFound, 0};
 
 }  // namespace qz
+
+#pragma GCC visibility pop

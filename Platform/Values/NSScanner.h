@@ -8,6 +8,8 @@
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Reads numbers, texts and runs of characters one after the other.
@@ -102,3 +104,5 @@ class NSScanner final : public Derives<NSScanner, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 #include "Platform/Values/NSStringEncoding.h"
 #include "Platform/Values/NSStringFormat.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSCharacterSet;
@@ -346,5 +348,7 @@ class NSString : public Derives<NSString, NSObject> {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop
 
 #include "Platform/Values/detail/StringLiteral.h"  // defines ""_ns

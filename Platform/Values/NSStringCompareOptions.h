@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// How texts are compared and searched; added together. Any other bit means nothing.
@@ -18,3 +20,5 @@ enum NSStringCompareOptions : std::uint32_t {
 };
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// The encodings that have a number for ever. Any other that ICU knows has one too, which
@@ -31,3 +33,5 @@ enum NSStringEncoding : std::uint32_t {
 std::uint32_t encodingNamed(std::string_view name);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

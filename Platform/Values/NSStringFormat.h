@@ -36,6 +36,8 @@
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/Runtime/detail/Word.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 namespace detail {
@@ -181,3 +183,5 @@ FormatArgument::FormatArgument(const T& value) noexcept {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -9,6 +9,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Values/FileSystemPath.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSPathUtilities.h"
 #include "Platform/Values/detail/ClassicPath.h"

@@ -9,6 +9,8 @@
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/UrlSyntax.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class NSNumber;
@@ -146,3 +148,5 @@ Ref<NSString> CFURLCreateStringByReplacingPercentEscapes(NSString* text,
                                                          NSString* charactersToLeaveEscaped);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

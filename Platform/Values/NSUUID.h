@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// 16 bytes that nobody else has.
@@ -56,3 +58,5 @@ Ref<NSString> CFUUIDCreateString(NSUUID* uuid);
 NSUUID::Bytes CFUUIDGetUUIDBytes(NSUUID* uuid);
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// How log lines tell the time: NSDateFormatter.h has the meaning of the letters.
@@ -26,3 +28,5 @@ class LogStamp {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 
 #include "Platform/Runtime/detail/Library.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 /// Registers the library's classes and the operations it adds, in order. Called by the run-time
@@ -13,6 +15,13 @@ void registerQZFoundation();
 
 namespace detail {
 [[gnu::used]] inline LibraryHook foundationHook(&registerQZFoundation);
+}  // namespace detail
+
+}  // namespace qz
+
+#pragma GCC visibility pop
+
+namespace qz::detail {
 
 // One for each file that adds something; the list in Registration.cpp gives the order.
 void registerNSArrayQZDelimitedText();
@@ -49,6 +58,5 @@ void registerNSUserDefaultsQZFoundation();
 void registerNSValueTransformerQZFoundation();
 void registerQZKeyPathArray();
 void registerXJMainThreadProxy();
-}  // namespace detail
 
-}  // namespace qz
+}  // namespace qz::detail

@@ -8,6 +8,7 @@
 #include "Interruption.h"
 #include "Platform/Concurrency/NSRunLoop.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Values/FileSystemPath.h"
 #include "Platform/Values/NSPathUtilities.h"
 #include "Texts.h"
 

@@ -32,6 +32,7 @@ run("${CMAKE_COMMAND}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build" -G "${GENERAT
   "-DCMAKE_PREFIX_PATH=${prefix}"
   "-DQZ_EXPECTED_VERSION=${VERSION}")
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build" --config "${CONFIG}")
+run("${WORK_DIR}/build/platform-consumer")
 run("${WORK_DIR}/build/consumer")
 
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig:$ENV{PKG_CONFIG_PATH}")

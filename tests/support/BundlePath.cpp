@@ -2,8 +2,6 @@
 // that whatever asks first finds them.
 #include <cstdlib>
 
-#if defined(QZ_TEST_BUNDLE_PATH)
 namespace {
 [[maybe_unused]] const int bundlePath = ::setenv("QZ_BUNDLE_PATH", QZ_TEST_BUNDLE_PATH, 0);
-}
-#endif
+}  // namespace

@@ -12,6 +12,8 @@
 
 #include "Platform/Collections/NSArray.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// More elements than this raise NSMallocException; indices stay below NSNotFound.
@@ -152,3 +154,5 @@ NSArray::fromRange(R&& objects) {
 }
 
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Class.h"
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The count of changes of what never changes.
@@ -111,3 +113,5 @@ class TypedArrayIterator : public ArrayIterator {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -6,10 +6,12 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSObject;
 class NSString;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

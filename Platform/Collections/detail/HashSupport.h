@@ -7,6 +7,8 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// As many entries as a count can say and still differ from NSNotFound.
@@ -38,3 +40,5 @@ void useLargePages(void* block, std::size_t size) noexcept;
 [[noreturn]] void raiseTooMany();
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

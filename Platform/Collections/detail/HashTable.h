@@ -15,6 +15,8 @@
 #include "Platform/Collections/detail/ReleaseElements.h"
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// A place of a Set. `count` is a counted Set's.
@@ -285,3 +287,5 @@ using DictionaryTable = HashTable<DictionaryEntry>;
 using SetTable = HashTable<SetEntry>;
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

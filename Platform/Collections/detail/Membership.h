@@ -7,6 +7,8 @@
 
 #include "Platform/Collections/NSArray.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The elements of an Array, kept alive and, from a few on, found by their hash.
@@ -41,3 +43,5 @@ class Membership {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

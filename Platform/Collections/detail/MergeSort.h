@@ -8,6 +8,8 @@
 #include <span>
 #include <type_traits>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 inline constexpr std::size_t mergeSortRun = 16;
@@ -68,3 +70,5 @@ void mergeSort(std::span<T> items, const After& after) {
 }
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Takes one owner from each of `elements`, in order; nil entries are allowed.
@@ -16,3 +18,5 @@ namespace qz::detail {
 void releaseElements(NSObject* const* elements, std::size_t count) noexcept;
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include <exception>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Lies on the waiting thread's stack.
@@ -49,3 +51,5 @@ class BlockingCall {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

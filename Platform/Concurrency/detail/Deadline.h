@@ -7,6 +7,8 @@
 
 #include "Platform/Values/NSDate.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Waits are measured by the steady clock, so that setting the system's clock neither ends nor
@@ -29,3 +31,5 @@ inline SteadyTime steadyTime(NSDate* limit) {
 }
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -5,10 +5,12 @@
 #include "Platform/Concurrency/detail/LoopTask.h"
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSArray;
 class NSString;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

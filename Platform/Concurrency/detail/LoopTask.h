@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// A set of run-loop modes: one bit for each name; see LoopModes.h.
@@ -94,3 +96,5 @@ class LoopTask {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "Platform/Runtime/Class.h"
 #include "Platform/Runtime/detail/Dispatch.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// One operation, as the describing templates see it.
@@ -44,3 +46,5 @@ class ClassBuilder {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 #include "Platform/Runtime/detail/VptrTable.h"
 #include "Platform/Runtime/detail/Word.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The one shape of every operation: receiver, Selector, the first three arguments in registers,
@@ -120,3 +122,5 @@ inline Word callWithWords(Imp imp, NSObject* receiver, Selector selector, const 
 [[noreturn]] void refuseAnswer(Selector selector, Class* wanted, const NSObject* given);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

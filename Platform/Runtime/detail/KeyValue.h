@@ -9,6 +9,8 @@
 #include "Platform/Runtime/Selector.h"
 #include "Platform/Runtime/detail/Dispatch.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 class NSString;
 }
@@ -43,3 +45,5 @@ std::string setterName(std::string_view key);
 const SelectorRecord* findSelector(std::string_view name);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 /// it; the function itself runs once, before the first look-up, never among static constructors.
 #pragma once
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 struct LibraryHook {
@@ -25,3 +27,5 @@ namespace qz {
 void registerPlatform();
 
 }  // namespace qz
+
+#pragma GCC visibility pop

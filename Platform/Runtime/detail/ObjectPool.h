@@ -1,19 +1,20 @@
-// The allocator behind every reference-counted object.
-//
-// Objects are small, numerous and short-lived, so blocks carry no header: the caller says how
-// large a block was when freeing it. Each thread keeps one free list per size class and takes or
-// returns whole batches of blocks through a store shared by all threads. Memory taken from the
-// system is never given back; a freed block serves any later object of its size class.
-//
-// When the library is built for AddressSanitizer or ThreadSanitizer every block comes from
-// ::operator new, so that the sanitizer sees the lifetime of each object. That choice is made in
-// the library alone: callers compiled with or without a sanitizer may be mixed with it freely.
-
-#ifndef PLATFORM_RUNTIME_DETAIL_OBJECTPOOL_H_
-#define PLATFORM_RUNTIME_DETAIL_OBJECTPOOL_H_
+/// @file
+/// Private: the allocator behind every reference-counted object.
+///
+/// Objects are small, numerous and short-lived, so blocks carry no header: the caller says how
+/// large a block was when freeing it. Each thread keeps one free list per size class and takes or
+/// returns whole batches of blocks through a store shared by all threads. Memory taken from the
+/// system is never given back; a freed block serves any later object of its size class.
+///
+/// When the library is built for AddressSanitizer or ThreadSanitizer every block comes from
+/// ::operator new, so that the sanitizer sees the lifetime of each object. That choice is made in
+/// the library alone: callers compiled with or without a sanitizer may be mixed with it freely.
+#pragma once
 
 #include <cstddef>
 #include <new>
+
+#pragma GCC visibility push(default)
 
 namespace qz::detail {
 
@@ -91,4 +92,4 @@ inline void poolFree(void* block, std::size_t size) noexcept {
 
 }  // namespace qz::detail
 
-#endif  // PLATFORM_RUNTIME_DETAIL_OBJECTPOOL_H_
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 
 #include <mutex>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 std::recursive_mutex& runtimeMutex() noexcept;
@@ -19,3 +21,5 @@ class RuntimeGuard {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

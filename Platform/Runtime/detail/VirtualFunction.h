@@ -9,6 +9,8 @@
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/Runtime/detail/VptrTable.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The address of the function that calling `member`, a virtual member function, runs for
@@ -47,3 +49,5 @@ bool isAsInRoot(const NSObject* object) {
 }
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

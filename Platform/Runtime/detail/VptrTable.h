@@ -7,6 +7,8 @@
 #include <cstring>
 #include <memory>
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 class NSObject;
 }
@@ -92,3 +94,5 @@ struct VptrTable {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

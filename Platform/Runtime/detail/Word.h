@@ -13,6 +13,8 @@
 #include "Platform/Runtime/Ref.h"
 #include "Platform/Runtime/Selector.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 
 class Class;
@@ -226,3 +228,5 @@ Word convertScalar(Word word, Kind from, Kind to) noexcept;
 
 }  // namespace detail
 }  // namespace qz
+
+#pragma GCC visibility pop

@@ -4,10 +4,12 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSArray;
 class NSDictionary;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -22,9 +22,11 @@
 #include "Platform/Runtime/Ref.h"
 #include "Platform/System/detail/PropertyListFault.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSObject;
 }
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -9,9 +9,11 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSData;
 }
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -8,12 +8,14 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSDictionary;
 class NSError;
 class NSMutableDictionary;
 class NSString;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -6,6 +6,8 @@
 #include <span>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Owns an open descriptor, or none. Leaves `errno` alone when it closes.
@@ -51,3 +53,5 @@ int writeAllToFile(int descriptor, std::span<const std::byte> bytes) noexcept;
 bool canBreak(int descriptor) noexcept;
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -12,6 +12,8 @@
 #include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/SystemCalls.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Reads a directory without "." and "..", a block of entries at a time.
@@ -57,3 +59,5 @@ class DirectoryReader {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The bytes of a regular file, links followed. No value when it cannot be read, is of another kind
@@ -16,3 +18,5 @@ bool isDirectory(const std::string& path);
 bool fileExists(const std::string& path);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 /// Private: putting a finished file in the place of another in one step.
 #pragma once
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Exchanges what is at two paths of one directory's file system, so that at every moment each name
@@ -12,3 +14,5 @@ namespace qz::detail {
 bool exchangeFiles(const char* other, const char* path);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -12,6 +12,8 @@
 #include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/SystemCalls.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// `wait` and `read` belong to one thread; the rest may be called from any thread.
@@ -71,3 +73,5 @@ class NotifyQueue {
 bool isToldOfChanges(std::uint32_t fileSystemType) noexcept;
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

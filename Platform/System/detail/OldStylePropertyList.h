@@ -22,10 +22,12 @@
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/System/detail/PropertyListFault.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSDictionary;
 class NSString;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -7,6 +7,8 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 class NSString;
 }  // namespace qz
@@ -22,3 +24,5 @@ Ref<NSString> osReleaseField(std::string_view name);
 std::string osReleaseValue(std::string_view file, std::string_view name);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -11,6 +11,8 @@
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/PathText.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The bytes of a path, ended by a zero, without slashes at the end: they mean nothing here, while
@@ -81,3 +83,5 @@ class PathBytes {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -10,10 +10,12 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSData;
 class NSNumber;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -8,10 +8,12 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSData;
 class NSNumber;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -9,10 +9,12 @@
 
 #include "Platform/Runtime/NSObject.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSArray;
 class NSData;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -5,10 +5,12 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSData;
 class NSObject;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

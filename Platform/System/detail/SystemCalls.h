@@ -23,6 +23,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 enum class SystemCall : std::uint8_t {
@@ -269,3 +271,5 @@ inline int inotify_add_watch(int queue, const char* path, std::uint32_t mask) {
 }
 
 }  // namespace qz::detail::os
+
+#pragma GCC visibility pop

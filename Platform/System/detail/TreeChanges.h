@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Kinds of changes, as bits.
@@ -74,3 +76,5 @@ class TreeChanges {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -18,6 +18,8 @@
 #include "Platform/System/detail/NotifyQueue.h"
 #include "Platform/System/detail/TreeChanges.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Knows the names in a tree and keeps that knowledge up to date.
@@ -184,3 +186,5 @@ class TreeEvents {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

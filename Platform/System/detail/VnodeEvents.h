@@ -16,6 +16,8 @@
 
 #include "Platform/System/detail/NotifyQueue.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Kinds of events, as bits. A folder is written to when a name in it comes, goes or changes.
@@ -120,3 +122,5 @@ class VnodeEvents {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -8,11 +8,13 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSLocale;
 class NSString;
 class NSTimeZone;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

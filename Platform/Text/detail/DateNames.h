@@ -13,9 +13,11 @@ U_NAMESPACE_BEGIN
 class SimpleDateFormat;
 U_NAMESPACE_END
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSLocale;
 }
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -5,10 +5,12 @@
 #include <optional>
 #include <string_view>
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSLocale;
 class NSTimeZone;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -7,9 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSLocale;
 }
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Any set of 0 … 0x10FFFF. The ranges are the set, and tell equality; the bitmaps answer for
@@ -68,3 +70,5 @@ class CodePointSet {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

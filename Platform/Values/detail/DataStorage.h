@@ -10,6 +10,8 @@
 #include "Platform/Runtime/detail/ObjectPool.h"
 #include "Platform/Values/NSData.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Data whose bytes follow it in one block.
@@ -63,3 +65,5 @@ Ref<NSData> fillData(std::uint64_t length, Fill fill) {
 }
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

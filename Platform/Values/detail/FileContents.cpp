@@ -12,6 +12,8 @@
 #include <string_view>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 namespace {
 
@@ -202,3 +204,5 @@ int replaceFile(const std::string& path, std::span<const std::byte> bytes, bool 
 }
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

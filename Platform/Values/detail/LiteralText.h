@@ -11,6 +11,8 @@
 
 #include "Platform/Runtime/Selector.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The hash of a String's units; never 0, which stands for "not computed yet".
@@ -71,3 +73,5 @@ struct LiteralUnits {
 };
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

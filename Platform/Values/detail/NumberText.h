@@ -7,6 +7,8 @@
 #include <limits>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 struct ReadDigits {
@@ -38,3 +40,5 @@ template <class T>
 ReadFloating<T> readFloating(std::u16string_view text);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// Without the slashes at the end; "/" of a path that has nothing else.
@@ -29,3 +31,5 @@ std::optional<std::string> bytesOfPath(std::u16string_view path);
 std::u16string pathOfBytes(std::string_view bytes);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

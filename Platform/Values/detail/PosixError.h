@@ -7,10 +7,12 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSError;
 class NSString;
 }  // namespace qz
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

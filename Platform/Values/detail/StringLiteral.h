@@ -7,6 +7,8 @@
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/LiteralText.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz {
 namespace detail {
 
@@ -52,3 +54,5 @@ NSString* operator""_ns() noexcept {
 }  // namespace literals
 
 }  // namespace qz
+
+#pragma GCC visibility pop

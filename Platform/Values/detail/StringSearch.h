@@ -9,9 +9,11 @@
 #include "Platform/Values/NSRange.h"
 #include "Platform/Values/detail/CodePointSet.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSCharacterSet;
 }
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

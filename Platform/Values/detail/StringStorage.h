@@ -12,6 +12,8 @@
 #include "Platform/Runtime/detail/ObjectPool.h"
 #include "Platform/Values/NSString.h"
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// A String whose units follow it in one block: `sizeof(NSString)` and two bytes for each unit.
@@ -85,3 +87,5 @@ Ref<NSString> fillString(std::uint64_t length, Fill fill) {
 NSString& requireString(NSString* argument, const char* operation);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -8,9 +8,11 @@
 
 #include "Platform/Runtime/Ref.h"
 
+#pragma GCC visibility push(default)
 namespace qz {
 class NSString;
 }
+#pragma GCC visibility pop
 
 namespace qz::detail {
 

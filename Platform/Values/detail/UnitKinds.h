@@ -2,6 +2,8 @@
 /// Private: kinds of code units that need no table.
 #pragma once
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 constexpr bool isDigit(char16_t unit) noexcept { return unit >= u'0' && unit <= u'9'; }
@@ -35,3 +37,5 @@ constexpr bool isBlank(char16_t unit) noexcept {
 }
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

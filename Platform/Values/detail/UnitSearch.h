@@ -13,6 +13,8 @@
 #include <emmintrin.h>
 #endif
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// For each length of a beginning of `part`: how long the longest shorter beginning is that ends
@@ -102,3 +104,5 @@ std::size_t findUnits(std::u16string_view text, std::u16string_view part);
 std::size_t findLastUnits(std::u16string_view text, std::u16string_view part) noexcept;
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

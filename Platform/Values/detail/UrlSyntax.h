@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 /// The components of a URL as they stand, escapes and all; a component that is missing is another
@@ -35,3 +37,5 @@ std::u16string resolveUrl(const UrlParts& base, const UrlParts& reference);
 std::u16string removeDotSegments(std::u16string_view path);
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

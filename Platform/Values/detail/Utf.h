@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 
 inline constexpr char16_t replacementCharacter = 0xFFFD;
@@ -41,3 +43,5 @@ std::string_view withoutPartialCharacter(std::string_view bytes) noexcept;
 char16_t* encodeUtf16(char32_t point, char16_t* out) noexcept;
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -1,5 +1,6 @@
 #include "Platform/Values/NSURL.h"
 
+#include "Platform/Values/FileSystemPath.h"
 #include "Platform/Values/NSPathUtilities.h"
 #include "tests/support/Test.h"
 

@@ -70,7 +70,6 @@ TEST(Bindings, EveryOperationIsBoundToItsFunction) {
     for (const Selector selector : each->instanceSelectors()) check(each->instanceMethod(selector));
     for (const Selector selector : each->classSelectors()) check(each->classMethod(selector));
   }
-  if (seen == 0) GTEST_SKIP() << "a program with the library inside it shows no functions";
   EXPECT_GT(seen, 1000);
 }
 
