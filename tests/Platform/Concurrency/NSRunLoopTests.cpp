@@ -224,7 +224,7 @@ TEST_F(NSRunLoopTest, ALoopWithoutWorkEndsAndATimerCanBeTakenFromOutside) {
 }
 
 TEST_F(NSRunLoopTest, SendsLaterUnlessCancelled) {
-  recorder->performSelector_withObject_afterDelay("write:"_sel, "a"_ns, 0.002);
+  recorder->performSelector_withObject_afterDelay("write:"_sel, "a"_ns, 0.05);
   recorder->performSelector_withObject_afterDelay("write:"_sel, "b"_ns, 0);
   recorder->performSelector_withObject_afterDelay("write:"_sel, "c"_ns, 0.001);
   recorder->performSelector_withObject_afterDelay("write:"_sel, nullptr, 0.001);
