@@ -14,11 +14,13 @@
 namespace qz {
 
 /// Whole seconds since 1970 and the nanoseconds behind them, 32 bits each: from 1901 to 2038. The
-/// system's own `::timespec` has more.
+/// structure of that name in the C library has more.
 struct QZTimespec {
+  /// As in the C library's: nanoseconds from 0 to 999999999.
   std::int32_t tv_sec = 0;
   std::int32_t tv_nsec = 0;
 
+  /// The same time in the C library's structure.
   operator ::timespec() const noexcept { return {tv_sec, tv_nsec}; }  // NOLINT
   friend constexpr bool operator==(QZTimespec, QZTimespec) noexcept = default;
 };

@@ -25,8 +25,8 @@ class NSData;
 
 /// A file name in a record of fixed size: the first `length` units count.
 struct HFSUniStr255 {
-  std::uint16_t length;
-  char16_t unicode[255];
+  std::uint16_t length;   ///< At most 255.
+  char16_t unicode[255];  ///< UTF-16; what is behind the length means nothing.
 };
 static_assert(sizeof(HFSUniStr255) == 512);
 

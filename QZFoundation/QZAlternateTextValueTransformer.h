@@ -24,6 +24,7 @@ class QZAlternateTextValueTransformer final
   /// The same, under the name that dynamic names ask for.
   static Ref<QZAlternateTextValueTransformer> valueTransformerWithComponents(NSArray* components);
 
+  /// What transformers of this class can do, by Selector too: NSValueTransformer.h.
   static bool allowsReverseTransformation() { return false; }
   static Class* transformedValueClass();
 

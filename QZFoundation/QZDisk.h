@@ -79,6 +79,7 @@ class QZDisk : public Derives<QZDisk, NSObject> {
   /// Whether the files' owners mean nothing.
   bool ignoresPermissions() const noexcept { return ignoresPermissions_; }
 
+  /// The numbers of its device, as the mount table has them.
   QZFileSystemID fileSystemID() const noexcept { return fileSystemID_; }
 
   /// Whether the device's path begins with "/dev".

@@ -26,6 +26,7 @@ class QZFileValueTransformer final : public Derives<QZFileValueTransformer, NSVa
  public:
   static void describe(ClassDescription<QZFileValueTransformer>& is);
 
+  /// Of styles by their codes.
   QZFileValueTransformer(std::int32_t inputStyle, std::int32_t outputStyle) noexcept
       : inputStyle_(inputStyle), outputStyle_(outputStyle) {}
 
@@ -36,9 +37,11 @@ class QZFileValueTransformer final : public Derives<QZFileValueTransformer, NSVa
   /// Of the names of both styles; nil unless there are two, and for others.
   static Ref<QZFileValueTransformer> valueTransformerWithComponents(NSArray* components);
 
+  /// What transformers of this class can do, by Selector too: NSValueTransformer.h.
   static bool allowsReverseTransformation() { return true; }
   static Class* transformedValueClass();
 
+  /// As it was made.
   std::int32_t inputStyle() const noexcept { return inputStyle_; }
   std::int32_t outputStyle() const noexcept { return outputStyle_; }
 

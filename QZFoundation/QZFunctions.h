@@ -77,6 +77,7 @@ constexpr bool QZRangeContainsRange(NSRange outer, NSRange inner) noexcept {
          inner.location + inner.length - 1 - outer.location < outer.length;
 }
 
+/// The middle of `rect`.
 constexpr NSPoint QZCenterOfRect(const NSRect& rect) noexcept {
   return {rect.origin.x + rect.size.width * 0.5f, rect.origin.y + rect.size.height * 0.5f};
 }

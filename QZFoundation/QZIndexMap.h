@@ -53,6 +53,7 @@ class QZIndexMap : public Derives<QZIndexMap, NSObject> {
   /// Entry i is the `intValue` of element i; an empty map for nil.
   static Ref<QZIndexMap> initWithIndices(NSArray* indices);
 
+  /// How many entries.
   std::uint32_t count() const noexcept { return static_cast<std::uint32_t>(count_); }
 
   /// The entries, valid while the map lives; null when there are none.

@@ -49,6 +49,8 @@ class QZKeyValueSyncer : public Derives<QZKeyValueSyncer, NSObject> {
   /// Watches an Object from now on; its values are left as they are. Nothing for one that is
   /// watched (or equal to one that is), and for nil.
   void observeObject(NSObject* object);
+
+  /// Watches it no longer. Nothing for one that is not watched, and for nil.
   void unobserveObject(NSObject* object);
 
   /// Sets one key to what is paired with the other's value now, or to nil.

@@ -54,6 +54,7 @@ class QZLog : public Derives<QZLog, NSObject> {
   /// The file is not touched.
   static Ref<QZLog> initWithFilePath(NSString* path);
 
+  /// Where the file is, or will be when the first line is written; nil for a log without a file.
   Ref<NSString> logFilePath() const { return logFilePath_; }
 
   /// Whether what the file has is kept when it is opened. False unless set; counts the next time
@@ -93,7 +94,7 @@ class QZLog : public Derives<QZLog, NSObject> {
 
   // The file --------------------------------------------------------------------------------------
 
-  /// Nothing when it is open.
+  /// Opens the file, and closes it; nothing when that is how it is.
   virtual void openLog();
   virtual void closeLog();
 

@@ -10,8 +10,8 @@
 
 namespace qz {
 
-// What the operators compute. Comparisons answer 1 for true and 0 for false; with a value that is
-// no number only `QZMathNotEqual` is true. Division follows IEEE 754.
+/// What the operators compute. Comparisons answer 1 for true and 0 for false; with a value that is
+/// no number only `QZMathNotEqual` is true. Division follows IEEE 754.
 double QZMathAdd(double a, double b) noexcept;
 double QZMathSubtract(double a, double b) noexcept;
 double QZMathMultiply(double a, double b) noexcept;
@@ -44,6 +44,7 @@ class QZMathValueTransformer final : public Derives<QZMathValueTransformer, NSVa
  public:
   static void describe(ClassDescription<QZMathValueTransformer>& is);
 
+  /// Of an operator's code and the second operand.
   QZMathValueTransformer(std::int32_t mathOperation, double operand) noexcept
       : mathOperation_(mathOperation), operand_(operand) {}
 
@@ -55,9 +56,11 @@ class QZMathValueTransformer final : public Derives<QZMathValueTransformer, NSVa
   /// there are two; an operator that there is not raises NSInvalidArgumentException.
   static Ref<QZMathValueTransformer> valueTransformerWithComponents(NSArray* components);
 
+  /// What transformers of this class can do, by Selector too: NSValueTransformer.h.
   static bool allowsReverseTransformation() { return true; }
   static Class* transformedValueClass();
 
+  /// As it was made.
   std::int32_t mathOperation() const noexcept { return mathOperation_; }
   double operand() const noexcept { return operand_; }
 

@@ -27,6 +27,7 @@ class QZPathIndexer : public Derives<QZPathIndexer, NSObject> {
  public:
   static void describe(ClassDescription<QZPathIndexer>& is);
 
+  /// Without paths.
   QZPathIndexer();
   ~QZPathIndexer() override;
   static Ref<QZPathIndexer> init();

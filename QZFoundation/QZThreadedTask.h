@@ -29,7 +29,7 @@ inline NSString* const QZThreadedTaskDidBeginNotification =
 inline NSString* const QZThreadedTaskDidCompleteNotification =
     detail::literal<"QZThreadedTaskDidCompleteNotification">();
 
-// Keys of task attributes; the first and the last are for the application's own use.
+/// Keys of task attributes; the first and the last are for the application's own use.
 inline NSString* const QZThreadedTaskNameKey = detail::literal<"taskName">();
 inline NSString* const QZThreadedTaskResultKey = detail::literal<"taskResult">();
 inline NSString* const QZThreadedTaskErrorKey = detail::literal<"taskError">();
@@ -111,6 +111,8 @@ class QZThreadedTask : public Derives<QZThreadedTask, NSObject> {
   /// Writes "MESSAGE (PERCENT)" to the debug log under the key "progress", as `setPercentComplete`.
   Ref<NSString> progressMessage() const;
   virtual void setProgressMessage(NSString* message);
+
+  /// A further line, for details; nil at first, and not logged.
   Ref<NSString> secondaryProgressMessage() const;
   virtual void setSecondaryProgressMessage(NSString* message);
 
@@ -136,10 +138,9 @@ class QZThreadedTask : public Derives<QZThreadedTask, NSObject> {
   bool displayProgress() const noexcept { return displayProgress_; }
   virtual void setDisplayProgress(bool display);
 
-  // Progress from the worker. With `force` (the default of those that have it) the update waits
-  // for its turn and arrives; without, it is dropped when the lock is busy. Takes about as long as
-  // locking and unlocking a mutex.
-
+  /// Progress from the worker. With `force` (the default of those that have it) the update waits
+  /// for its turn and arrives; without, it is dropped when the lock is busy. Takes about as long as
+  /// locking and unlocking a mutex.
   void updateProgressMessage_force(NSString* message, bool force);
   void updateProgressMessage(NSString* message) { updateProgressMessage_force(message, true); }
   void updateSecondaryProgressMessage(NSString* message);
@@ -147,9 +148,8 @@ class QZThreadedTask : public Derives<QZThreadedTask, NSObject> {
   void updateKnowsPercentComplete_force(bool knows, bool force);
   void updateKnowsPercentComplete(bool knows) { updateKnowsPercentComplete_force(knows, true); }
 
-  // Deliveries; scheduled on the main thread by the updates. Without a pending value they do
-  // nothing, so one that came late never undoes a newer value.
-
+  /// Deliveries; scheduled on the main thread by the updates. Without a pending value they do
+  /// nothing, so one that came late never undoes a newer value.
   virtual void updateProgressMessage();
   virtual void updateSecondaryProgressMessage();
   virtual void updatePercentComplete();

@@ -53,6 +53,7 @@ class QZTreeChange : public Derives<QZTreeChange, NSObject> {
  public:
   static void describe(ClassDescription<QZTreeChange>& is);
 
+  /// What a watcher tells; the arguments are what the members answer.
   QZTreeChange(NSString* path, std::uint32_t kinds, bool isFolder, NSString* otherPath);
 
   /// Begins with the path of the watcher.

@@ -56,6 +56,7 @@ class QZVersionNumber : public Derives<QZVersionNumber, NSObject> {
   /// "1.0b3". Empty without digits.
   Ref<NSString> versionString() const;
 
+  /// Digit by digit; missing ones are 0. Raises NSInvalidArgumentException for nil.
   NSComparisonResult compare(QZVersionNumber* other) const;
 
   /// The first digit. Raises NSRangeException when there is none.

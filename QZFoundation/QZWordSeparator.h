@@ -17,6 +17,7 @@ class QZWordSeparator final : public Derives<QZWordSeparator, NSValueTransformer
  public:
   static void describe(ClassDescription<QZWordSeparator>& is);
 
+  /// What transformers of this class can do, by Selector too: NSValueTransformer.h.
   static bool allowsReverseTransformation() { return false; }
   static Class* transformedValueClass() { return classOf<NSString>(); }
 

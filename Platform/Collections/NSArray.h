@@ -43,6 +43,8 @@ using NSSortFunction = NSComparisonResult (*)(NSObject* a, NSObject* b, void* co
 /// NSInvalidArgumentException, and so does a nil function, predicate or test.
 class NSArray : public Derives<NSArray, NSObject> {
  public:
+  /// Walks over `NSObject*`. A step raises NSGenericException when the Array has been changed since
+  /// the walk began.
   using iterator = detail::ArrayIterator;
 
   static void describe(ClassDescription<NSArray>& is);
@@ -152,6 +154,7 @@ class NSArray : public Derives<NSArray, NSObject> {
   /// The elements of `range`. Raises NSRangeException.
   Ref<NSArray> subarrayWithRange(NSRange range) const;
 
+  /// The elements, with more behind them.
   Ref<NSArray> arrayByAddingObject(NSObject* object) const;
   Ref<NSArray> arrayByAddingObjectsFromArray(NSArray* other) const;
 
@@ -207,8 +210,10 @@ class NSArray : public Derives<NSArray, NSObject> {
   void setValue_forKeyPath(NSObject* value, NSString* keyPath) override;
 
  protected:
+  /// For one that is never destroyed, such as the empty Array.
   constexpr explicit NSArray(ImmortalTag tag) noexcept : Derives(tag) {}
 
+  /// An NSSortFunction that calls the `F` at `context`.
   template <class F>
   static NSComparisonResult callComparator(NSObject* a, NSObject* b, void* context) {
     return (*static_cast<F*>(context))(a, b);
@@ -228,10 +233,13 @@ inline detail::ArrayIterator end(const NSArray* array) {
 template <class T>
 class Elements {
  public:
+  /// Walks over `T*`; as that of NSArray.
   using iterator = detail::TypedArrayIterator<T>;
 
+  /// Keeps `array` alive; nil has no elements.
   explicit Elements(const NSArray* array) : array_(array) {}
 
+  /// The first element, and the end.
   iterator begin() const { return iterator(detail::ArrayIterator::first(array_)); }
   iterator end() const { return iterator(detail::ArrayIterator::last(array_)); }
 

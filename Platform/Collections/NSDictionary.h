@@ -42,14 +42,14 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
  public:
   /// A key and an Object, borrowed for the length of a call.
   struct Entry {
-    NSObject* key;
-    NSObject* object;
+    NSObject* key;     ///< Not nil.
+    NSObject* object;  ///< Not nil.
   };
 
   /// What a walk over a Dictionary meets.
   struct Pair {
-    Ref<NSObject> key;
-    Ref<NSObject> value;
+    Ref<NSObject> key;    ///< Not to be changed while it is in the Dictionary.
+    Ref<NSObject> value;  ///< The Object under it.
   };
 
   class Iterator;
@@ -60,6 +60,7 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   NSDictionary() noexcept;
   ~NSDictionary() override;
 
+  /// Empty, and with one entry.
   static Ref<NSDictionary> dictionary();
   static Ref<NSDictionary> dictionaryWithObject_forKey(NSObject* object, NSObject* key);
 
@@ -89,12 +90,13 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   static Ref<NSDictionary> dictionaryWithObjectsAndKeys(const Objects&... objectsAndKeys) {
     return alternating(std::array<NSObject*, sizeof...(Objects)>{objectsAndKeys...});
   }
-
   template <class... Objects>
   static Ref<NSDictionary> initWithObjectsAndKeys(const Objects&... objectsAndKeys) {
     return dictionaryWithObjectsAndKeys(objectsAndKeys...);
   }
 
+  /// The entries in braces, key first: `NSDictionary::of({{"name"_ns, ada}})`. Of equal keys the
+  /// last counts.
   static Ref<NSDictionary> of(std::initializer_list<Entry> entries);
 
   /// The Dictionary in a property-list file, in any format; nil when it cannot be read or holds
@@ -191,13 +193,17 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   std::default_sentinel_t end() const noexcept { return {}; }
 
  protected:
+  /// How the entries are kept.
   using Table = detail::DictionaryTable;
 
+  /// Of a table that was filled by the functions below.
   explicit NSDictionary(Table&& table) noexcept;
 
   /// Whether the primitives are this library's own, so that `table_` says all there is.
   bool usesTable() const noexcept;
 
+  /// What the ways of making a Dictionary come to, mutable or not: `put` copies the key, and in all
+  /// of them the last of equal keys counts.
   static void put(Table& table, NSObject* object, NSObject* key);
   static Table tableOf(NSObject* const* objects, NSObject* const* keys, std::uint32_t count);
   static Table tableOf(NSArray* objects, NSArray* keys);
@@ -209,6 +215,7 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   static Table tableOf(std::initializer_list<Entry> entries);
   static Table tableOfAlternating(NSObject* const* objectsAndKeys, std::size_t count);
 
+  /// The entries; unused by a class that keeps them elsewhere.
   Table table_;
 
  private:
@@ -229,6 +236,7 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
 /// Walks a Dictionary for range-based loops; keeps it alive.
 class NSDictionary::Iterator {
  public:
+  /// What ranges ask of an iterator.
   using iterator_concept = std::input_iterator_tag;
   using value_type = Pair;
   using difference_type = std::ptrdiff_t;

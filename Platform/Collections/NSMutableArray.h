@@ -42,11 +42,16 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   NSMutableArray() noexcept = default;
   ~NSMutableArray() override;
 
+  /// Empty.
   static Ref<NSMutableArray> array();
 
   /// Empty, with room for `capacity` elements; a hint.
   static Ref<NSMutableArray> arrayWithCapacity(std::uint32_t capacity);
+  static Ref<NSMutableArray> initWithCapacity(std::uint32_t capacity) {
+    return arrayWithCapacity(capacity);
+  }
 
+  /// The counterparts of NSArray's, answering an Array of the caller's own.
   static Ref<NSMutableArray> arrayWithObject(NSObject* object);
   static Ref<NSMutableArray> arrayWithObjects(std::initializer_list<NSObject*> objects);
   static Ref<NSMutableArray> arrayWithObjects_count(NSObject* const* objects, std::uint32_t count);
@@ -63,21 +68,22 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   /// A new Array with the elements of `other`.
   static Ref<NSMutableArray> arrayWithArray(NSArray* other);
   static Ref<NSMutableArray> initWithArray(NSArray* other) { return arrayWithArray(other); }
+
+  /// As those of NSArray; nil as they are.
   static Ref<NSMutableArray> arrayWithContentsOfFile(NSString* path);
   static Ref<NSMutableArray> initWithContentsOfFile(NSString* path);
-  static Ref<NSMutableArray> initWithCapacity(std::uint32_t capacity) {
-    return arrayWithCapacity(capacity);
-  }
 
   // The primitives.
 
   std::uint32_t count() const override;
   Ref<NSObject> objectAtIndex(std::uint32_t index) const override;
 
-  /// Puts `object` before the element at `index`; at the end when `index` is the count. Linear in
-  /// the number of elements behind it.
+  /// Puts `object` before the element at `index`, or at the end when `index` is the count; and
+  /// takes the element there out. Linear in the number of elements behind it.
   virtual void insertObject_atIndex(NSObject* object, std::uint32_t index);
   virtual void removeObjectAtIndex(std::uint32_t index);
+
+  /// Puts `object` in the place of the element at `index`.
   virtual void replaceObjectAtIndex_withObject(std::uint32_t index, NSObject* object);
 
   std::optional<std::span<NSObject* const>> contiguous() const override;
@@ -106,6 +112,8 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
 
   /// Removes every element that is equal to one of `others`. Linear in both.
   void removeObjectsInArray(NSArray* others);
+
+  /// Removes the elements of `range`, and all there are.
   void removeObjectsInRange(NSRange range);
   void removeAllObjects();
 
@@ -116,6 +124,7 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
 
   // Replacing.
 
+  /// Each takes the other's place. Raises NSRangeException.
   void exchangeObjectAtIndex_withObjectAtIndex(std::uint32_t first, std::uint32_t second);
 
   /// Makes the elements those of `other`, which may be this Array.
@@ -128,9 +137,8 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   void replaceObjectsInRange_withObjectsFromArray_range(NSRange range, NSArray* other,
                                                         NSRange otherRange);
 
-  // Sorting in place, as NSArray's sorted Arrays. A comparison that changes this Array makes the
-  // sort raise NSGenericException.
-
+  /// Sorting in place, as NSArray's sorted Arrays. A comparison that changes this Array makes the
+  /// sort raise NSGenericException.
   void sortUsingFunction_context(NSSortFunction compare, void* context);
   void sortUsingSelector(Selector selector);
   void sortUsingDescriptors(NSArray* descriptors);
@@ -145,10 +153,9 @@ class NSMutableArray : public Derives<NSMutableArray, NSArray> {
   /// Notes a change, for the walks that are under way.
   void didChange() noexcept { ++changes_; }
 
-  // How the operations on several elements reach an Array that keeps its elements elsewhere: one
-  // primitive after the other, unless it has a better way. `objects` are kept by the caller, the
-  // range and the ascending indices have been checked.
-
+  /// How the operations on several elements reach an Array that keeps its elements elsewhere: one
+  /// primitive after the other, unless it has a better way. `objects` are kept by the caller, the
+  /// range and the ascending indices have been checked.
   virtual void replaceElementsInRange(NSRange range, std::span<NSObject* const> objects);
   virtual void removeElementsAtIndexes(std::span<const std::uint32_t> indexes);
   virtual void replaceElementsAtIndexes(std::span<const std::uint32_t> indexes,

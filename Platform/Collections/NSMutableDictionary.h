@@ -86,6 +86,7 @@ class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
   void setValue_forKey(NSObject* value, NSString* key) override;
 
  protected:
+  /// Of a table that was filled already.
   explicit NSMutableDictionary(Table&& table) noexcept : Derives(std::move(table)) {}
 
  private:

@@ -69,6 +69,7 @@ class NSMutableSet : public Derives<NSMutableSet, NSSet> {
   void setSet(NSSet* other);
 
  protected:
+  /// Of a table that was filled already.
   explicit NSMutableSet(Table&& table) noexcept : Derives(std::move(table)) {}
 
   /// Takes the member equal to `object` out of the table, whatever its count.

@@ -44,6 +44,8 @@ class NSSet : public Derives<NSSet, NSObject> {
   NSSet() noexcept;
   ~NSSet() override;
 
+  /// The members given; of equal ones the first is kept. Nil among them raises
+  /// NSInvalidArgumentException, a nil Array counts as empty.
   static Ref<NSSet> set();
   static Ref<NSSet> setWithObject(NSObject* object);
   static Ref<NSSet> setWithObjects(std::initializer_list<NSObject*> objects);
@@ -142,8 +144,10 @@ class NSSet : public Derives<NSSet, NSObject> {
   std::default_sentinel_t end() const noexcept { return {}; }
 
  protected:
+  /// How the members are kept.
   using Table = detail::SetTable;
 
+  /// Of a table that was filled by the functions below.
   explicit NSSet(Table&& table) noexcept;
 
   /// Whether the primitives are this library's own, so that `table_` says all there is.
@@ -151,6 +155,8 @@ class NSSet : public Derives<NSSet, NSObject> {
 
   /// Adds `object` and answers its place, unless there is an equal member: null then.
   static detail::SetEntry* put(Table& table, NSObject* object);
+
+  /// What the ways of making a Set come to.
   static Table tableOf(NSObject* const* objects, std::size_t count);
   static Table tableOf(const NSArray* array);
   static Table tableOfCopies(const NSSet* other);
@@ -159,6 +165,7 @@ class NSSet : public Derives<NSSet, NSObject> {
   enum class Counts : bool { Ones, Kept };
   static Table tableOf(const NSSet* other, Counts counts = Counts::Ones);
 
+  /// The members; unused by a class that keeps them elsewhere.
   Table table_;
 
  private:
@@ -170,6 +177,7 @@ class NSSet : public Derives<NSSet, NSObject> {
 /// Walks a Set for range-based loops; keeps it alive.
 class NSSet::Iterator {
  public:
+  /// What ranges ask of an iterator.
   using iterator_concept = std::input_iterator_tag;
   using value_type = NSObject*;
   using difference_type = std::ptrdiff_t;
@@ -177,6 +185,7 @@ class NSSet::Iterator {
   /// At the end.
   Iterator() noexcept = default;
 
+  /// The member that the walk has come to; valid until the next step.
   NSObject* operator*() const noexcept QZ_LIFETIME_BOUND { return current_.get(); }
 
   /// Raises NSGenericException when members were added or removed since the walk began.

@@ -22,11 +22,11 @@ class NSSortDescriptor : public Derives<NSSortDescriptor, NSObject> {
   /// Reads the value at `key`, a key path that is copied (nil: the Object itself), and sends it
   /// `selector` with the other's value (the null Selector: `compare:`).
   NSSortDescriptor(NSString* key, bool ascending, Selector selector = Selector());
-
   static Ref<NSSortDescriptor> initWithKey_ascending(NSString* key, bool ascending);
   static Ref<NSSortDescriptor> initWithKey_ascending_selector(NSString* key, bool ascending,
                                                               Selector selector);
 
+  /// As it was made: nil for no key, `compare:` where no Selector was given.
   Ref<NSString> key() const { return key_; }
   bool ascending() const noexcept { return ascending_; }
   Selector selector() const noexcept { return selector_; }

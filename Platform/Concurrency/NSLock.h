@@ -39,6 +39,7 @@ class NSLock : public Derives<NSLock, NSObject> {
   /// Waits until `limit` at most; a nil or past limit does not wait. Whether it was taken.
   bool lockBeforeDate(NSDate* limit);
 
+  /// Gives it up.
   void unlock();
 
   /// For the C++ library.
@@ -64,12 +65,14 @@ class NSRecursiveLock : public Derives<NSRecursiveLock, NSObject> {
   NSRecursiveLock() = default;
   ~NSRecursiveLock() override;
 
+  /// As those of NSLock, except that the thread that has the lock never waits for it.
   void lock();
   bool tryLock();
   bool lockBeforeDate(NSDate* limit);
   void unlock();
   bool try_lock() { return tryLock(); }
 
+  /// A text for people who debug; nil at first.
   Ref<NSString> name() const;
   void setName(NSString* name);
   Ref<NSString> description() const override;
@@ -96,6 +99,7 @@ class NSCondition : public Derives<NSCondition, NSObject> {
   NSCondition() = default;
   ~NSCondition() override;
 
+  /// The lock, as NSLock.
   void lock();
   bool tryLock();
   void unlock();
@@ -111,6 +115,7 @@ class NSCondition : public Derives<NSCondition, NSObject> {
   void signal();
   void broadcast();
 
+  /// A text for people who debug; nil at first.
   Ref<NSString> name() const;
   void setName(NSString* name);
   Ref<NSString> description() const override;
@@ -128,6 +133,7 @@ class NSConditionLock : public Derives<NSConditionLock, NSObject> {
  public:
   static void describe(ClassDescription<NSConditionLock>& is);
 
+  /// Holds `condition` at first, and nobody has it.
   explicit NSConditionLock(std::int64_t condition = 0) : condition_(condition) {}
   ~NSConditionLock() override;
   static Ref<NSConditionLock> initWithCondition(std::int64_t condition);
@@ -150,6 +156,7 @@ class NSConditionLock : public Derives<NSConditionLock, NSObject> {
   void unlockWithCondition(std::int64_t condition);
   bool try_lock() { return tryLock(); }
 
+  /// A text for people who debug; nil at first.
   Ref<NSString> name() const;
   void setName(NSString* name);
   Ref<NSString> description() const override;

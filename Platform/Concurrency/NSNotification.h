@@ -22,7 +22,6 @@ class NSNotification : public Derives<NSNotification, NSObject> {
   /// NSInvalidArgumentException for a nil name.
   NSNotification(NSString* name, NSObject* object, NSDictionary* userInfo = nullptr);
   ~NSNotification() override;
-
   static Ref<NSNotification> notificationWithName_object(NSString* name, NSObject* object);
   static Ref<NSNotification> notificationWithName_object_userInfo(NSString* name, NSObject* object,
                                                                   NSDictionary* userInfo);

@@ -21,6 +21,7 @@ class NSNotificationToken final : public Derives<NSNotificationToken, NSObject> 
  public:
   static void describe(ClassDescription<NSNotificationToken>& is);
 
+  /// Made by the centre, which it keeps alive.
   NSNotificationToken(NSNotificationCenter* center, std::function<void(NSNotification*)> function);
   ~NSNotificationToken() override;
 

@@ -47,7 +47,6 @@ class NSThread : public Derives<NSThread, NSObject> {
   NSThread(NSObject* target, Selector selector, NSObject* argument);
   explicit NSThread(std::function<void()> function);
   ~NSThread() override;
-
   static Ref<NSThread> initWithTarget_selector_object(NSObject* target, Selector selector,
                                                       NSObject* argument);
 
@@ -86,6 +85,7 @@ class NSThread : public Derives<NSThread, NSObject> {
   void cancel() noexcept { cancelled_.store(true); }
   bool isCancelled() const noexcept { return cancelled_.load(); }
 
+  /// Whether it has begun and not ended, and whether it has ended.
   bool isExecuting() const noexcept { return state_.load() == executing; }
   bool isFinished() const noexcept { return state_.load() == finished; }
 

@@ -40,6 +40,7 @@ class NSTimer : public Derives<NSTimer, NSObject> {
  public:
   static void describe(ClassDescription<NSTimer>& is);
 
+  /// What a timer calls in place of an operation; it is handed the timer.
   using Function = std::function<void(NSTimer*)>;
 
   /// First fires at `fireDate` (nil is now), then every `interval` seconds if it repeats; an
@@ -49,7 +50,6 @@ class NSTimer : public Derives<NSTimer, NSObject> {
           NSObject* userInfo, bool repeats);
   NSTimer(NSDate* fireDate, NSTimeInterval interval, bool repeats, Function function);
   ~NSTimer() override;
-
   static Ref<NSTimer> initWithFireDate_interval_target_selector_userInfo_repeats(
       NSDate* fireDate, NSTimeInterval interval, NSObject* target, Selector selector,
       NSObject* userInfo, bool repeats);

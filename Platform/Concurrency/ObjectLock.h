@@ -21,6 +21,7 @@ struct ObjectMutex;
 /// is excluded.
 class [[nodiscard]] ObjectLock {
  public:
+  /// Waits until no other thread has the lock; the end of this Object gives it up.
   explicit ObjectLock(NSObject* object);
   ~ObjectLock();
   ObjectLock(const ObjectLock&) = delete;

@@ -173,10 +173,14 @@ Ref<T> as(Ref<U>&& object) {
 
 /// The class by that name, or nil.
 Class* NSClassFromString(NSString* name);
+
+/// The name of a class; nil for nil.
 Ref<NSString> NSStringFromClass(Class* aClass);
 
 /// The Selector by that name, made when it is new; null for nil.
 Selector NSSelectorFromString(NSString* name);
+
+/// The name of an operation; nil for the null Selector.
 Ref<NSString> NSStringFromSelector(Selector selector);
 
 }  // namespace qz

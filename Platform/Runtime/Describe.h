@@ -195,6 +195,7 @@ constexpr bool sameProperty(const MethodSpec& getter, const MethodSpec& setter) 
 
 }  // namespace detail
 
+/// @cond  The members above are documented in Derives.h.
 template <class T>
 ClassDescription<T>& ClassDescription<T>::named(const char* name) {
   builder_.setName(name);
@@ -269,6 +270,7 @@ ClassDescription<T>& ClassDescription<T>::initialize(void (*function)()) {
   builder_.setInitialize(function);
   return *this;
 }
+/// @endcond
 
 /// Adds operations to a class that exists; the name tells later readers where they came from.
 ///
@@ -279,8 +281,10 @@ ClassDescription<T>& ClassDescription<T>::initialize(void (*function)()) {
 template <class T>
 class Extension {
  public:
+  /// Of class `T`; `category` is a name for people.
   explicit Extension(std::string_view category) : builder_(classOf<T>(), category) {}
 
+  /// As those of ClassDescription.
   template <auto Function>
   Extension& method(const char* name) {
     builder_.addMethod(name, detail::InstanceMethod<T, Function>::spec());

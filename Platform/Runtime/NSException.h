@@ -31,13 +31,13 @@ class NSException : public Derives<NSException, NSObject> {
   /// `reason` and `userInfo` may be nil; a nil name reads as NSGenericException.
   NSException(NSString* name, NSString* reason, NSDictionary* userInfo = nullptr);
   ~NSException() override;
-
   static Ref<NSException> exceptionWithName_reason_userInfo(NSString* name, NSString* reason,
                                                             NSDictionary* userInfo);
 
   /// Makes one and raises it.
   [[noreturn]] static void raise_reason(NSString* name, NSString* reason);
 
+  /// As it was made. The name is never nil, the others may be.
   Ref<NSString> name() const;
   Ref<NSString> reason() const;
   Ref<NSDictionary> userInfo() const;
@@ -60,6 +60,7 @@ class NSException : public Derives<NSException, NSObject> {
 /// What `NSException::raise` throws.
 class Raised : public std::exception {
  public:
+  /// Keeps `exception`; so does each copy.
   explicit Raised(NSException* exception);
   ~Raised() override;
   Raised(const Raised&) noexcept;
@@ -68,6 +69,7 @@ class Raised : public std::exception {
   /// "NSRangeException: reason", UTF-8.
   const char* what() const noexcept override;
 
+  /// The exception, never nil: borrowed from this Object, and with an owner more.
   NSException* operator->() const noexcept { return exception_.get(); }
   Ref<NSException> exception() const noexcept { return exception_; }
 

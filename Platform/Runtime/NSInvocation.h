@@ -26,12 +26,14 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
 
   /// An invocation whose arguments are zero. Raises NSInvalidArgumentException for nil.
   static Ref<NSInvocation> invocationWithMethodSignature(NSMethodSignature* signature);
-
   explicit NSInvocation(NSMethodSignature* signature);
   ~NSInvocation() override;
 
+  /// The signature it was made with.
   Ref<NSMethodSignature> methodSignature() const;
 
+  /// Whom the message goes to, and which one it is: arguments 0 and 1. Nil and the null Selector at
+  /// first.
   Ref<NSObject> target() const;
   void setTarget(NSObject* target);
   Selector selector() const noexcept { return selector_; }

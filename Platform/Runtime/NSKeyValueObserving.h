@@ -103,6 +103,7 @@ T valueAs(NSObject* value) {
 /// it, in one thread. Both arguments must outlive it.
 class KeyValueChange {
  public:
+  /// The value under `key` becomes another one.
   KeyValueChange(NSObject* object, NSString* key) {
     if (detail::isObserved(object)) [[unlikely]]
       frame_ = begin(object, key, NSKeyValueChangeSetting, nullptr);
@@ -134,13 +135,13 @@ class KeyValueChange {
 
 /// A change as a function is told of it; what it points to is valid during the call.
 struct ObservedChange {
-  NSObject* object;  ///< On which the key path was observed.
-  NSString* keyPath;
-  NSKeyValueChange kind;
-  NSObject* oldValue;  ///< When asked for; nil for nil.
-  NSObject* newValue;
-  NSIndexSet* indexes;  ///< Nil unless the change is an indexed one.
-  bool isPrior;         ///< The change is about to be made.
+  NSObject* object;       ///< On which the key path was observed.
+  NSString* keyPath;      ///< As it was registered.
+  NSKeyValueChange kind;  ///< Set anew, or elements inserted, removed or replaced.
+  NSObject* oldValue;     ///< When asked for; nil for nil.
+  NSObject* newValue;     ///< When asked for; nil for nil, and before the change.
+  NSIndexSet* indexes;    ///< Nil unless the change is an indexed one.
+  bool isPrior;           ///< The change is about to be made.
 
   /// Scalars by `intValue`, `doubleValue`, …; nil as zero, and an Object of another class as nil.
   template <class T>
@@ -153,12 +154,14 @@ struct ObservedChange {
   }
 };
 
+/// A function that is told of changes, in the thread that makes them.
 using KeyValueObserver = std::function<void(const ObservedChange& change)>;
 
 /// Keeps a function registered, as long as it lives. Move only; keeps no other Object alive.
 class [[nodiscard]] KeyValueObservation {
  public:
   KeyValueObservation() noexcept = default;
+  /// For `observe`, which makes the registration.
   explicit KeyValueObservation(Ref<NSObject> observation) noexcept
       : observation_(std::move(observation)) {}
   KeyValueObservation(KeyValueObservation&& other) noexcept = default;

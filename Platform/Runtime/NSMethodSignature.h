@@ -26,6 +26,7 @@ class NSMethodSignature : public Derives<NSMethodSignature, NSObject> {
     return ofFunction(static_cast<F*>(nullptr));
   }
 
+  /// Of the run-time's records of types, those of the call's arguments only.
   NSMethodSignature(const detail::ValueType* answer,
                     std::vector<const detail::ValueType*> arguments);
 
@@ -41,6 +42,7 @@ class NSMethodSignature : public Derives<NSMethodSignature, NSObject> {
   std::size_t hash() const override;
   Ref<NSString> description() const override;
 
+  /// The run-time's records of the types, without the hidden arguments.
   const detail::ValueType* answerType() const noexcept { return answer_; }
   const std::vector<const detail::ValueType*>& argumentTypes() const noexcept { return arguments_; }
 

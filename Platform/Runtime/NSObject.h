@@ -1,5 +1,8 @@
 /// @file
 /// The root of every Object.
+
+/// @namespace qz
+/// All of both libraries. What is in `qz::detail` may change without notice.
 #pragma once
 
 #include <atomic>
@@ -152,7 +155,8 @@ class NSObject {
                                                                       Selector selector,
                                                                       NSObject* object);
 
-  // Key-value access; see KeyValueCoding.h for the order in which a key is resolved.
+  // Key-value access. A key names the operation without arguments that reads it, and "set" and the
+  // key the one that writes it; properties and fields are entered as such operations.
 
   /// The value under `key`: scalars boxed as the Number kind they have. Raises
   /// NSUndefinedKeyException for a key this Object does not have.
@@ -181,8 +185,11 @@ class NSObject {
   virtual void setNilValueForKey(NSString* key);
 
   /// The Array under `key` as one that can be changed: a live view that reads what is there now,
-  /// and that announces each change to those who observe the key. See KeyValueArray.cpp for the
-  /// operations through which it changes the property. It keeps this Object alive.
+  /// and that announces each change to those who observe the key. It keeps this Object alive. For
+  /// a key "parts" it changes the property by `insertObject:inPartsAtIndex:` and
+  /// `removeObjectFromPartsAtIndex:` (and `replaceObjectInPartsAtIndex:withObject:`) if the Object
+  /// has them; else in the MutableArray that stands there, unless there is `setParts:`; else by
+  /// `setValue:forKey:` with a changed copy.
   Ref<NSMutableArray> mutableArrayValueForKey(NSString* key);
   Ref<NSMutableArray> mutableArrayValueForKeyPath(NSString* keyPath);
 
@@ -223,6 +230,8 @@ class NSObject {
   /// How many owners there are now; for diagnosis only. Immortal Objects answer 0x7FFFFFFF.
   std::uint32_t retainCount() const noexcept;
 
+  /// Objects come from a pool with lists for each thread, those with a greater alignment from the
+  /// global heap.
   static void* operator new(std::size_t size) { return detail::poolAllocate(size); }
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void* operator new(std::size_t size, std::align_val_t alignment) {
@@ -236,6 +245,7 @@ class NSObject {
   }
 
  protected:
+  /// Chooses the constructor below.
   struct ImmortalTag {};
 
   /// An Object that is never destroyed and never counted, such as a literal.
@@ -333,8 +343,11 @@ std::ostream& operator<<(std::ostream& out, const Ref<T>& object) {
 
 }  // namespace qz
 
+/// Refs as keys of the C++ library's containers. It is the hash of the value, `==` asks for the
+/// same Object: a container of values compares with `qz::equal`.
 template <class T>
 struct std::hash<qz::Ref<T>> {
+  /// 0 for nil.
   std::size_t operator()(const qz::Ref<T>& object) const { return object ? object->hash() : 0; }
 };
 

@@ -46,8 +46,10 @@ inline constexpr AdoptTag adopt{};
 template <class T>
 class Ref {
  public:
+  /// The class of the Object.
   using Element = T;
 
+  /// Null: no Object.
   constexpr Ref() noexcept = default;
   constexpr Ref(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor)
 
@@ -59,21 +61,21 @@ class Ref {
   /// Takes over the count that the caller owns.
   Ref(T* object, AdoptTag) noexcept : object_(object) {}
 
+  /// One owner more, or the other's place as an owner; also from a Ref to a derived class.
   Ref(const Ref& other) noexcept : object_(other.object_) { retain(object_); }
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-
   template <class U>
   requires std::is_convertible_v<U*, T*> Ref(const Ref<U>& other)
   noexcept : object_(other.get()) {  // NOLINT
     retain(object_);
   }
-
   template <class U>
   requires std::is_convertible_v<U*, T*> Ref(Ref<U>&& other)
   noexcept : object_(other.leak()) {}  // NOLINT
 
   ~Ref() { release(object_); }
 
+  /// Lets go of the Object it had after it has taken the other one.
   Ref& operator=(const Ref& other) noexcept {
     Ref(other).swap(*this);
     return *this;
@@ -83,12 +85,14 @@ class Ref {
     return *this;
   }
 
+  /// Exchanges the Objects; counts stay as they are.
   void swap(Ref& other) noexcept { std::swap(object_, other.object_); }
 
   /// The Object, borrowed: valid while some `Ref` to it lives.
   T* get() const noexcept QZ_LIFETIME_BOUND { return object_; }
   operator T*() const noexcept QZ_LIFETIME_BOUND { return object_; }  // NOLINT
 
+  /// The Object's members. Debug builds stop at nil.
   T* operator->() const noexcept QZ_LIFETIME_BOUND {
     assert(object_ != nullptr && "a member of nil was called");
     return object_;
@@ -101,6 +105,7 @@ class Ref {
   /// `answer()` itself, which the loop keeps.
   T& operator*() const&& = delete;
 
+  /// Not nil.
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
   /// Gives the count up to the caller, who must hand it to `Ref(object, adopt)` or `release`.
@@ -110,6 +115,7 @@ class Ref {
   T* object_ = nullptr;
 };
 
+/// Whether both are the same Object, or both nil; `isEqual` compares values.
 template <class T, class U>
 bool operator==(const Ref<T>& a, const Ref<U>& b) noexcept {
   return a.get() == b.get();

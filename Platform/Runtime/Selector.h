@@ -53,6 +53,8 @@ class Selector {
  public:
   /// The null Selector: no operation. Sending it raises as an unknown Selector does.
   constexpr Selector() noexcept = default;
+
+  /// For the run-time, which has one record for each name.
   constexpr explicit Selector(const detail::SelectorRecord* record) noexcept : record_(record) {}
 
   /// The Selector of that name, made on first use.
@@ -64,15 +66,18 @@ class Selector {
   /// How many arguments the name calls for: its colons.
   std::uint32_t numberOfArguments() const noexcept { return record_ ? record_->arguments : 0; }
 
+  /// Not the null Selector.
   explicit operator bool() const noexcept { return record_ != nullptr; }
   friend bool operator==(Selector, Selector) noexcept = default;
 
+  /// The run-time's record of the name, one for each; null for the null Selector.
   const detail::SelectorRecord* record() const noexcept { return record_; }
 
  private:
   const detail::SelectorRecord* record_ = nullptr;
 };
 
+/// `"name"_sel`, a Selector, and `"text"_ns`, a String.
 inline namespace literals {
 /// The Selector of a name written in the source; after the first use it costs one load.
 template <detail::FixedText Name>
@@ -89,8 +94,10 @@ Selector operator""_sel() {
 
 }  // namespace qz
 
+/// Selectors as keys of the C++ library's containers.
 template <>
 struct std::hash<qz::Selector> {
+  /// Differs from one run to the next.
   std::size_t operator()(qz::Selector s) const noexcept {
     return std::hash<const void*>()(s.record());
   }

@@ -23,6 +23,7 @@ namespace qz {
 class Reply {
  public:
   Reply() noexcept = default;
+  /// Takes over the word, and with it the Object that it may be.
   Reply(detail::Word word, const detail::ValueType* type) noexcept : word_(word), type_(type) {}
   Reply(Reply&& other) noexcept
       : word_(std::exchange(other.word_, 0)), type_(std::exchange(other.type_, nullptr)) {}
@@ -44,6 +45,7 @@ class Reply {
   /// Not nil and not zero.
   explicit operator bool() const noexcept { return word_ != 0; }
 
+  /// Whether the operation answers Objects.
   bool isObject() const noexcept;
 
   /// The Object answered. Raises NSInvalidArgumentException when the operation answers a scalar;
@@ -184,12 +186,14 @@ inline Reply NSObject::performSelector_withObject_withObject(Selector selector, 
 class Implementation {
  public:
   Implementation() noexcept = default;
+  /// Made by `methodForSelector`.
   Implementation(const detail::DispatchEntry& entry, Selector selector) noexcept
       : entry_(entry), selector_(selector) {}
 
   /// Whether there is such an operation.
   explicit operator bool() const noexcept { return entry_.method != nullptr; }
 
+  /// The operation that was asked for.
   Selector selector() const noexcept { return selector_; }
 
   /// Calls it; the rules of `send` hold.

@@ -36,6 +36,7 @@ NSObject* loadBox(WeakBox* box) noexcept;
 template <class T>
 class WeakRef {
  public:
+  /// Nil, or weakly what the argument refers to.
   constexpr WeakRef() noexcept = default;
   constexpr WeakRef(std::nullptr_t) noexcept {}                             // NOLINT
   WeakRef(T* object) : box_(detail::weakBoxOf(object)), object_(object) {}  // NOLINT
@@ -47,6 +48,7 @@ class WeakRef {
       : box_(std::exchange(other.box_, nullptr)), object_(std::exchange(other.object_, nullptr)) {}
   ~WeakRef() { detail::releaseBox(box_); }
 
+  /// Refers to what `other` does from now on.
   WeakRef& operator=(WeakRef other) noexcept {
     std::swap(box_, other.box_);
     std::swap(object_, other.object_);

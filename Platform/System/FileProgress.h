@@ -27,8 +27,10 @@ namespace qz {
 /// Of several the one made last counts; they must go in the reverse order.
 class FileProgress {
  public:
+  /// Told how many bytes more are done; answers whether to go on.
   using Function = std::function<bool(std::uint64_t bytes)>;
 
+  /// Begins to listen on this thread; the end of this Object ends that.
   explicit FileProgress(Function function);
   ~FileProgress();
   FileProgress(const FileProgress&) = delete;

@@ -47,8 +47,7 @@ inline NSString* const NSFileSystemFileNumber = detail::literal<"NSFileSystemFil
 /// Of a device alone: which one it stands for, a Number.
 inline NSString* const NSFileDeviceIdentifier = detail::literal<"NSFileDeviceIdentifier">();
 
-// Kinds of files, under NSFileType; each one's value is its name.
-
+/// Kinds of files, under NSFileType; each one's value is its name.
 inline NSString* const NSFileTypeRegular = detail::literal<"NSFileTypeRegular">();
 inline NSString* const NSFileTypeDirectory = detail::literal<"NSFileTypeDirectory">();
 inline NSString* const NSFileTypeSymbolicLink = detail::literal<"NSFileTypeSymbolicLink">();
@@ -58,9 +57,8 @@ inline NSString* const NSFileTypeSocket = detail::literal<"NSFileTypeSocket">();
 inline NSString* const NSFileTypePipe = detail::literal<"NSFileTypePipe">();
 inline NSString* const NSFileTypeUnknown = detail::literal<"NSFileTypeUnknown">();
 
-// Reading an attribute Dictionary; each answers by Selector too. 0 or nil for what is not there, is
-// of another class, and for nil.
-
+/// Reading an attribute Dictionary; each answers by Selector too. 0 or nil for what is not there,
+/// is of another class, and for nil.
 std::uint64_t fileSize(NSDictionary* self);
 Ref<NSString> fileType(NSDictionary* self);
 Ref<NSDate> fileCreationDate(NSDictionary* self);

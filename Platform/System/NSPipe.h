@@ -24,6 +24,7 @@ class NSPipe : public Derives<NSPipe, NSObject> {
   NSPipe();
   static Ref<NSPipe> pipe();
 
+  /// What is written to the second comes out of the first. Never nil.
   Ref<NSFileHandle> fileHandleForReading() const { return reading_; }
   Ref<NSFileHandle> fileHandleForWriting() const { return writing_; }
 

@@ -19,6 +19,7 @@ class NSProcessInfo final : public Derives<NSProcessInfo, NSObject> {
  public:
   static void describe(ClassDescription<NSProcessInfo>& is);
 
+  /// Always the same Object.
   static Ref<NSProcessInfo> processInfo();
 
   /// The words of the command line, the program's own name first. Bytes that are not UTF-8 are kept
@@ -33,6 +34,7 @@ class NSProcessInfo final : public Derives<NSProcessInfo, NSObject> {
   Ref<NSString> processName() const;
   void setProcessName(NSString* name);
 
+  /// As getpid(2) tells it: another one in a child after fork(2).
   std::int32_t processIdentifier() const noexcept;
 
   /// "localhost" when the machine has none.

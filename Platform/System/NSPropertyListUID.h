@@ -17,10 +17,11 @@ class NSPropertyListUID final : public Derives<NSPropertyListUID, NSObject> {
  public:
   static void describe(ClassDescription<NSPropertyListUID>& is);
 
+  /// Of a number.
   explicit NSPropertyListUID(std::uint64_t value) noexcept : value_(value) {}
-
   static Ref<NSPropertyListUID> UIDWithUnsignedLongLong(std::uint64_t value);
 
+  /// The number.
   std::uint64_t unsignedLongLongValue() const noexcept { return value_; }
 
   /// Of the same number. Never equal to a Number.

@@ -85,7 +85,7 @@ class NSUserDefaults final : public Derives<NSUserDefaults, NSObject> {
 
   // Changing the application's domain -------------------------------------------------------------
 
-  /// Nil removes the value.
+  /// Sets the value, a Number in the middle four; nil removes it.
   void setObject_forKey(NSObject* value, NSString* key);
   void setInteger_forKey(std::int64_t value, NSString* key);
   void setFloat_forKey(float value, NSString* key);

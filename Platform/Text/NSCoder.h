@@ -41,11 +41,11 @@ class NSCoder : public Derives<NSCoder, NSObject> {
   /// Nil stores nothing, in the place of what the key had.
   virtual void encodeObject_forKey(NSObject* object, NSString* key);
 
-  /// Nil when there is nothing under the key.
+  /// What stands under the key, nil when there is nothing; and whether there is something.
   virtual Ref<NSObject> decodeObjectForKey(NSString* key);
   virtual bool containsValueForKey(NSString* key);
 
-  // Scalars are Numbers. A missing one, or something else, is 0.
+  /// Scalars are Numbers. A missing one, or something else, is 0.
   void encodeBool_forKey(bool value, NSString* key);
   void encodeInt_forKey(std::int32_t value, NSString* key);
   void encodeInt64_forKey(std::int64_t value, NSString* key);

@@ -115,6 +115,7 @@ class NSDateFormatter : public Derives<NSDateFormatter, NSFormatter> {
 
   // Settings, each of them a key too --------------------------------------------------------------
 
+  /// `Default` unless set or made with a format.
   NSDateFormatterBehavior formatterBehavior() const noexcept { return behavior_; }
   void setFormatterBehavior(NSDateFormatterBehavior behavior);
 
@@ -126,6 +127,8 @@ class NSDateFormatter : public Derives<NSDateFormatter, NSFormatter> {
   /// Sets the pattern of `dateFormatFromTemplate:options:locale:` for this formatter's locale.
   void setLocalizedDateFormatFromTemplate(NSString* fields);
 
+  /// How much of the date and of the time is shown while no format is set; `None`, as at first,
+  /// leaves that part out.
   NSDateFormatterStyle dateStyle() const noexcept { return dateStyle_; }
   void setDateStyle(NSDateFormatterStyle style);
   NSDateFormatterStyle timeStyle() const noexcept { return timeStyle_; }
@@ -139,6 +142,7 @@ class NSDateFormatter : public Derives<NSDateFormatter, NSFormatter> {
   Ref<NSTimeZone> timeZone() const;
   void setTimeZone(NSTimeZone* zone);
 
+  /// Whether text that is not in the format is read as natural language. False unless set.
   bool allowsNaturalLanguage() const noexcept { return allowsNaturalLanguage_; }
   void setAllowsNaturalLanguage(bool allows) noexcept { allowsNaturalLanguage_ = allows; }
 
@@ -154,8 +158,7 @@ class NSDateFormatter : public Derives<NSDateFormatter, NSFormatter> {
   Ref<NSDate> twoDigitStartDate() const { return twoDigitStartDate_; }
   void setTwoDigitStartDate(NSDate* date);
 
-  // The locale's names, January and Sunday first.
-
+  /// The locale's names, January and Sunday first.
   Ref<NSArray> monthSymbols() const;
   Ref<NSArray> shortMonthSymbols() const;
   Ref<NSArray> weekdaySymbols() const;

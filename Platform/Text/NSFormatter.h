@@ -23,6 +23,7 @@ class NSFormatter : public Derives<NSFormatter, NSObject> {
  public:
   static void describe(ClassDescription<NSFormatter>& is);
 
+  /// One that can do nothing, for classes below to have one as well.
   static Ref<NSFormatter> init();
 
   /// The text for `object`; nil for an Object of another kind, and for nil. Raises

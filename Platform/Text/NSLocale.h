@@ -42,16 +42,14 @@ class NSLocale final : public Derives<NSLocale, NSObject> {
   /// All identifiers that there is data for.
   static Ref<NSArray> availableLocaleIdentifiers();
 
-  // Its parts: "" for one that the identifier does not have.
-
+  /// Its parts: "" for one that the identifier does not have.
   Ref<NSString> localeIdentifier() const { return identifier_; }
   Ref<NSString> languageCode() const;
   Ref<NSString> scriptCode() const;
   Ref<NSString> countryCode() const;
   Ref<NSString> variantCode() const;
 
-  // How numbers are written.
-
+  /// How numbers are written.
   Ref<NSString> decimalSeparator() const;
   Ref<NSString> groupingSeparator() const;
   Ref<NSString> currencySymbol() const;

@@ -92,6 +92,7 @@ class NSNumberFormatter : public Derives<NSNumberFormatter, NSFormatter> {
 
   // Pattern, style, locale; each setting is a key too ---------------------------------------------
 
+  /// The locale's way of writing that counts while no format is set.
   NSNumberFormatterStyle numberStyle() const;
   void setNumberStyle(NSNumberFormatterStyle style);
 
@@ -115,8 +116,8 @@ class NSNumberFormatter : public Derives<NSNumberFormatter, NSFormatter> {
   void setLocale(NSLocale* locale);
 
   // Digits ----------------------------------------------------------------------------------------
-  // What was not set reads as the pattern or style has it.
 
+  /// What was not set reads as the pattern or style has it.
   std::uint32_t minimumIntegerDigits() const;
   void setMinimumIntegerDigits(std::uint32_t digits);
   std::uint32_t maximumIntegerDigits() const;
@@ -156,8 +157,10 @@ class NSNumberFormatter : public Derives<NSNumberFormatter, NSFormatter> {
   Ref<NSString> paddingCharacter() const;
   void setPaddingCharacter(NSString* character);
 
-  // Texts: nil takes back what was set ------------------------------------------------------------
+  // Texts -----------------------------------------------------------------------------------------
 
+  /// What was not set reads as the locale or the pattern has it; nil takes back what was set. The
+  /// currency's code (ISO 4217: "EUR") sets its symbol and number of decimals.
   Ref<NSString> decimalSeparator() const;
   void setDecimalSeparator(NSString* separator);
   Ref<NSString> groupingSeparator() const;
@@ -168,7 +171,7 @@ class NSNumberFormatter : public Derives<NSNumberFormatter, NSFormatter> {
   void setPercentSymbol(NSString* symbol);
   Ref<NSString> currencySymbol() const;
   void setCurrencySymbol(NSString* symbol);
-  Ref<NSString> currencyCode() const;  ///< ISO 4217; sets symbol and number of decimals.
+  Ref<NSString> currencyCode() const;
   void setCurrencyCode(NSString* code);
   Ref<NSString> positivePrefix() const;
   void setPositivePrefix(NSString* text);

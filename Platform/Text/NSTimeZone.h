@@ -80,6 +80,7 @@ class NSTimeZone final : public Derives<NSTimeZone, NSObject> {
 
   // Reading ---------------------------------------------------------------------------------------
 
+  /// Its name in the tz database, or "GMT+05:30" for a fixed one, however it was asked for.
   Ref<NSString> name() const { return name_; }
 
   /// What is added to UTC, in seconds, and how much of that is for daylight saving.
@@ -119,6 +120,7 @@ class NSTimeZone final : public Derives<NSTimeZone, NSObject> {
   std::int32_t offsetAt(NSTimeInterval seconds) const noexcept;
   NSTimeInterval timeOfLocal(NSTimeInterval local) const noexcept;
 
+  /// For the library: offsets and their changes.
   const detail::ZoneRules& rules() const noexcept QZ_LIFETIME_BOUND { return *rules_; }
 
  private:

@@ -62,7 +62,7 @@ class NSValueTransformer : public Derives<NSValueTransformer, NSObject> {
   virtual Ref<NSObject> reverseTransformedValue(NSObject* value) const;
 };
 
-// Registered from the start: the opposite truth value (both ways), and whether a value is nil.
+/// Registered from the start: the opposite truth value (both ways), and whether a value is nil.
 inline NSString* const NSNegateBooleanTransformerName = detail::literal<"NSNegateBoolean">();
 inline NSString* const NSIsNilTransformerName = detail::literal<"NSIsNil">();
 inline NSString* const NSIsNotNilTransformerName = detail::literal<"NSIsNotNil">();

@@ -1,5 +1,5 @@
 /// @file
-/// Paths for the C++ library. By itself, because <filesystem> takes a quarter of the time that
+/// Paths for the C++ library. By itself, because `<filesystem>` takes a quarter of the time that
 /// everything else takes to compile.
 #pragma once
 

@@ -71,24 +71,27 @@ class NSAttributedString : public Derives<NSAttributedString, NSObject> {
  protected:
   /// Neighbouring units with equal attributes; the run before says where it begins.
   struct Run {
-    std::uint64_t end;
-    Ref<NSDictionary> attributes;
+    std::uint64_t end;             ///< Behind its last unit.
+    Ref<NSDictionary> attributes;  ///< Never nil.
   };
+  /// In the order of the text: neighbours differ, and none is empty.
   using Runs = std::vector<Run>;
 
+  /// Of a text and its runs, which end where the text does.
   NSAttributedString(NSString* text, Runs runs);
 
   /// The runs of `range`, cut to it, with ends counted from its start.
   Runs runsOf(NSRange range) const;
 
-  /// The run that holds the unit at `index`, which is below the length.
+  /// The run that holds the unit at `index`, which is below the length; and the units of a run.
   std::size_t runAt(std::uint32_t index) const;
   NSRange rangeOfRun(std::size_t run) const;
 
   friend class NSMutableAttributedString;
 
+  /// The text and its runs.
   Ref<NSString> text_;
-  Runs runs_;  // neighbours differ, none is empty
+  Runs runs_;
 };
 
 }  // namespace qz

@@ -27,7 +27,7 @@ class NSCharacterSet : public Derives<NSCharacterSet, NSObject> {
  public:
   static void describe(ClassDescription<NSCharacterSet>& is);
 
-  /// The empty set.
+  /// The empty set, and one of the members given.
   NSCharacterSet() noexcept = default;
   explicit NSCharacterSet(detail::CodePointSet members) noexcept : members_(std::move(members)) {}
 
@@ -80,6 +80,7 @@ class NSCharacterSet : public Derives<NSCharacterSet, NSObject> {
   /// Whether all members of `other` are in this set. Raises NSInvalidArgumentException for nil.
   bool isSupersetOfSet(NSCharacterSet* other) const;
 
+  /// For parsers: the members, valid while the set lives and is not changed.
   const detail::CodePointSet& members() const noexcept QZ_LIFETIME_BOUND { return members_; }
 
   /// The same members, mutable or not.
@@ -91,6 +92,7 @@ class NSCharacterSet : public Derives<NSCharacterSet, NSObject> {
   Ref<NSObject> mutableCopy() const override;
 
  protected:
+  /// What a mutable set changes.
   detail::CodePointSet members_;
 };
 
@@ -106,6 +108,7 @@ class NSMutableCharacterSet final : public Derives<NSMutableCharacterSet, NSChar
   /// An empty set.
   static Ref<NSMutableCharacterSet> characterSet();
 
+  /// Puts code points in, and takes them out; surrogate pairs count as the one they stand for.
   void addCharactersInRange(NSRange range);
   void addCharactersInString(NSString* characters);
   void removeCharactersInRange(NSRange range);

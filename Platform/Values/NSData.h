@@ -39,6 +39,7 @@ enum NSDataWritingOptions : std::uint32_t {
   NSDataWritingWithoutOverwriting = 1u << 1,
 };
 
+/// Where a search looks.
 enum NSDataSearchOptions : std::uint32_t {
   NSDataSearchBackwards = 1u << 0,  ///< from the end
   NSDataSearchAnchored = 1u << 1,   ///< only at the start; with Backwards only at the end
@@ -85,7 +86,6 @@ class NSData : public Derives<NSData, NSObject> {
 
   /// Over a buffer from `malloc`, which the Data takes without a copy and frees.
   static Ref<NSData> dataWithBytesNoCopy_length(void* bytes, std::uint32_t length);
-
   static Ref<NSData> initWithBytesNoCopy_length(void* bytes, std::uint32_t length);
 
   /// `other` itself unless it is mutable. Raises NSInvalidArgumentException for nil.
@@ -135,6 +135,7 @@ class NSData : public Derives<NSData, NSObject> {
 
   // Reading ---------------------------------------------------------------------------------------
 
+  /// The number of bytes.
   std::uint32_t length() const noexcept { return length_; }
 
   /// The bytes, side by side; null is possible when there are none. Valid while the Data lives and,
@@ -185,8 +186,10 @@ class NSData : public Derives<NSData, NSObject> {
   Ref<NSObject> mutableCopy() const override;
 
  protected:
+  /// Over bytes that the class below keeps.
   NSData(const std::byte* bytes, std::uint32_t length) noexcept : length_(length), bytes_(bytes) {}
 
+  /// The bytes, for the class below to keep in step with what it has.
   std::uint32_t length_ = 0;
   const std::byte* bytes_ = nullptr;
 };

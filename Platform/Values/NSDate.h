@@ -31,17 +31,20 @@ class NSDate final : public Derives<NSDate, NSObject> {
 
   /// Now.
   NSDate();
+
+  /// A point in time of the system's clock.
   explicit NSDate(NSTimeInterval secondsSince1970) noexcept : seconds_(secondsSince1970) {}
 
   // Making ----------------------------------------------------------------------------------------
 
   /// Now.
   static Ref<NSDate> date();
+
+  /// So many seconds after 1970, after now, or after `date`: before it when negative. Raises for a
+  /// nil `date`.
   static Ref<NSDate> dateWithTimeIntervalSince1970(NSTimeInterval seconds);
   static Ref<NSDate> dateWithTimeIntervalSinceNow(NSTimeInterval seconds);
-  /// Raises for a nil `date`.
   static Ref<NSDate> dateWithTimeInterval_sinceDate(NSTimeInterval seconds, NSDate* date);
-
   static Ref<NSDate> initWithTimeIntervalSince1970(NSTimeInterval seconds);
   static Ref<NSDate> initWithTimeIntervalSinceNow(NSTimeInterval seconds);
   static Ref<NSDate> initWithTimeInterval_sinceDate(NSTimeInterval seconds, NSDate* date);
@@ -61,6 +64,7 @@ class NSDate final : public Derives<NSDate, NSObject> {
 
   // Reading ---------------------------------------------------------------------------------------
 
+  /// The number itself, which may be infinite or "not a number".
   NSTimeInterval timeIntervalSince1970() const noexcept { return seconds_; }
 
   /// How long after now, or after `date`, this is; negative when it is before. Raises for nil.

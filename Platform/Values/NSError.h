@@ -38,6 +38,7 @@ class NSError : public Derives<NSError, NSObject> {
       : NSError(domain, code, static_cast<NSString*>(nullptr)) {}
   ~NSError() override;
 
+  /// New ones, as the constructors make them.
   static Ref<NSError> errorWithDomain_code_userInfo(NSString* domain, std::int32_t code,
                                                     NSDictionary* userInfo);
   static Ref<NSError> initWithDomain_code_userInfo(NSString* domain, std::int32_t code,
@@ -45,7 +46,7 @@ class NSError : public Derives<NSError, NSObject> {
   static Ref<NSError> errorWithDomain_code_description(NSString* domain, std::int32_t code,
                                                        NSString* description);
 
-  /// Nil when it was made without one.
+  /// The domain, nil when it was made without one; and the code, which means something there only.
   Ref<NSString> domain() const { return domain_; }
   std::int32_t code() const noexcept { return code_; }
 

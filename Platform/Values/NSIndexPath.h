@@ -52,6 +52,7 @@ class NSIndexPath final : public Derives<NSIndexPath, NSObject> {
     return path;
   }
 
+  /// How many indices, at most `maxLength`.
   std::uint32_t length() const noexcept { return length_; }
 
   /// The index at a level, counted from 0; NSNotFound beyond the last, as for a search.
@@ -59,6 +60,8 @@ class NSIndexPath final : public Derives<NSIndexPath, NSObject> {
 
   /// Copies all indices to a buffer with room for them.
   void getIndexes(std::uint32_t* buffer) const noexcept;
+
+  /// The indices, valid while this path lives.
   std::span<const std::uint32_t> indexes() const noexcept QZ_LIFETIME_BOUND {
     return {reinterpret_cast<const std::uint32_t*>(this + 1), length_};
   }

@@ -29,6 +29,7 @@ class NSIndexSet final : public Derives<NSIndexSet, NSObject> {
   NSIndexSet() noexcept = default;
   static Ref<NSIndexSet> indexSet();
 
+  /// Of one index, and of those of a range.
   static Ref<NSIndexSet> indexSetWithIndex(std::uint32_t index);
   static Ref<NSIndexSet> indexSetWithIndexesInRange(NSRange range);
 
@@ -56,6 +57,7 @@ class NSIndexSet final : public Derives<NSIndexSet, NSObject> {
   /// The members as the fewest ranges, ascending; valid as long as this set.
   std::span<const NSRange> ranges() const noexcept QZ_LIFETIME_BOUND { return ranges_; }
 
+  /// The same members. False for nil.
   bool isEqualToIndexSet(NSIndexSet* other) const;
   bool isEqual(NSObject* other) const override;
   std::size_t hash() const override;

@@ -24,7 +24,7 @@ class NSMutableAttributedString final
   /// An empty one.
   NSMutableAttributedString();
 
-  // The counterparts of NSAttributedString's.
+  /// The counterparts of NSAttributedString's.
   static Ref<NSMutableAttributedString> initWithString(NSString* string);
   static Ref<NSMutableAttributedString> initWithString_attributes(NSString* string,
                                                                   NSDictionary* attributes);
@@ -51,11 +51,14 @@ class NSMutableAttributedString final
   /// The same with the attributes that `string` brings.
   void replaceCharactersInRange_withAttributedString(NSRange range, NSAttributedString* string);
 
+  /// Takes text out, and puts text with its attributes at the end.
   void deleteCharactersInRange(NSRange range);
   void appendAttributedString(NSAttributedString* string);
 
   /// Raises NSRangeException for an index above the length.
   void insertAttributedString_atIndex(NSAttributedString* string, std::uint32_t index);
+
+  /// Becomes the text and the attributes of `string`.
   void setAttributedString(NSAttributedString* string);
 
   Ref<NSObject> copy() const override;

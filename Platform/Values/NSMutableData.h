@@ -23,7 +23,7 @@ class NSMutableData final : public Derives<NSMutableData, NSData> {
   NSMutableData() noexcept = default;
   ~NSMutableData() override;
 
-  // The counterparts of NSData's, answering a Data of the caller's own.
+  /// The counterparts of NSData's, answering a Data of the caller's own.
   static Ref<NSMutableData> data();
   static Ref<NSMutableData> dataWithBytes_length(const void* bytes, std::uint32_t length);
   static Ref<NSMutableData> dataWithBytes(std::span<const std::byte> bytes);

@@ -28,7 +28,7 @@ class NSMutableString final : public Derives<NSMutableString, NSString> {
   NSMutableString() noexcept = default;
   ~NSMutableString() override;
 
-  // The counterparts of NSString's, answering a String of the caller's own.
+  /// The counterparts of NSString's, answering a String of the caller's own.
   static Ref<NSMutableString> string();
   static Ref<NSMutableString> stringWithUTF8String(std::string_view bytes);
   static Ref<NSMutableString> stringWithCharacters(std::u16string_view units);

@@ -100,12 +100,15 @@ class NSNumber final : public Derives<NSNumber, NSObject> {
   requires std::is_arithmetic_v<T>
   static Ref<NSNumber> of(T value);
 
+  /// The kind that it was made as.
   NumberKind kind() const noexcept { return kind_; }
 
   /// Not zero; true for NaN.
   bool boolValue() const noexcept {
     return isFloatingKind(kind_) ? doubleBits() != 0.0 : bits_ != 0;
   }
+
+  /// The value as another type, as a C++ conversion or the nearest there is: see above.
   std::int8_t charValue() const noexcept { return integer<std::int8_t>(); }
   std::uint8_t unsignedCharValue() const noexcept { return integer<std::uint8_t>(); }
   std::int16_t shortValue() const noexcept { return integer<std::int16_t>(); }

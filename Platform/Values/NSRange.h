@@ -13,12 +13,13 @@ namespace qz {
 
 /// A location and a length, in elements or code units.
 struct NSRange {
-  std::uint32_t location = 0;
-  std::uint32_t length = 0;
+  std::uint32_t location = 0;  ///< The first index.
+  std::uint32_t length = 0;    ///< How many from there on; 0 is an empty range.
 
   friend constexpr bool operator==(NSRange, NSRange) noexcept = default;
 };
 
+/// A range of these parts.
 constexpr NSRange NSMakeRange(std::uint32_t location, std::uint32_t length) noexcept {
   return {location, length};
 }
@@ -28,10 +29,12 @@ constexpr std::uint64_t NSMaxRange(NSRange range) noexcept {
   return std::uint64_t{range.location} + range.length;
 }
 
+/// Whether the index is one of those in the range.
 constexpr bool NSLocationInRange(std::uint32_t location, NSRange range) noexcept {
   return location >= range.location && location < NSMaxRange(range);
 }
 
+/// The same parts; empty ranges elsewhere differ.
 constexpr bool NSEqualRanges(NSRange a, NSRange b) noexcept { return a == b; }
 
 /// What both share; {0, 0} when that is nothing.

@@ -36,6 +36,7 @@ class NSScanner final : public Derives<NSScanner, NSObject> {
   static Ref<NSScanner> scannerWithString(NSString* string);
   static Ref<NSScanner> initWithString(NSString* string);
 
+  /// What is being read.
   Ref<NSString> string() const { return string_; }
 
   /// The unit that is read next. Setting raises NSRangeException beyond the String's length.
@@ -56,6 +57,7 @@ class NSScanner final : public Derives<NSScanner, NSObject> {
 
   // Numbers ---------------------------------------------------------------------------------------
 
+  /// In decimal, with the limits of 32 or 64 bits.
   bool scanInt(std::int32_t* value);
   bool scanInteger(std::int64_t* value);
   bool scanLongLong(std::int64_t* value);

@@ -274,6 +274,7 @@ class NSString : public Derives<NSString, NSObject> {
   /// first begins with "/". Empty ones add nothing. The empty String for nil.
   static Ref<NSString> pathWithComponents(NSArray* components);
 
+  /// Whether it begins with "/"; "~" does not count.
   bool isAbsolutePath() const noexcept;
 
   /// "b" of "/a/b/", "/" of "/", "" of "".
@@ -337,13 +338,15 @@ class NSString : public Derives<NSString, NSObject> {
   Ref<NSString> description() const override;
 
  protected:
+  /// Over units that the class keeps, or that live for ever with a hash that has been computed.
   NSString(const char16_t* units, std::uint32_t length) noexcept : length_(length), units_(units) {}
   constexpr NSString(ImmortalTag tag, const char16_t* units, std::uint32_t length,
                      std::uint32_t hash) noexcept
       : Derives(tag), length_(length), hash_(hash), units_(units) {}
 
+  /// The text. The hash is 0 until it is asked for.
   std::uint32_t length_ = 0;
-  mutable std::atomic<std::uint32_t> hash_{0};  // 0: not computed yet
+  mutable std::atomic<std::uint32_t> hash_{0};
   const char16_t* units_ = nullptr;
 };
 

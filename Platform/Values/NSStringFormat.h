@@ -14,9 +14,9 @@
 ///   everywhere. A `long double` counts as the nearest `double`.
 /// - `%@` prints an Object's description, "(null)" for nil. `%s` and `%S` print text, `%c` and `%C`
 ///   a character: a code unit, or two for a code point above U+FFFF. `%p` prints an address.
-/// - Flags are those of C, of which `'` does nothing; a width or precision may be `*`, and `%2$@`
-///   and `*2$` name an argument by its position. A precision cuts texts: bytes of UTF-8 text,
-///   code units of other text, characters never in two. Widths count code units. A width or
+/// - Flags are those of C, of which the apostrophe does nothing; a width or precision may be `*`,
+///   and `%2$@` and `*2$` name an argument by its position. A precision cuts texts: bytes of UTF-8
+///   text, code units of other text, characters never in two. Widths count code units. A width or
 ///   precision above 1000000 raises NSInvalidArgumentException.
 /// - An argument of another kind than the conversion expects prints as what it is: text as text,
 ///   an Object as its description, a number in decimal. Numbers of one kind are converted for
@@ -67,29 +67,34 @@ concept FormatValue = detail::isObjectType<T> || std::is_arithmetic_v<T> ||
 /// One argument of a format. Borrows texts and Objects, which must outlive it.
 class FormatArgument {
  public:
+  /// What an argument is, and how its text is given.
   enum class Kind : std::uint8_t {
     Object,
     Signed,
     Unsigned,
     Character,
     Floating,
-    Utf8,     // bytes of known length
-    CString,  // bytes up to a zero
-    Units,    // UTF-16
+    Utf8,     ///< Bytes of known length.
+    CString,  ///< Bytes up to a zero.
+    Units,    ///< UTF-16.
     Address,
   };
 
+  /// Copies scalars, borrows the rest.
   template <FormatValue T>
   FormatArgument(const T& value) noexcept;  // NOLINT(google-explicit-constructor)
 
+  /// Which of the readings below there is.
   Kind kind() const noexcept { return kind_; }
 
   /// Of an integer or a character: how many bytes its type has.
   std::uint8_t size() const noexcept { return size_; }
 
-  NSObject* object() const noexcept { return const_cast<NSObject*>(value_.object); }
   /// Of an integer or a character: its bits, sign-extended for a signed type.
   std::uint64_t bits() const noexcept { return value_.bits; }
+
+  /// The argument, for those of the kind only.
+  NSObject* object() const noexcept { return const_cast<NSObject*>(value_.object); }
   double floating() const noexcept { return value_.floating; }
   const void* address() const noexcept { return value_.address; }
   const char* cString() const noexcept { return static_cast<const char*>(value_.address); }

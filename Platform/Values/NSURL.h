@@ -57,11 +57,11 @@ class NSURL final : public Derives<NSURL, NSObject> {
   Ref<NSURL> absoluteURL() const;
 
   // Components ------------------------------------------------------------------------------------
-  // Nil where the URL has no such component, the empty String where it has one that is empty. Of
-  // user, password, host and path the escapes are replaced; a byte that is not UTF-8 becomes what
-  // it is in a path (see `stringWithFileSystemRepresentation`). Query and fragment stay as they
-  // stand, because their parts cannot be told apart any more once escapes are replaced.
 
+  /// Nil where the URL has no such component, the empty String where it has one that is empty. Of
+  /// user, password, host and path the escapes are replaced; a byte that is not UTF-8 becomes what
+  /// it is in a path (see `stringWithFileSystemRepresentation`). Query and fragment stay as they
+  /// stand, because their parts cannot be told apart any more once escapes are replaced.
   Ref<NSString> scheme() const;
   Ref<NSString> user() const;
   Ref<NSString> password() const;

@@ -30,6 +30,7 @@ class NSUUID final : public Derives<NSUUID, NSObject> {
   NSUUID();
   static Ref<NSUUID> UUID();
 
+  /// Of bytes in any form; nothing is checked.
   explicit NSUUID(const Bytes& bytes) noexcept : bytes_(bytes) {}
   static Ref<NSUUID> initWithUUIDBytes(const Bytes& bytes);
 
@@ -40,6 +41,7 @@ class NSUUID final : public Derives<NSUUID, NSObject> {
   /// The same form, in upper case.
   Ref<NSString> UUIDString() const;
 
+  /// Valid while this Object lives.
   const Bytes& bytes() const noexcept { return bytes_; }
 
   /// The same bytes.

@@ -1,7 +1,9 @@
 #include "tools/qzfoundation-inspect/Listing.h"
 
 #include <algorithm>
+#include <array>
 #include <ostream>
+#include <regex>
 #include <vector>
 
 #include "Platform/Runtime/ClassList.h"
@@ -10,19 +12,44 @@
 namespace qz::tool {
 namespace {
 
+/// A type as the headers write it: "uint32_t" for "unsigned int", "const void*" for "void const*".
+/// Only what the compiler expands is put together again; names stay as they are.
+std::string spelling(const detail::ValueType& type) {
+  struct Rule {
+    std::regex from;
+    const char* to;
+  };
+  static const std::array rules{
+      Rule{std::regex("qz::|, 18446744073709551615ul"), ""},
+      Rule{std::regex("std::(__cxx11::)?basic_string(_view)?<char, [^>]*>(, [^>]*>)? ?>"),
+           "std::string$2"},
+      Rule{std::regex("(\\d)ul\\b"), "$1"},
+      Rule{std::regex("\\b(unsigned|signed) char\\b"), "$1 int8_t"},
+      Rule{std::regex("\\bshort\\b"), "int16_t"},
+      Rule{std::regex("\\bint\\b"), "int32_t"},
+      Rule{std::regex("\\blong\\b"), "int64_t"},
+      Rule{std::regex("\\bunsigned int"), "uint"},
+      Rule{std::regex("\\bsigned int"), "int"},
+      Rule{std::regex("(\\w+) const([*>,])"), "const $1$2"},
+  };
+  std::string text = detail::typeName(type);
+  for (const Rule& rule : rules) text = std::regex_replace(text, rule.from, rule.to);
+  return text;
+}
+
 struct Operation {
   const detail::Method* method;
   bool ofClass;
 
   char mark() const { return ofClass ? '+' : '-'; }
   std::string_view name() const { return method->selector.name(); }
-  std::string answer() const { return detail::typeName(*method->answer); }
+  std::string answer() const { return spelling(*method->answer); }
 
   /// "(NSString, int)"
   std::string arguments() const {
     std::string text = "(";
     for (const detail::ValueType* each : method->arguments)
-      text += (text.size() == 1 ? "" : ", ") + detail::typeName(*each);
+      text += (text.size() == 1 ? "" : ", ") + spelling(*each);
     return text + ")";
   }
 };
@@ -58,6 +85,7 @@ void listBelow(std::ostream& out, const std::vector<Class*>& all, Class* above, 
 }  // namespace
 
 std::string cppName(std::string_view selector) {
+  if (selector == "class") return "classObject";  // C++ keeps the word for itself
   std::string name(selector);
   if (name.ends_with(':')) name.pop_back();
   std::ranges::replace(name, ':', '_');
@@ -81,10 +109,14 @@ void listAsMarkdown(std::ostream& out, Class* aClass) {
   out << "\n## " << aClass->name() << "\n\n";
   if (const std::string above = ancestry(aClass); !above.empty())
     out << "Descends from" << above.substr(2) << ".\n\n";
-  out << "| | Selector | in C++ | takes | answers |\n|---|---|---|---|---|\n";
-  for (const Operation& each : operations)
-    out << "| " << each.mark() << " | `" << each.name() << "` | `" << cppName(each.name())
-        << "` | " << each.arguments() << " | " << each.answer() << " |\n";
+  out << "| | Selector | in C++ | takes | answers | added by |\n|---|---|---|---|---|---|\n";
+  for (const Operation& each : operations) {
+    const std::string_view category = each.method->category;
+    const bool isStaticMember = each.ofClass && category.empty();
+    out << "| " << each.mark() << " | `" << each.name() << "` | `"
+        << (isStaticMember ? std::string(aClass->name()) + "::" : "") << cppName(each.name())
+        << "` | `" << each.arguments() << "` | `" << each.answer() << "` | " << category << " |\n";
+  }
 }
 
 void listTree(std::ostream& out) { listBelow(out, allClasses(), nullptr, 0); }

@@ -26,6 +26,13 @@ constexpr std::string_view usage = R"(usage: qzfoundation-inspect [OPTION…] [C
 Status: 0 done; 1 there is no such class or library; 2 the command is not.
 )";
 
+constexpr std::string_view pageHead = R"(# Operations
+
+Every operation that can be sent by Selector, class by class, as the run-time has it: those of a class are marked +, those of its Objects -. Classes below have it too.
+
+Objects are taken as pointers and answered as a `Ref`. What NSFileAttributes and QZFoundation have added to a class is a function in C++, whose first argument is the receiver, unless that is a class.
+)";
+
 enum Status { Done = 0, Failed = 1, Misused = 2 };
 
 int complain(Status status, const std::string& what) {
@@ -37,9 +44,7 @@ enum class Form { List, Tree, Markdown };
 
 void print(Form form, const std::vector<Class*>& classes) {
   if (form == Form::Tree) return listTree(std::cout);
-  if (form == Form::Markdown)
-    std::cout << "# Operations\n\nEvery operation that can be sent by Selector, class by class, as "
-                 "the run-time has it. Those of a class are marked +, those of its Objects -.\n";
+  if (form == Form::Markdown) std::cout << pageHead;
   for (Class* each : classes)
     form == Form::Markdown ? listAsMarkdown(std::cout, each) : list(std::cout, each);
 }
