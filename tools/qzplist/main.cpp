@@ -96,8 +96,9 @@ Document read(const std::string& file) {
 
 void write(NSObject* list, NSPropertyListFormat format, const std::string& file) {
   Ref<NSString> problem;
-  const Ref<NSData> data = NSPropertyListSerialization::dataFromPropertyList_format_errorDescription(
-      list, format, &problem);
+  const Ref<NSData> data =
+      NSPropertyListSerialization::dataFromPropertyList_format_errorDescription(list, format,
+                                                                                &problem);
   if (!data) fail(file, problem->UTF8String());
   if (file == "-") {
     if (std::fwrite(data->bytes(), 1, data->length(), stdout) != data->length() ||
