@@ -106,8 +106,13 @@ struct SpecOf {
       return nullptr;
   }
   static void describe(ClassBuilder& builder) {
-    ClassDescription<T> is(builder);
-    T::describe(is);
+    constexpr bool isDescribed = requires(ClassDescription<T> & is) { T::describe(is); };
+    static_assert(isDescribed,
+                  "a class needs a public `static void describe(ClassDescription<ItsName>& is)`");
+    if constexpr (isDescribed) {
+      ClassDescription<T> is(builder);
+      T::describe(is);
+    }
   }
   static constexpr ClassSpec spec{
       &classSlot<T>, &superclass,

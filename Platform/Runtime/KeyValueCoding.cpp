@@ -15,6 +15,7 @@
 #include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Runtime/detail/KeyValue.h"
+#include "Platform/Runtime/detail/Suggestion.h"
 #include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSString.h"
@@ -351,18 +352,20 @@ Ref<NSDictionary> NSObject::dictionaryWithValuesForKeys(NSArray* keys) {
 }
 
 namespace {
-std::string undefinedKey(NSObject* object, NSString* key) {
-  return "[" + to_string(object) + "]: class " + std::string(object->classObject()->name()) +
-         " is not key value coding-compliant for the key " + key->UTF8String();
+[[noreturn]] void raiseUndefinedKey(NSObject* object, NSString* key, bool toSet) {
+  const Class* const aClass = object->classObject();
+  const std::string name = key->UTF8String();
+  detail::raise(NSUndefinedKeyException, "[" + to_string(object) + "]: class " +
+                                             std::string(aClass->name()) +
+                                             " is not key value coding-compliant for the key " +
+                                             name + detail::suggestionForKey(aClass, name, toSet));
 }
 }  // namespace
 
-Ref<NSObject> NSObject::valueForUndefinedKey(NSString* key) {
-  detail::raise(NSUndefinedKeyException, undefinedKey(this, key));
-}
+Ref<NSObject> NSObject::valueForUndefinedKey(NSString* key) { raiseUndefinedKey(this, key, false); }
 
 void NSObject::setValue_forUndefinedKey(NSObject*, NSString* key) {
-  detail::raise(NSUndefinedKeyException, undefinedKey(this, key));
+  raiseUndefinedKey(this, key, true);
 }
 
 void NSObject::setNilValueForKey(NSString* key) {

@@ -19,7 +19,7 @@
 #include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Runtime/NSMethodSignature.h"
 #include "Platform/Runtime/Send.h"
-#include "Platform/Runtime/detail/SelectorSuggestion.h"
+#include "Platform/Runtime/detail/Suggestion.h"
 #include "Platform/Values/NSIndexSet.h"
 #include "Platform/Values/NSString.h"
 
@@ -102,22 +102,11 @@ void NSObject::forwardInvocation(NSInvocation* invocation) {
   doesNotRecognizeSelector(invocation->selector());
 }
 
-namespace {
-std::string suggestion(const Class* aClass, Selector selector, bool ofClass) {
-  std::vector<Selector> known;
-  for (const Class* each = aClass; each != nullptr; each = each->superclassObject()) {
-    const auto described = ofClass ? each->classSelectors() : each->instanceSelectors();
-    known.insert(known.end(), described.begin(), described.end());
-  }
-  return detail::suggestionFor(selector.name(), known);
-}
-}  // namespace
-
 void NSObject::doesNotRecognizeSelector(Selector selector) const {
-  detail::raise(NSInvalidArgumentException, "-[" + std::string(classObject()->name()) + " " +
-                                                std::string(selector.name()) +
-                                                "]: unrecognized selector sent to instance" +
-                                                suggestion(classObject(), selector, false));
+  detail::raise(NSInvalidArgumentException,
+                "-[" + std::string(classObject()->name()) + " " + std::string(selector.name()) +
+                    "]: unrecognized selector sent to instance" +
+                    detail::suggestionForOperation(classObject(), selector, false));
 }
 
 bool equal(NSObject* a, NSObject* b) {
@@ -256,7 +245,8 @@ Ref<NSMethodSignature> Class::methodSignatureForSelector(Selector selector) cons
 void Class::doesNotRecognizeSelector(Selector selector) const {
   detail::raise(NSInvalidArgumentException,
                 "+[" + std::string(name_) + " " + std::string(selector.name()) +
-                    "]: unrecognized selector sent to class" + suggestion(this, selector, true));
+                    "]: unrecognized selector sent to class" +
+                    detail::suggestionForOperation(this, selector, true));
 }
 
 void Class::describe(ClassDescription<Class>& is) { is.named("Class"); }

@@ -255,7 +255,9 @@ void addTo(MethodTable& methods, Class* owner, std::string_view category, std::s
                          .emplace(selector, Method{selector, spec.imp, spec.shape, spec.answer,
                                                    spec.arguments, owner, category})
                          .second;
-  if (!added) raise(NSInternalInconsistencyException, std::string(what) + full + " exists already");
+  if (!added)
+    raise(NSInternalInconsistencyException,
+          std::string(what) + full + " exists already: it is described twice");
   forget(selector);
 }
 
