@@ -31,9 +31,11 @@ namespace qz {
 template <class Self, class Base>
 class Derives : public Base {
  public:
+  /// The class above, for `Super::description()` in an override.
   using Super = Base;
   using Base::Base;
 
+  /// The Class of `Self`.
   Class* classObject() const override { return classOf<Self>(); }
 };
 
@@ -45,6 +47,7 @@ class Derives : public Base {
 template <class T>
 class ClassDescription {
  public:
+  /// Made by the run-time, which calls `describe` with it.
   explicit ClassDescription(detail::ClassBuilder& builder) : builder_(builder) {}
 
   /// The name by which `NSClassFromString` finds the class. Required, once.
