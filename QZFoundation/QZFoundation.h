@@ -51,6 +51,7 @@
 #include "QZFoundation/QZPathIndexer.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZThreadedTask.h"
+#include "QZFoundation/QZThreadedTaskCompletion.h"
 #include "QZFoundation/QZTreeWatcher.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/QZWordSeparator.h"

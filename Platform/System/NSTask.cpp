@@ -68,6 +68,17 @@ Ref<NSFileHandle> farEnd(NSObject* stream, std::size_t index) {
   return index == 0 ? pipe->fileHandleForReading() : pipe->fileHandleForWriting();
 }
 
+/// The same function, which throws nothing.
+std::function<void()> quiet(std::function<void()> function) {
+  return [function = std::move(function)]() noexcept {
+    try {
+      function();
+    } catch (const std::exception& exception) {
+      detail::diagnose(std::string("A task's termination handler threw: ") + exception.what());
+    }
+  };
+}
+
 }  // namespace
 
 NSTask::NSTask() = default;
@@ -158,13 +169,8 @@ detail::ChildRequest NSTask::request() const {
 
 std::function<void()> NSTask::callAtEnd() {
   if (!terminationHandler_) return nullptr;
-  return [self = Ref<NSTask>(this), handler = std::move(terminationHandler_)]() noexcept {
-    try {
-      handler(self);
-    } catch (const std::exception& exception) {
-      detail::diagnose(std::string("A task's termination handler threw: ") + exception.what());
-    }
-  };
+  return quiet(
+      [self = Ref<NSTask>(this), handler = std::move(terminationHandler_)] { handler(self); });
 }
 
 void NSTask::closeFarEnds() const {
@@ -202,7 +208,7 @@ std::int32_t NSTask::processIdentifier() const noexcept {
 
 bool NSTask::isRunning() const { return child_ && child_->isRunning(); }
 
-const detail::ChildProcess& NSTask::requireLaunched(const char* operation) const {
+detail::ChildProcess& NSTask::requireLaunched(const char* operation) const {
   if (!child_)
     detail::raise(NSInvalidArgumentException,
                   std::string(operation) + ": the task was not launched yet");
@@ -221,6 +227,11 @@ void NSTask::interrupt() { requireLaunched("interrupt").sendSignal(SIGINT); }
 void NSTask::terminate() { requireLaunched("terminate").sendSignal(SIGTERM); }
 void NSTask::suspend() { requireLaunched("suspend").sendSignal(SIGSTOP); }
 void NSTask::resume() { requireLaunched("resume").sendSignal(SIGCONT); }
+void NSTask::callWhenEnded(std::function<void()> function) const {
+  if (!function) detail::raise(NSInvalidArgumentException, "callWhenEnded: needs a function");
+  requireLaunched("callWhenEnded").whenEnded(quiet(std::move(function)));
+}
+
 void NSTask::waitUntilExit() { requireLaunched("waitUntilExit").wait(); }
 
 std::int32_t NSTask::terminationStatus() const {

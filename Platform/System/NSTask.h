@@ -115,6 +115,11 @@ class NSTask : public Derives<NSTask, NSObject> {
   /// ever happening: read first, then wait.
   void waitUntilExit();
 
+  /// Calls `function` once the program has ended: by a thread of this library's, as the termination
+  /// handler, or at once by this one when it has ended already. Any number of them. The function
+  /// must not block; what it throws is told to the diagnostic stream. See also NSTaskExit.h.
+  void callWhenEnded(std::function<void()> function) const;
+
   /// What the program exited with, or the number of the signal that ended it; -1 when other code in
   /// this process collected it first.
   std::int32_t terminationStatus() const;
@@ -122,7 +127,7 @@ class NSTask : public Derives<NSTask, NSObject> {
 
  private:
   void requireNotLaunched(const char* operation) const;
-  const detail::ChildProcess& requireLaunched(const char* operation) const;
+  detail::ChildProcess& requireLaunched(const char* operation) const;
   const detail::ChildProcess& requireEnded(const char* operation) const;
   void setStream(std::size_t index, NSObject* stream, const char* operation);
   detail::ChildRequest request() const;

@@ -158,7 +158,7 @@ int ChildProcess::start(const ChildRequest& request, std::function<void()> atEnd
   if (problem == 0) problem = actions.setDirectory(request.directory);
   if (problem == 0) problem = actions.setStreams(request.streams);
   auto started = std::make_shared<ChildProcess>();
-  started->atEnd_ = std::move(atEnd);
+  if (atEnd) started->atEnd_.push_back(std::move(atEnd));
   if (problem == 0) problem = actions.spawn(request, &started->identifier_);
   if (problem != 0) return problem;
   child = started;
@@ -172,7 +172,7 @@ void ChildProcess::collect() {
   while (::waitid(P_PID, static_cast<id_t>(identifier_), &about, WEXITED | WNOWAIT) != 0 &&
          errno == EINTR) {
   }
-  std::function<void()> atEnd;
+  std::vector<std::function<void()>> atEnd;
   {
     const std::lock_guard lock(mutex_);
     int status = 0;
@@ -185,10 +185,21 @@ void ChildProcess::collect() {
                    : WIFSIGNALED(status) ? WTERMSIG(status)
                                          : WEXITSTATUS(status);
     hasEnded_ = true;
-    atEnd = std::move(atEnd_);
+    atEnd.swap(atEnd_);
     ended_.notify_all();
   }
-  if (atEnd) atEnd();
+  for (const auto& function : atEnd) function();
+}
+
+void ChildProcess::whenEnded(std::function<void()> function) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!hasEnded_) {
+      atEnd_.push_back(std::move(function));
+      return;
+    }
+  }
+  function();
 }
 
 bool ChildProcess::isRunning() const {

@@ -41,6 +41,9 @@ class ChildProcess {
   pid_t identifier() const noexcept { return identifier_; }
   bool isRunning() const;
   void wait() const;
+
+  /// Calls `function` as `atEnd` is called; at once when it has ended.
+  void whenEnded(std::function<void()> function);
   Ending ending() const;
 
   /// Sends a signal unless it has ended; never hits another process that got its number.
@@ -56,7 +59,7 @@ class ChildProcess {
   pid_t identifier_ = 0;
   bool hasEnded_ = false;
   Ending ending_;
-  std::function<void()> atEnd_;
+  std::vector<std::function<void()>> atEnd_;
 };
 
 }  // namespace qz::detail

@@ -1,0 +1,299 @@
+/// @file
+/// Coroutines that belong to this library's threads. Offers nothing where the compiler has none
+/// (`__cpp_impl_coroutine`).
+#pragma once
+
+#include <version>
+
+#if defined(__cpp_impl_coroutine) && __has_include(<coroutine>)
+
+#include <atomic>
+#include <coroutine>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "Platform/Concurrency/MainThread.h"
+#include "Platform/Concurrency/detail/WayBack.h"
+
+#pragma GCC visibility push(default)
+
+namespace qz {
+
+template <class T>
+class Async;
+
+namespace detail {
+
+inline Suspended suspended(std::coroutine_handle<> frame) noexcept {
+  return {[](void* address) { std::coroutine_handle<>::from_address(address).resume(); },
+          frame.address()};
+}
+
+/// What an Async becomes, whatever it answers.
+class AsyncPromiseBase {
+ public:
+  std::suspend_always initial_suspend() const noexcept { return {}; }
+  auto final_suspend() const noexcept { return Ending(); }
+  void unhandled_exception() noexcept { thrown_ = std::current_exception(); }
+
+  /// Runs `frame` up to its first wait. Whether the caller has to wait for its end; then it is
+  /// `waiting` that goes on, and `back` says how it came to that.
+  bool startFor(std::coroutine_handle<> frame, std::coroutine_handle<> waiting,
+                std::shared_ptr<WayBack>& back) {
+    frame.resume();
+    if (hasMet_.load(std::memory_order_acquire)) return false;
+    const auto way = std::make_shared<WayBack>(suspended(waiting));
+    back = way;
+    back_ = way;
+    if (hasMet_.exchange(true, std::memory_order_acq_rel)) return false;
+    way->wait(std::nullopt, WayBack::Leave::WhenCome);
+    return true;
+  }
+
+ protected:
+  void rethrow() const {
+    if (thrown_) std::rethrow_exception(thrown_);
+  }
+
+ private:
+  /// The end of the function and its caller's beginning to wait meet; whoever comes last has the
+  /// caller go on.
+  struct Ending {
+    bool await_ready() const noexcept { return false; }
+    template <class Promise>
+    void await_suspend(std::coroutine_handle<Promise> frame) const noexcept {
+      AsyncPromiseBase& promise = frame.promise();
+      if (!promise.hasMet_.exchange(true, std::memory_order_acq_rel)) return;
+      const auto back = std::move(promise.back_);
+      back->claim();
+      back->comeBackAtOnce();
+    }
+    void await_resume() const noexcept {}
+  };
+
+  std::exception_ptr thrown_;
+  std::atomic<bool> hasMet_{false};
+  std::shared_ptr<WayBack> back_;
+};
+
+template <class T>
+class AsyncPromise : public AsyncPromiseBase {
+ public:
+  Async<T> get_return_object() noexcept;
+  template <class V>
+  requires std::is_convertible_v<V&&, T>
+  void return_value(V&& value) { value_.emplace(std::forward<V>(value)); }
+  T take() {
+    rethrow();
+    return std::move(*value_);
+  }
+
+ private:
+  std::optional<T> value_;
+};
+
+template <>
+class AsyncPromise<void> : public AsyncPromiseBase {
+ public:
+  Async<void> get_return_object() noexcept;
+  void return_void() const noexcept {}
+  void take() const { rethrow(); }
+};
+
+[[noreturn]] inline void raiseNoAsync() {
+  raise(NSInvalidArgumentException, "there is no function to wait for: it was started already");
+}
+
+}  // namespace detail
+
+/// What a coroutine answers that may wait: a T, later; T is a value or void.
+///
+///     Async<Ref<NSString>> titleOf(Ref<NSString> path) {
+///       co_await onNewThread();
+///       co_return parse(path)->title();        // on the new thread
+///     }
+///     Async<> show(Ref<Window> window, Ref<NSString> path) {
+///       window->setTitle(co_await titleOf(path));  // on the thread of `show`
+///     }
+///     …
+///     start(show(window, path));
+///
+/// **It stays on its thread.** After `co_await` a function goes on where it waited, whatever the
+/// thread on which the awaited one ended; only `onMainThread`, `onThread` and `onNewThread` move
+/// it. Threads get their functions back in their run loops, which have something to wait for
+/// meanwhile. When a loop ends, functions that are to return to it go on all the same, wherever
+/// that is noticed, with RunLoopEnded thrown by the `co_await`: so they are unwound, and leave
+/// nothing behind.
+///
+/// **Lazy.** Nothing runs until the function is awaited, started, or run a loop for; so nothing
+/// runs of which nobody gets the answer and the exceptions, which `co_await` throws on. An Async
+/// that is dropped before has done nothing. Each is awaited or started once; again raises
+/// NSInvalidArgumentException.
+///
+/// **Ownership.** A running function is owned by the one that awaits it, and the first by itself:
+/// it ends with its end, not from outside. What may have to stop early looks for that after each
+/// wait (a flag, `std::stop_token`, `QZThreadedTask::abortRequestReceived`), and what may never
+/// come is awaited with a limit (`nextNotification`). Coroutines of other libraries may await all
+/// of this, and must not be destroyed while they do.
+///
+/// **Arguments.** A coroutine keeps its parameters, not what they point to: take Objects as `Ref`.
+/// A lambda's captures are the lambda's, which may be gone: take parameters there as well.
+template <class T = void>
+class [[nodiscard]] Async {
+  static_assert(std::is_void_v<T> || std::is_object_v<T>, "an Async answers a value, or void");
+
+ public:
+  using promise_type = detail::AsyncPromise<T>;
+  class Awaiter;
+
+  Async(Async&& other) noexcept : frame_(std::exchange(other.frame_, nullptr)) {}
+  Async& operator=(Async&& other) noexcept {
+    Async(std::move(other)).swap(*this);
+    return *this;
+  }
+  ~Async() {
+    if (frame_) frame_.destroy();
+  }
+
+  void swap(Async& other) noexcept { std::swap(frame_, other.frame_); }
+
+  /// False once it was awaited or started.
+  explicit operator bool() const noexcept { return static_cast<bool>(frame_); }
+
+  /// `co_await std::move(async)`, or `co_await function(…)`.
+  Awaiter operator co_await() && noexcept { return Awaiter(std::move(*this)); }
+
+ private:
+  friend promise_type;
+  explicit Async(std::coroutine_handle<promise_type> frame) noexcept : frame_(frame) {}
+
+  std::coroutine_handle<promise_type> frame_;
+};
+
+/// Runs an Async for the coroutine that awaits it, and owns it meanwhile.
+template <class T>
+class Async<T>::Awaiter {
+ public:
+  explicit Awaiter(Async&& awaited) noexcept : awaited_(std::move(awaited)) {}
+
+  bool await_ready() const {
+    if (!awaited_) detail::raiseNoAsync();
+    return false;
+  }
+  bool await_suspend(std::coroutine_handle<> waiting) {
+    return awaited_.frame_.promise().startFor(awaited_.frame_, waiting, back_);
+  }
+  T await_resume() {
+    if (back_) back_->throwIfLoopEnded();
+    return awaited_.frame_.promise().take();
+  }
+
+ private:
+  Async awaited_;
+  std::shared_ptr<detail::WayBack> back_;
+};
+
+namespace detail {
+
+template <class T>
+Async<T> AsyncPromise<T>::get_return_object() noexcept {
+  return Async<T>(std::coroutine_handle<AsyncPromise>::from_promise(*this));
+}
+inline Async<void> AsyncPromise<void>::get_return_object() noexcept {
+  return Async<void>(std::coroutine_handle<AsyncPromise>::from_promise(*this));
+}
+
+/// The outermost coroutine, which owns itself.
+struct Detached {
+  struct promise_type {
+    Detached get_return_object() const noexcept { return {}; }
+    std::suspend_never initial_suspend() const noexcept { return {}; }
+    std::suspend_never final_suspend() const noexcept { return {}; }
+    void return_void() const noexcept {}
+    void unhandled_exception() const noexcept { std::terminate(); }
+  };
+};
+
+/// Within a handler: has what was thrown thrown again in the main thread's loop.
+inline void throwOnMainThread() {
+  try {
+    throw;
+  } catch (const RunLoopEnded&) {
+    // Nobody is left to tell.
+  } catch (...) {
+    postToMainThread([thrown = std::current_exception()] { std::rethrow_exception(thrown); });
+  }
+}
+
+template <class T>
+Detached runDetached(Async<T> work) {
+  try {
+    static_cast<void>(co_await std::move(work));
+  } catch (...) {
+    throwOnMainThread();
+  }
+}
+
+/// What a caller that runs its loop waits for.
+template <class T>
+struct Outcome {
+  using Value = std::conditional_t<std::is_void_v<T>, bool, T>;
+  std::optional<Value> value;
+  std::exception_ptr thrown;
+
+  bool isThere() const noexcept { return value || thrown; }
+};
+
+template <class T>
+Detached runInto(Async<T> work, std::shared_ptr<Outcome<T>> outcome) {
+  try {
+    if constexpr (std::is_void_v<T>) {
+      co_await std::move(work);
+      outcome->value.emplace(true);
+    } else {
+      outcome->value.emplace(co_await std::move(work));
+    }
+  } catch (...) {
+    if (outcome.use_count() == 1)
+      throwOnMainThread();  // the caller has left its loop by an exception
+    else
+      outcome->thrown = std::current_exception();
+  }
+}
+
+}  // namespace detail
+
+/// Starts a coroutine on this thread and returns when it first waits, or has ended. It owns itself
+/// from here on. What it answers is dropped. What it throws is thrown in the main thread's loop;
+/// RunLoopEnded, and everything once that loop has ended, is dropped. Raises
+/// NSInvalidArgumentException for one that was started before.
+template <class T>
+void start(Async<T> work) {
+  if (!work) detail::raiseNoAsync();
+  detail::runDetached(std::move(work));
+}
+
+/// Starts it, and runs this thread's loop until it has ended: for `main`, and for threads that have
+/// nothing else to do. What it answers, or what it throws. A `stop` of the loop does not end this;
+/// an exception of other work in the loop does, and the coroutine goes on as if started. Raises
+/// NSInvalidArgumentException for one that was started before.
+template <class T>
+T runLoopUntilDone(Async<T> work) {
+  if (!work) detail::raiseNoAsync();
+  const auto outcome = std::make_shared<detail::Outcome<T>>();
+  detail::runInto(std::move(work), outcome);
+  const auto loop = NSRunLoop::currentRunLoop();
+  while (!outcome->isThere())
+    loop->runMode_beforeDate(NSDefaultRunLoopMode, NSDate::distantFuture());
+  if (outcome->thrown) std::rethrow_exception(outcome->thrown);
+  if constexpr (!std::is_void_v<T>) return std::move(*outcome->value);
+}
+
+}  // namespace qz
+
+#pragma GCC visibility pop
+
+#endif

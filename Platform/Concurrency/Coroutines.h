@@ -1,0 +1,174 @@
+/// @file
+/// What a coroutine can await: other threads, time, and Notifications. Offers nothing where the
+/// compiler has no coroutines. See Async.h for what a coroutine is here, NSTaskExit.h for the end
+/// of other programs.
+///
+///     Async<> import(Ref<NSString> path) {
+///       co_await onNewThread();
+///       auto rows = read(path);
+///       co_await onMainThread();
+///       table->setRows(rows);
+///       if (!co_await nextNotification(TableWasSaved, table).within(60)) remind();
+///     }
+///
+/// These may be awaited by coroutines of any type. None of them may be awaited twice.
+#pragma once
+
+#include "Platform/Concurrency/Async.h"
+
+#if defined(__cpp_impl_coroutine) && __has_include(<coroutine>)
+
+#include <functional>
+
+#include "Platform/Concurrency/NSNotificationCenter.h"
+
+#pragma GCC visibility push(default)
+
+namespace qz {
+
+/// What `onThread` and `onMainThread` answer, to be awaited.
+class [[nodiscard]] ThreadHop {
+ public:
+  explicit ThreadHop(NSThread* thread) : thread_(thread) {
+    if (thread == nullptr) detail::raise(NSInvalidArgumentException, "nil is no thread to go to");
+  }
+
+  bool await_ready() const noexcept { return detail::isCurrentThread(thread_); }
+  void await_suspend(std::coroutine_handle<> waiting) {
+    const auto thread = std::move(thread_);
+    detail::resumeOn(thread, detail::suspended(waiting), &loopEnded_);
+  }
+  void await_resume() const {
+    if (loopEnded_) throw RunLoopEnded();
+  }
+
+ private:
+  Ref<NSThread> thread_;
+  bool loopEnded_ = false;
+};
+
+/// `co_await onThread(thread)` goes on there, in the next turn of the thread's run loop, which it
+/// has to run; straight on when it is that thread already. A thread that is not started yet has
+/// the coroutine wait until it is. Throws RunLoopEnded, on any thread, when the loop has ended or
+/// ends before. Raises NSInvalidArgumentException for nil.
+inline ThreadHop onThread(NSThread* thread) { return ThreadHop(thread); }
+
+/// The same for the main thread.
+inline ThreadHop onMainThread() { return ThreadHop(NSThread::mainThread()); }
+
+/// What `onNewThread` answers, to be awaited.
+class [[nodiscard]] NewThreadHop {
+ public:
+  bool await_ready() const noexcept { return false; }
+  void await_suspend(std::coroutine_handle<> waiting) const {
+    detail::resumeOnNewThread(detail::suspended(waiting));
+  }
+  void await_resume() const noexcept {}
+};
+
+/// `co_await onNewThread()` goes on in a thread of its own, for work that takes long or blocks.
+/// While the coroutine waits for something there, the thread's run loop runs; the thread ends when
+/// the coroutine has ended or moved on. Raises NSGenericException, and stays where it is, when the
+/// system has no thread to give.
+inline NewThreadHop onNewThread() noexcept { return {}; }
+
+/// What `afterDelay` answers, to be awaited.
+class [[nodiscard]] Delay {
+ public:
+  explicit Delay(NSTimeInterval seconds) noexcept : seconds_(seconds) {}
+
+  bool await_ready() const noexcept { return false; }
+  void await_suspend(std::coroutine_handle<> waiting) {
+    const auto back = std::make_shared<detail::WayBack>(detail::suspended(waiting));
+    back_ = back;
+    back->wait(seconds_);
+  }
+  void await_resume() const { back_->throwIfLoopEnded(); }
+
+ private:
+  NSTimeInterval seconds_;
+  std::shared_ptr<detail::WayBack> back_;
+};
+
+/// `co_await afterDelay(0.5)` goes on after so many seconds, on the same thread, in its run loop; 0
+/// or less lets the loop have a turn. Throws RunLoopEnded when the loop ends before.
+inline Delay afterDelay(NSTimeInterval seconds) noexcept { return Delay(seconds); }
+
+/// What `nextNotification` answers, to be awaited.
+class [[nodiscard]] NextNotification {
+ public:
+  NextNotification(NSString* name, NSObject* object, NSNotificationCenter* center)
+      : name_(name),
+        object_(object),
+        center_(center != nullptr ? Ref<NSNotificationCenter>(center)
+                                  : NSNotificationCenter::defaultCenter()) {}
+
+  /// Waits for so many seconds at most; the answer is then nil.
+  NextNotification within(NSTimeInterval seconds) && {
+    limit_ = seconds;
+    return std::move(*this);
+  }
+
+  /// Calls a function once it is waiting: one that leads to the Notification, which is not missed
+  /// then. What it throws is thrown by the `co_await`.
+  NextNotification onceWaiting(std::function<void()> function) && {
+    onceWaiting_ = std::move(function);
+    return std::move(*this);
+  }
+
+  bool await_ready() const noexcept { return false; }
+  void await_suspend(std::coroutine_handle<> waiting) {
+    const auto back = std::make_shared<detail::WayBack>(detail::suspended(waiting));
+    const auto limit = limit_;
+    back_ = back;
+    // Only the first Notification finds `this` waiting; others are too late, maybe for it too.
+    token_ = center_->observe(name_, object_, [this, back](NSNotification* notification) {
+      if (!back->claim()) return;
+      notification_ = Ref<NSNotification>(notification);
+      back->comeBack();
+    });
+    try {
+      if (onceWaiting_) onceWaiting_();
+    } catch (...) {
+      if (back->claim()) throw;
+      thrown_ = std::current_exception();  // the Notification came first, and the coroutine with it
+    }
+    back->wait(limit);
+  }
+  Ref<NSNotification> await_resume() {
+    token_ = nullptr;
+    back_->throwIfLoopEnded();
+    if (thrown_) std::rethrow_exception(thrown_);
+    return std::move(notification_);
+  }
+
+ private:
+  Ref<NSString> name_;
+  Ref<NSObject> object_;
+  Ref<NSNotificationCenter> center_;
+  std::optional<NSTimeInterval> limit_;
+  std::function<void()> onceWaiting_;
+  std::shared_ptr<detail::WayBack> back_;
+  Ref<NSNotificationToken> token_;
+  Ref<NSNotification> notification_;
+  std::exception_ptr thrown_;
+};
+
+/// `co_await nextNotification(name, sender)` waits for the first Notification with that name and
+/// that sender (nil for any), posted from now on to the centre (nil for the default one), by any
+/// thread. Goes on on the same thread, in a later turn of its run loop, and not within the post:
+/// what is posted meanwhile is missed, so for all of them use an observer. Sender and centre are
+/// kept alive.
+///
+/// Where the Notification never comes, the coroutine waits until this thread's loop ends, which
+/// throws RunLoopEnded, or until the time of `within` is over, which answers nil.
+inline NextNotification nextNotification(NSString* name, NSObject* object = nullptr,
+                                         NSNotificationCenter* center = nullptr) {
+  return NextNotification(name, object, center);
+}
+
+}  // namespace qz
+
+#pragma GCC visibility pop
+
+#endif
