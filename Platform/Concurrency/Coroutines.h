@@ -11,7 +11,7 @@
 ///       if (!co_await nextNotification(TableWasSaved, table).within(60)) remind();
 ///     }
 ///
-/// These may be awaited by coroutines of any type. None of them may be awaited twice.
+/// Coroutines of other libraries may await these as well. None may be awaited twice.
 #pragma once
 
 #include "Platform/Concurrency/Async.h"
