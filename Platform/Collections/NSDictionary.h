@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -98,6 +99,19 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   /// The entries in braces, key first: `NSDictionary::of({{"name"_ns, ada}})`. Of equal keys the
   /// last counts.
   static Ref<NSDictionary> of(std::initializer_list<Entry> entries);
+
+  /// Of any range of pairs of Objects or Refs, the key first, such as a
+  /// `std::map<Ref<NSString>, Ref<NSNumber>>`.
+  template <std::ranges::input_range R>
+  requires requires(std::ranges::range_reference_t<R> pair) {
+    { pair.first } -> std::convertible_to<NSObject*>;
+    { pair.second } -> std::convertible_to<NSObject*>;
+  }
+  static Ref<NSDictionary> fromRange(R&& pairs) {
+    Table table;
+    for (auto&& [key, object] : pairs) put(table, object, key);
+    return with(std::move(table));
+  }
 
   /// The Dictionary in a property-list file, in any format; nil when it cannot be read or holds
   /// something else. NSPropertyListSerialization says why.

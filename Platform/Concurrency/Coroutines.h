@@ -18,6 +18,7 @@
 
 #if defined(__cpp_impl_coroutine) && __has_include(<coroutine>)
 
+#include <chrono>
 #include <functional>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
@@ -90,9 +91,15 @@ class [[nodiscard]] Delay {
   std::shared_ptr<detail::WayBack> back_;
 };
 
-/// `co_await afterDelay(0.5)` goes on after so many seconds, on the same thread, in its run loop; 0
-/// or less lets the loop have a turn. Throws RunLoopEnded when the loop ends before.
+/// `co_await afterDelay(0.5)`, or `afterDelay(500ms)`, goes on after so many seconds, on the same
+/// thread, in its run loop; 0 or less lets the loop have a turn. Throws RunLoopEnded when the loop
+/// ends before.
 inline Delay afterDelay(NSTimeInterval seconds) noexcept { return Delay(seconds); }
+
+template <class Rep, class Period>
+Delay afterDelay(std::chrono::duration<Rep, Period> duration) noexcept {
+  return Delay(timeInterval(duration));
+}
 
 /// What `nextNotification` answers, to be awaited.
 class [[nodiscard]] NextNotification {
@@ -107,6 +114,10 @@ class [[nodiscard]] NextNotification {
   NextNotification within(NSTimeInterval seconds) && {
     limit_ = seconds;
     return std::move(*this);
+  }
+  template <class Rep, class Period>
+  NextNotification within(std::chrono::duration<Rep, Period> duration) && {
+    return std::move(*this).within(timeInterval(duration));
   }
 
   /// Calls a function once it is waiting: one that leads to the Notification, which is not missed

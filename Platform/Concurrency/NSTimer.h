@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -10,6 +11,7 @@
 #include "Platform/Concurrency/detail/Deadline.h"
 #include "Platform/Concurrency/detail/LoopTask.h"
 #include "Platform/Runtime/Derives.h"
+#include "Platform/Values/NSDate.h"
 
 #pragma GCC visibility push(default)
 
@@ -68,6 +70,18 @@ class NSTimer : public Derives<NSTimer, NSObject> {
       NSTimeInterval seconds, NSObject* target, Selector selector, NSObject* userInfo,
       bool repeats);
   static Ref<NSTimer> scheduledTimer(NSTimeInterval seconds, bool repeats, Function function);
+
+  /// The same for durations of the C++ library: `scheduledTimer(250ms, true, poll)`.
+  template <class Rep, class Period>
+  static Ref<NSTimer> timer(std::chrono::duration<Rep, Period> after, bool repeats,
+                            Function function) {
+    return timer(qz::timeInterval(after), repeats, std::move(function));
+  }
+  template <class Rep, class Period>
+  static Ref<NSTimer> scheduledTimer(std::chrono::duration<Rep, Period> after, bool repeats,
+                                     Function function) {
+    return scheduledTimer(qz::timeInterval(after), repeats, std::move(function));
+  }
 
   /// Does now what the timer does, on this thread; its times stay. One that does not repeat is
   /// invalid afterwards. Nothing when it is invalid.

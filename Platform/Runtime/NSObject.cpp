@@ -300,6 +300,10 @@ Selector NSSelectorFromString(NSString* name) {
       [](const std::string& text) { return Selector::named(text).record(); }));
 }
 
+std::ostream& operator<<(std::ostream& out, Selector selector) {
+  return out << (selector ? selector.name() : std::string_view("(null)"));
+}
+
 Ref<NSString> NSStringFromSelector(Selector selector) {
   return selector ? NSString::stringWithUTF8String(selector.name()) : nullptr;
 }

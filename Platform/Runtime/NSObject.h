@@ -343,12 +343,19 @@ std::ostream& operator<<(std::ostream& out, const Ref<T>& object) {
 
 }  // namespace qz
 
-/// Refs as keys of the C++ library's containers. It is the hash of the value, `==` asks for the
-/// same Object: a container of values compares with `qz::equal`.
+/// As keys of the C++ library's hashed containers, Refs are told apart by value, like the keys of a
+/// Dictionary; `==` compares identity.
 template <class T>
 struct std::hash<qz::Ref<T>> {
   /// 0 for nil.
   std::size_t operator()(const qz::Ref<T>& object) const { return object ? object->hash() : 0; }
+};
+template <class T>
+struct std::equal_to<qz::Ref<T>> {
+  /// Nil is equal to nil.
+  bool operator()(const qz::Ref<T>& a, const qz::Ref<T>& b) const {
+    return qz::equal(a.get(), b.get());
+  }
 };
 
 #pragma GCC visibility pop

@@ -39,6 +39,18 @@ void release(const NSObject* object) noexcept;
 struct AdoptTag {};
 inline constexpr AdoptTag adopt{};
 
+namespace detail {
+// `begin` and `end` of a collection are functions beside its class, found where a Ref is walked.
+template <class T>
+auto beginOf(T* object) -> decltype(begin(object)) {
+  return begin(object);
+}
+template <class T>
+auto endOf(T* object) -> decltype(end(object)) {
+  return end(object);
+}
+}  // namespace detail
+
 /// A strong, nullable handle to an Object of class `T`. The size of a pointer.
 ///
 /// Distinct `Ref`s to one Object may be used from distinct threads; one `Ref` may not be written
@@ -107,6 +119,17 @@ class Ref {
 
   /// Not nil.
   explicit operator bool() const noexcept { return object_ != nullptr; }
+
+  /// Of a collection or an enumerator, for loops and ranges: `answer() | std::views::take(3)` keeps
+  /// the answer, as a loop does. Null has no elements.
+  template <class U = T>
+  auto begin() const -> decltype(detail::beginOf(static_cast<U*>(nullptr))) {
+    return detail::beginOf(static_cast<U*>(object_));
+  }
+  template <class U = T>
+  auto end() const -> decltype(detail::endOf(static_cast<U*>(nullptr))) {
+    return detail::endOf(static_cast<U*>(object_));
+  }
 
   /// Gives the count up to the caller, who must hand it to `Ref(object, adopt)` or `release`.
   [[nodiscard]] T* leak() noexcept { return std::exchange(object_, nullptr); }

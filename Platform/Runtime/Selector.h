@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <string_view>
 
 #pragma GCC visibility push(default)
@@ -76,6 +77,9 @@ class Selector {
  private:
   const detail::SelectorRecord* record_ = nullptr;
 };
+
+/// The name; "(null)" for the null Selector.
+std::ostream& operator<<(std::ostream& out, Selector selector);
 
 /// `"name"_sel`, a Selector, and `"text"_ns`, a String.
 inline namespace literals {

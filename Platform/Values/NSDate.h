@@ -14,6 +14,12 @@ namespace qz {
 /// Seconds, fractions included.
 using NSTimeInterval = double;
 
+/// A duration of the C++ library as seconds: `timeInterval(250ms)` is 0.25.
+template <class Rep, class Period>
+constexpr NSTimeInterval timeInterval(std::chrono::duration<Rep, Period> duration) noexcept {
+  return std::chrono::duration<NSTimeInterval>(duration).count();
+}
+
 /// A point in time: seconds since 1970-01-01 00:00:00 UTC, without leap seconds, as the system's
 /// clock counts them.
 ///
@@ -60,6 +66,12 @@ class NSDate final : public Derives<NSDate, NSObject> {
       std::chrono::time_point<std::chrono::system_clock, Duration> point) {
     return dateWithTimeIntervalSince1970(
         std::chrono::duration<NSTimeInterval>(point.time_since_epoch()).count());
+  }
+
+  /// So long after now, as a limit: `lock->lockBeforeDate(NSDate::dateAfter(20ms))`.
+  template <class Rep, class Period>
+  static Ref<NSDate> dateAfter(std::chrono::duration<Rep, Period> duration) {
+    return dateWithTimeIntervalSinceNow(timeInterval(duration));
   }
 
   // Reading ---------------------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <system_error>
 
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
@@ -45,6 +46,16 @@ class NSError : public Derives<NSError, NSObject> {
                                                    NSDictionary* userInfo);
   static Ref<NSError> errorWithDomain_code_description(NSString* domain, std::int32_t code,
                                                        NSString* description);
+
+  /// What a function of the C++ library reports: in the POSIX domain for the generic and the
+  /// system's category, else in a domain with the category's name, described by its message. Nil
+  /// for a code that is no error.
+  static Ref<NSError> errorWithErrorCode(const std::error_code& error);
+
+  /// For the C++ library: in the system's category for the POSIX domain, so that it compares with
+  /// `std::errc`; else in a category with the domain's name, always the same one.
+  /// `errorWithErrorCode` leads back to domain and code.
+  std::error_code errorCode() const;
 
   /// The domain, nil when it was made without one; and the code, which means something there only.
   Ref<NSString> domain() const { return domain_; }

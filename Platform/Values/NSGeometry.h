@@ -2,6 +2,8 @@
 /// Points, sizes and rectangles in a plane.
 #pragma once
 
+#include <iosfwd>
+
 #pragma GCC visibility push(default)
 
 namespace qz {
@@ -39,6 +41,11 @@ constexpr NSSize NSMakeSize(float width, float height) noexcept { return {width,
 constexpr NSRect NSMakeRect(float x, float y, float width, float height) noexcept {
   return {{x, y}, {width, height}};
 }
+
+/// "{1, 2}", "{3, 4}" and "{{1, 2}, {3, 4}}".
+std::ostream& operator<<(std::ostream& out, NSPoint point);
+std::ostream& operator<<(std::ostream& out, NSSize size);
+std::ostream& operator<<(std::ostream& out, const NSRect& rect);
 
 }  // namespace qz
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iosfwd>
 
 #include "Platform/Runtime/NSObject.h"
 
@@ -51,6 +52,9 @@ constexpr NSRange NSUnionRange(NSRange a, NSRange b) noexcept {
   const std::uint64_t to = std::max(NSMaxRange(a), NSMaxRange(b));
   return {static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to - from)};
 }
+
+/// "{3, 5}": location and length.
+std::ostream& operator<<(std::ostream& out, NSRange range);
 
 /// The range that a failed search answers.
 inline constexpr NSRange notFoundRange{NSNotFound, 0};
