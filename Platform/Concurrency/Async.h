@@ -7,7 +7,6 @@
 
 #if defined(__cpp_impl_coroutine) && __has_include(<coroutine>)
 
-#include <atomic>
 #include <coroutine>
 #include <exception>
 #include <memory>
@@ -15,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "Platform/Concurrency/MainThread.h"
+#include "Platform/Concurrency/NSRunLoop.h"
 #include "Platform/Concurrency/detail/WayBack.h"
 
 #pragma GCC visibility push(default)
@@ -44,13 +43,7 @@ class AsyncPromiseBase {
   bool startFor(std::coroutine_handle<> frame, std::coroutine_handle<> waiting,
                 std::shared_ptr<WayBack>& back) {
     frame.resume();
-    if (hasMet_.load(std::memory_order_acquire)) return false;
-    const auto way = std::make_shared<WayBack>(suspended(waiting));
-    back = way;
-    back_ = way;
-    if (hasMet_.exchange(true, std::memory_order_acq_rel)) return false;
-    way->wait(std::nullopt, WayBack::Leave::WhenCome);
-    return true;
+    return end_.wait(suspended(waiting), WayBack::Leave::WhenCome, back);
   }
 
  protected:
@@ -59,24 +52,18 @@ class AsyncPromiseBase {
   }
 
  private:
-  /// The end of the function and its caller's beginning to wait meet; whoever comes last has the
-  /// caller go on.
   struct Ending {
     bool await_ready() const noexcept { return false; }
     template <class Promise>
     void await_suspend(std::coroutine_handle<Promise> frame) const noexcept {
       AsyncPromiseBase& promise = frame.promise();
-      if (!promise.hasMet_.exchange(true, std::memory_order_acq_rel)) return;
-      const auto back = std::move(promise.back_);
-      back->claim();
-      back->comeBackAtOnce();
+      promise.end_.end();
     }
     void await_resume() const noexcept {}
   };
 
   std::exception_ptr thrown_;
-  std::atomic<bool> hasMet_{false};
-  std::shared_ptr<WayBack> back_;
+  Meeting end_;
 };
 
 template <class T>
@@ -206,91 +193,7 @@ inline Async<void> AsyncPromise<void>::get_return_object() noexcept {
   return Async<void>(std::coroutine_handle<AsyncPromise>::from_promise(*this));
 }
 
-/// The outermost coroutine, which owns itself.
-struct Detached {
-  struct promise_type {
-    Detached get_return_object() const noexcept { return {}; }
-    std::suspend_never initial_suspend() const noexcept { return {}; }
-    std::suspend_never final_suspend() const noexcept { return {}; }
-    void return_void() const noexcept {}
-    void unhandled_exception() const noexcept { std::terminate(); }
-  };
-};
-
-/// Within a handler: has what was thrown thrown again in the main thread's loop.
-inline void throwOnMainThread() {
-  try {
-    throw;
-  } catch (const RunLoopEnded&) {
-    // Nobody is left to tell.
-  } catch (...) {
-    postToMainThread([thrown = std::current_exception()] { std::rethrow_exception(thrown); });
-  }
-}
-
-template <class T>
-Detached runDetached(Async<T> work) {
-  try {
-    static_cast<void>(co_await std::move(work));
-  } catch (...) {
-    throwOnMainThread();
-  }
-}
-
-/// What a caller that runs its loop waits for.
-template <class T>
-struct Outcome {
-  using Value = std::conditional_t<std::is_void_v<T>, bool, T>;
-  std::optional<Value> value;
-  std::exception_ptr thrown;
-
-  bool isThere() const noexcept { return value || thrown; }
-};
-
-template <class T>
-Detached runInto(Async<T> work, std::shared_ptr<Outcome<T>> outcome) {
-  try {
-    if constexpr (std::is_void_v<T>) {
-      co_await std::move(work);
-      outcome->value.emplace(true);
-    } else {
-      outcome->value.emplace(co_await std::move(work));
-    }
-  } catch (...) {
-    if (outcome.use_count() == 1)
-      throwOnMainThread();  // the caller has left its loop by an exception
-    else
-      outcome->thrown = std::current_exception();
-  }
-}
-
 }  // namespace detail
-
-/// Starts a coroutine on this thread and returns when it first waits, or has ended. It owns itself
-/// from here on. What it answers is dropped. What it throws is thrown in the main thread's loop;
-/// RunLoopEnded, and everything once that loop has ended, is dropped. Raises
-/// NSInvalidArgumentException for one that was started before.
-template <class T>
-void start(Async<T> work) {
-  if (!work) detail::raiseNoAsync();
-  detail::runDetached(std::move(work));
-}
-
-/// Starts it, and runs this thread's loop until it has ended: for `main`, and for threads that have
-/// nothing else to do. What it answers, or what it throws. A `stop` of the loop does not end this;
-/// an exception of other work in the loop does, and the coroutine goes on as if started. Raises
-/// NSInvalidArgumentException for one that was started before.
-template <class T>
-T runLoopUntilDone(Async<T> work) {
-  if (!work) detail::raiseNoAsync();
-  const auto outcome = std::make_shared<detail::Outcome<T>>();
-  detail::runInto(std::move(work), outcome);
-  const auto loop = NSRunLoop::currentRunLoop();
-  while (!outcome->isThere())
-    loop->runMode_beforeDate(NSDefaultRunLoopMode, NSDate::distantFuture());
-  if (outcome->thrown) std::rethrow_exception(outcome->thrown);
-  if constexpr (!std::is_void_v<T>) return std::move(*outcome->value);
-}
 
 }  // namespace qz
 

@@ -1,7 +1,7 @@
 /// @file
-/// What a coroutine can await: other threads, time, and Notifications. Offers nothing where the
-/// compiler has no coroutines. See Async.h for what a coroutine is here, NSTaskExit.h for the end
-/// of other programs.
+/// How a coroutine begins, and what it can await: other threads, time, and Notifications. Offers
+/// nothing where the compiler has no coroutines. See Async.h for what a coroutine is here,
+/// NSTaskExit.h for the end of other programs.
 ///
 ///     Async<> import(Ref<NSString> path) {
 ///       co_await onNewThread();
@@ -22,10 +22,44 @@
 #include <functional>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/Concurrency/detail/AsyncRun.h"
 
 #pragma GCC visibility push(default)
 
 namespace qz {
+
+/// Starts a coroutine on this thread and returns when it first waits, or has ended. It owns itself
+/// from here on. What it answers is dropped. What it throws is thrown in the main thread's loop;
+/// RunLoopEnded, and everything once that loop has ended, is dropped. Raises
+/// NSInvalidArgumentException for one that was started before.
+template <class T>
+void start(Async<T> work) {
+  detail::run(std::move(work));
+}
+
+/// The same, with an Async for its end: so several run at a time. What is thrown is thrown to who
+/// awaits that, and as by `start` when nobody does.
+///
+///     auto left = started(sizeOf(a));
+///     auto right = started(sizeOf(b));
+///     auto sum = co_await std::move(left) + co_await std::move(right);
+template <class T>
+Async<T> started(Async<T> work) {
+  return detail::awaited(detail::run(std::move(work)));
+}
+
+/// Starts it, and runs this thread's loop until it has ended: for `main`, and for threads that have
+/// nothing else to do. What it answers, or what it throws. A `stop` of the loop does not end this;
+/// an exception of other work in the loop does, and the coroutine goes on as if started. Raises
+/// NSInvalidArgumentException for one that was started before.
+template <class T>
+T runLoopUntilDone(Async<T> work) {
+  const auto outcome = detail::run(std::move(work));
+  const auto loop = NSRunLoop::currentRunLoop();
+  while (!outcome->isThere())
+    loop->runMode_beforeDate(NSDefaultRunLoopMode, NSDate::distantFuture());
+  return outcome->take();
+}
 
 /// What `onThread` and `onMainThread` answer, to be awaited.
 class [[nodiscard]] ThreadHop {

@@ -105,4 +105,20 @@ void WayBack::goOn(Outcome outcome) {
   what_.resume();
 }
 
+bool Meeting::wait(Suspended what, WayBack::Leave leave, std::shared_ptr<WayBack>& back) {
+  if (hasEnded()) return false;
+  const auto way = std::make_shared<WayBack>(what);
+  back = way;
+  back_ = way;
+  if (hasMet_.exchange(true, std::memory_order_acq_rel)) return false;
+  way->wait(std::nullopt, leave);
+  return true;
+}
+
+void Meeting::end() {
+  if (!hasMet_.exchange(true, std::memory_order_acq_rel)) return;
+  const auto back = std::move(back_);
+  if (back->claim()) back->comeBackAtOnce();
+}
+
 }  // namespace qz::detail

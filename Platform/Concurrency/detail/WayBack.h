@@ -74,6 +74,25 @@ class WayBack : public std::enable_shared_from_this<WayBack> {
   WeakRef<NSTimer> timer_;  // weak, so that it goes with its loop
 };
 
+/// Where something that ends and the one that waits for its end meet, whoever comes first.
+class Meeting {
+ public:
+  /// Whether it has ended; asked before anybody waits.
+  bool hasEnded() const noexcept { return hasMet_.load(std::memory_order_acquire); }
+
+  /// Waits for the end. False when it has come: then nobody is to be resumed. Sets `back` first,
+  /// and like WayBack::wait may have gone on when it returns.
+  bool wait(Suspended what, WayBack::Leave leave, std::shared_ptr<WayBack>& back);
+
+  /// Tells the end, once; any thread. Who waits has gone on when this returns, if this is their
+  /// thread, and may have taken this Meeting along.
+  void end();
+
+ private:
+  std::atomic<bool> hasMet_{false};
+  std::shared_ptr<WayBack> back_;
+};
+
 }  // namespace qz::detail
 
 #pragma GCC visibility pop

@@ -9,6 +9,8 @@
 namespace qz::test {
 namespace {
 
+using namespace std::chrono_literals;
+
 NSString* const wordCame = detail::literal<"wordCame">();
 
 /// The calling thread, to be compared with.
@@ -270,6 +272,44 @@ TEST_F(CoroutinesTest, TellsTheMainLoopWhatNobodyAwaits) {
   loop->perform([] { throw std::logic_error("other"); });
   EXPECT_THROW(runLoopUntilDone(slow(isDone)), std::logic_error);
   while (!isDone) loop->runMode_beforeDate(NSDefaultRunLoopMode, inSeconds(10));
+}
+
+// Each of the two needs that the other one runs.
+Async<> meet() {
+  const auto center = make<NSNotificationCenter>();
+  auto listening = started([](Ref<NSNotificationCenter> from) -> Async<std::string> {
+    const auto told = co_await nextNotification(wordCame, nullptr, from).within(10s);
+    co_return told ? "heard" : "missed";
+  }(center));
+  auto posting = started([](Ref<NSNotificationCenter> to) -> Async<std::unique_ptr<int>> {
+    co_await onNewThread();
+    to->postNotificationName_object(wordCame, nullptr);
+    co_return std::make_unique<int>(7);
+  }(center));
+  EXPECT_EQ(co_await std::move(listening), "heard");
+  co_await afterDelay(1ms);
+  EXPECT_EQ(*co_await std::move(posting), 7);
+
+  for (const bool endsFirst : {false, true}) {
+    auto failing = started([](bool fails) -> Async<int> {
+      if (!fails) co_await afterDelay(1ms);
+      co_return co_await fail();
+    }(endsFirst));
+    bool isCaught = false;
+    try {
+      co_await std::move(failing);
+    } catch (const std::runtime_error&) {
+      isCaught = true;
+    }
+    EXPECT_TRUE(isCaught);
+  }
+}
+
+TEST_F(CoroutinesTest, RunsSeveralAtATime) {
+  runLoopUntilDone(meet());
+  EXPECT_FALSE(loop->runPending()) << "what was caught is told to nobody else";
+  { auto dropped = started(fail()); }
+  EXPECT_THROW(loop->runPending(), std::runtime_error);
 }
 
 TEST_F(CoroutinesTest, ManyAtATime) {
