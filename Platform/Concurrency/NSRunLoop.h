@@ -56,7 +56,7 @@ class RunLoopEnded : public Raised {
 ///
 /// A program that has an event loop of its own drives the main thread's loop from there instead of
 /// running it: it polls `fileDescriptor`, or is told by `setWakeUpFunction`, and calls
-/// `runPending`. `examples/` shows it with GLib and Qt.
+/// `runPending`. `examples/` shows it with GLib, Qt and Asio.
 ///
 /// What says so may be called from any thread; everything else belongs to the loop's own.
 class NSRunLoop final : public Derives<NSRunLoop, NSObject> {
