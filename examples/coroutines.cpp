@@ -23,10 +23,15 @@ Ref<NSString> textOfBytes(std::uint64_t bytes) {
   return QZStorageSizeFormatter::storageSizeStringForBytes(bytes);
 }
 
-/// How much is in a folder, found out on a thread of its own.
+/// How much is in a folder's files, found out on a thread of its own.
 Async<std::uint64_t> sizeOf(Ref<NSString> folder) {
   co_await onNewThread();
-  co_return totalSizeOfFileAtPath(currentThreadFileManager(), folder);
+  const auto manager = currentThreadFileManager();
+  std::uint64_t sum = 0;
+  for (NSObject* each : manager->enumeratorAtPath(folder))
+    sum +=
+        totalSizeOfFileAtPath(manager, folder->stringByAppendingPathComponent(as<NSString>(each)));
+  co_return sum;
 }
 
 /// What a program exits with.

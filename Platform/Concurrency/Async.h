@@ -90,6 +90,9 @@ class AsyncPromise<void> : public AsyncPromiseBase {
   void take() const { rethrow(); }
 };
 
+template <class T>
+class AsyncAwaiter;
+
 [[noreturn]] inline void raiseNoAsync() {
   raise(NSInvalidArgumentException, "there is no function to wait for: it was started already");
 }
@@ -133,9 +136,9 @@ class [[nodiscard]] Async {
   static_assert(std::is_void_v<T> || std::is_object_v<T>, "an Async answers a value, or void");
 
  public:
-  using promise_type = detail::AsyncPromise<T>;
-  class Awaiter;
+  using promise_type = detail::AsyncPromise<T>;  ///< for the compiler
 
+  /// The other one has nothing to await afterwards.
   Async(Async&& other) noexcept : frame_(std::exchange(other.frame_, nullptr)) {}
   Async& operator=(Async&& other) noexcept {
     Async(std::move(other)).swap(*this);
@@ -151,23 +154,28 @@ class [[nodiscard]] Async {
   explicit operator bool() const noexcept { return static_cast<bool>(frame_); }
 
   /// `co_await std::move(async)`, or `co_await function(…)`.
-  Awaiter operator co_await() && noexcept { return Awaiter(std::move(*this)); }
+  detail::AsyncAwaiter<T> operator co_await() && noexcept {
+    return detail::AsyncAwaiter<T>(std::move(*this));
+  }
 
  private:
   friend promise_type;
+  friend detail::AsyncAwaiter<T>;
   explicit Async(std::coroutine_handle<promise_type> frame) noexcept : frame_(frame) {}
 
   std::coroutine_handle<promise_type> frame_;
 };
 
+namespace detail {
+
 /// Runs an Async for the coroutine that awaits it, and owns it meanwhile.
 template <class T>
-class Async<T>::Awaiter {
+class AsyncAwaiter {
  public:
-  explicit Awaiter(Async&& awaited) noexcept : awaited_(std::move(awaited)) {}
+  explicit AsyncAwaiter(Async<T>&& awaited) noexcept : awaited_(std::move(awaited)) {}
 
   bool await_ready() const {
-    if (!awaited_) detail::raiseNoAsync();
+    if (!awaited_) raiseNoAsync();
     return false;
   }
   bool await_suspend(std::coroutine_handle<> waiting) {
@@ -179,11 +187,9 @@ class Async<T>::Awaiter {
   }
 
  private:
-  Async awaited_;
-  std::shared_ptr<detail::WayBack> back_;
+  Async<T> awaited_;
+  std::shared_ptr<WayBack> back_;
 };
-
-namespace detail {
 
 template <class T>
 Async<T> AsyncPromise<T>::get_return_object() noexcept {

@@ -23,6 +23,7 @@
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
 #include "Platform/Concurrency/detail/AsyncRun.h"
+#include "Platform/Concurrency/detail/Awaitables.h"
 
 #pragma GCC visibility push(default)
 
@@ -61,83 +62,35 @@ T runLoopUntilDone(Async<T> work) {
   return outcome->take();
 }
 
-/// What `onThread` and `onMainThread` answer, to be awaited.
-class [[nodiscard]] ThreadHop {
- public:
-  explicit ThreadHop(NSThread* thread) : thread_(thread) {
-    if (thread == nullptr) detail::raise(NSInvalidArgumentException, "nil is no thread to go to");
-  }
-
-  bool await_ready() const noexcept { return detail::isCurrentThread(thread_); }
-  void await_suspend(std::coroutine_handle<> waiting) {
-    const auto thread = std::move(thread_);
-    detail::resumeOn(thread, detail::suspended(waiting), &loopEnded_);
-  }
-  void await_resume() const {
-    if (loopEnded_) throw RunLoopEnded();
-  }
-
- private:
-  Ref<NSThread> thread_;
-  bool loopEnded_ = false;
-};
-
 /// `co_await onThread(thread)` goes on there, in the next turn of the thread's run loop, which it
 /// has to run; straight on when it is that thread already. A thread that is not started yet has
 /// the coroutine wait until it is. Throws RunLoopEnded, on any thread, when the loop has ended or
 /// ends before. Raises NSInvalidArgumentException for nil.
-inline ThreadHop onThread(NSThread* thread) { return ThreadHop(thread); }
+inline detail::ThreadHop onThread(NSThread* thread) { return detail::ThreadHop(thread); }
 
 /// The same for the main thread.
-inline ThreadHop onMainThread() { return ThreadHop(NSThread::mainThread()); }
-
-/// What `onNewThread` answers, to be awaited.
-class [[nodiscard]] NewThreadHop {
- public:
-  bool await_ready() const noexcept { return false; }
-  void await_suspend(std::coroutine_handle<> waiting) const {
-    detail::resumeOnNewThread(detail::suspended(waiting));
-  }
-  void await_resume() const noexcept {}
-};
+inline detail::ThreadHop onMainThread() { return detail::ThreadHop(NSThread::mainThread()); }
 
 /// `co_await onNewThread()` goes on in a thread of its own, for work that takes long or blocks.
 /// While the coroutine waits for something there, the thread's run loop runs; the thread ends when
 /// the coroutine has ended or moved on. Raises NSGenericException, and stays where it is, when the
 /// system has no thread to give.
-inline NewThreadHop onNewThread() noexcept { return {}; }
-
-/// What `afterDelay` answers, to be awaited.
-class [[nodiscard]] Delay {
- public:
-  explicit Delay(NSTimeInterval seconds) noexcept : seconds_(seconds) {}
-
-  bool await_ready() const noexcept { return false; }
-  void await_suspend(std::coroutine_handle<> waiting) {
-    const auto back = std::make_shared<detail::WayBack>(detail::suspended(waiting));
-    back_ = back;
-    back->wait(seconds_);
-  }
-  void await_resume() const { back_->throwIfLoopEnded(); }
-
- private:
-  NSTimeInterval seconds_;
-  std::shared_ptr<detail::WayBack> back_;
-};
+inline detail::NewThreadHop onNewThread() noexcept { return {}; }
 
 /// `co_await afterDelay(0.5)`, or `afterDelay(500ms)`, goes on after so many seconds, on the same
 /// thread, in its run loop; 0 or less lets the loop have a turn. Throws RunLoopEnded when the loop
 /// ends before.
-inline Delay afterDelay(NSTimeInterval seconds) noexcept { return Delay(seconds); }
+inline detail::Delay afterDelay(NSTimeInterval seconds) noexcept { return detail::Delay(seconds); }
 
 template <class Rep, class Period>
-Delay afterDelay(std::chrono::duration<Rep, Period> duration) noexcept {
-  return Delay(timeInterval(duration));
+detail::Delay afterDelay(std::chrono::duration<Rep, Period> duration) noexcept {
+  return detail::Delay(timeInterval(duration));
 }
 
 /// What `nextNotification` answers, to be awaited.
 class [[nodiscard]] NextNotification {
  public:
+  /// See `nextNotification`.
   NextNotification(NSString* name, NSObject* object, NSNotificationCenter* center)
       : name_(name),
         object_(object),
@@ -161,7 +114,9 @@ class [[nodiscard]] NextNotification {
     return std::move(*this);
   }
 
+  /// Called by `co_await`.
   bool await_ready() const noexcept { return false; }
+  /// Called by `co_await`: observes the centre.
   void await_suspend(std::coroutine_handle<> waiting) {
     const auto back = std::make_shared<detail::WayBack>(detail::suspended(waiting));
     const auto limit = limit_;
@@ -180,6 +135,7 @@ class [[nodiscard]] NextNotification {
     }
     back->wait(limit);
   }
+  /// Called by `co_await`: the Notification, or nil.
   Ref<NSNotification> await_resume() {
     token_ = nullptr;
     back_->throwIfLoopEnded();

@@ -12,17 +12,18 @@
 #pragma GCC visibility push(default)
 
 namespace qz {
+namespace detail {
 
 /// What `exitOf` answers, to be awaited once, by a coroutine of any type.
 class [[nodiscard]] TaskExit {
  public:
   explicit TaskExit(NSTask* task) : task_(task) {
-    if (task == nullptr) detail::raise(NSInvalidArgumentException, "nil is no task to wait for");
+    if (task == nullptr) raise(NSInvalidArgumentException, "nil is no task to wait for");
   }
 
   bool await_ready() const { return !task_->isRunning(); }
   void await_suspend(std::coroutine_handle<> waiting) {
-    const auto back = std::make_shared<detail::WayBack>(detail::suspended(waiting));
+    const auto back = std::make_shared<WayBack>(suspended(waiting));
     back_ = back;
     task_->callWhenEnded([back] {
       if (back->claim()) back->comeBack();
@@ -36,8 +37,10 @@ class [[nodiscard]] TaskExit {
 
  private:
   Ref<NSTask> task_;
-  std::shared_ptr<detail::WayBack> back_;
+  std::shared_ptr<WayBack> back_;
 };
+
+}  // namespace detail
 
 ///     task->launch();
 ///     if (co_await exitOf(task) != 0) …
@@ -46,7 +49,7 @@ class [[nodiscard]] TaskExit {
 /// thread, in its run loop; straight on when the program has ended already. The task is kept alive.
 /// Throws RunLoopEnded when the loop ends before the program. Raises NSInvalidArgumentException for
 /// nil, and for a task that was not launched.
-inline TaskExit exitOf(NSTask* task) { return TaskExit(task); }
+inline detail::TaskExit exitOf(NSTask* task) { return detail::TaskExit(task); }
 
 }  // namespace qz
 

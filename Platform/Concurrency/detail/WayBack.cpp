@@ -105,7 +105,7 @@ void WayBack::goOn(Outcome outcome) {
   what_.resume();
 }
 
-bool Meeting::wait(Suspended what, WayBack::Leave leave, std::shared_ptr<WayBack>& back) {
+bool Meeting::wait(Suspended what, WayBack::Leave leave, std::shared_ptr<WayBack>& back) noexcept {
   if (hasEnded()) return false;
   const auto way = std::make_shared<WayBack>(what);
   back = way;

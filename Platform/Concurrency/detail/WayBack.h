@@ -82,7 +82,7 @@ class Meeting {
 
   /// Waits for the end. False when it has come: then nobody is to be resumed. Sets `back` first,
   /// and like WayBack::wait may have gone on when it returns.
-  bool wait(Suspended what, WayBack::Leave leave, std::shared_ptr<WayBack>& back);
+  bool wait(Suspended what, WayBack::Leave leave, std::shared_ptr<WayBack>& back) noexcept;
 
   /// Tells the end, once; any thread. Who waits has gone on when this returns, if this is their
   /// thread, and may have taken this Meeting along.
