@@ -135,13 +135,19 @@ Async<> walk(Ref<NSThread> a, Ref<NSThread> b, std::atomic<int>& count) {
   ++count;
 }
 
+/// Ends when the thread has.
+Async<> outlast(Ref<NSThread> thread) {
+  co_await onNewThread();
+  thread->waitUntilFinished();
+}
+
 Async<> waitForNothing(int kind, std::atomic<int>& count, std::atomic<int>& ended) {
   const Counted counted(count);
   try {
     if (kind == 0) co_await afterDelay(1000);
     if (kind == 1) co_await nextNotification("never"_ns);
     if (kind == 2) co_await nextNotification("never"_ns).within(1000);
-    if (kind == 3) co_await endOnNewThread();
+    if (kind == 3) co_await outlast(here());
   } catch (const RunLoopEnded&) {
     ++ended;
     throw;  // dropped by `start`
