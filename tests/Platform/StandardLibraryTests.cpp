@@ -11,10 +11,10 @@
 #include "Platform/Concurrency/NSLock.h"
 #include "Platform/Concurrency/NSRunLoop.h"
 #include "Platform/Runtime/Class.h"
+#include "Platform/Values/FileSystemPath.h"
 #include "Platform/Values/NSGeometry.h"
 #include "Platform/Values/NSIndexPath.h"
 #include "Platform/Values/NSIndexSet.h"
-#include "Platform/Values/NSPathUtilities.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
