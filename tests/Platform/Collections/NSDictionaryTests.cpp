@@ -1,8 +1,7 @@
-#include "Platform/Collections/NSDictionary.h"
-
 #include <unordered_map>
 
 #include "tests/Platform/Collections/HashedKeys.h"
+#include "tests/support/Letters.h"
 #include "tests/support/ListDictionary.h"
 #include "tests/support/Test.h"
 
@@ -20,14 +19,9 @@ TYPED_TEST(AnyDictionary, AnswersByKeyAndKeepsItsOrder) {
   EXPECT_EQ(to_string(d->objectForKey(NSString::stringWithUTF8String("a"))), "2");
   EXPECT_EQ(to_string(d->objectForKey(NSNumber::of(7.0))), "1");
   EXPECT_FALSE(d->objectForKey("b"_ns));
-  EXPECT_TRUE(d->allKeys()->isEqual(NSArray::arrayWithObjects({"z"_ns, "a"_ns, number(7)})));
-  EXPECT_TRUE(
-      d->allValues()->isEqual(NSArray::arrayWithObjects({number(1), number(2), number(1)})));
-  EXPECT_TRUE(d->keyEnumerator()->allObjects()->isEqual(d->allKeys()));
-  EXPECT_TRUE(d->objectEnumerator()->allObjects()->isEqual(d->allValues()));
-  EXPECT_TRUE(
-      d->allKeysForObject(number(1))->isEqual(NSArray::arrayWithObjects({"z"_ns, number(7)})));
-  EXPECT_EQ(d->allKeysForObject(nullptr)->count(), 0u);
+  EXPECT_EQ(text(d->allKeys()), "za7");
+  EXPECT_EQ(text(d->allValues()), "121");
+  EXPECT_EQ(text(d->allKeysForObject(number(1))), "z7");
   std::string walked;
   for (const auto& [key, value] : d) walked += to_string(key) + to_string(value);
   EXPECT_EQ(walked, "z1a271");
@@ -41,14 +35,11 @@ TYPED_TEST(AnyDictionary, EqualityGoesByEntriesNotByOrderOrClass) {
         Mutable::of({{"b"_ns, NSNumber::of(2.0)}, {"a"_ns, number(1)}}),
         Custom::of({{"b"_ns, number(2)}, {"a"_ns, number(1)}})}) {
     EXPECT_TRUE(d->isEqual(same));
-    EXPECT_TRUE(same->isEqual(d));
     EXPECT_EQ(d->hash(), same->hash());
   }
   EXPECT_FALSE(d->isEqual(Immutable::of({{"a"_ns, number(1)}})));
   EXPECT_FALSE(d->isEqual(Immutable::of({{"a"_ns, number(1)}, {"b"_ns, number(3)}})));
   EXPECT_FALSE(d->isEqual(Immutable::of({{"a"_ns, number(1)}, {"c"_ns, number(2)}})));
-  EXPECT_FALSE(d->isEqual("a"_ns));
-  EXPECT_FALSE(d->isEqualToDictionary(nullptr));
 }
 
 TYPED_TEST(AnyDictionary, CopiesAreIndependent) {
@@ -70,23 +61,19 @@ TYPED_TEST(AnyDictionary, ReadsByKeyPath) {
   EXPECT_EQ(to_string(d->valueForKeyPath("inner.count"_ns)), "mine");
   EXPECT_EQ(to_string(d->valueForKey("@count"_ns)), "2");
   EXPECT_FALSE(d->valueForKey("count"_ns));
-  auto objects =
-      d->objectsForKeys_notFoundMarker(NSArray::arrayWithObjects({"none"_ns, "other"_ns}), "-"_ns);
-  EXPECT_TRUE(objects->isEqual(NSArray::arrayWithObjects({"-"_ns, number(1)})));
-  EXPECT_TRUE(refuses(
-      [&] { d->objectsForKeys_notFoundMarker(NSArray::arrayWithObject("none"_ns), nullptr); }));
+  const auto keys = NSArray::arrayWithObjects({"none"_ns, "other"_ns});
+  EXPECT_EQ(text(d->objectsForKeys_notFoundMarker(keys, "-"_ns)), "-1");
+  EXPECT_TRUE(refuses([&] { d->objectsForKeys_notFoundMarker(keys, nullptr); }));
 }
 
 TYPED_TEST(AnyDictionary, SortsItsKeysByTheirValues) {
   auto d = TypeParam::of(
       {{"c"_ns, number(3)}, {"a"_ns, number(1)}, {"x"_ns, number(3)}, {"b"_ns, number(2)}});
-  EXPECT_TRUE(d->keysSortedByValueUsingSelector("compare:"_sel)
-                  ->isEqual(NSArray::arrayWithObjects({"a"_ns, "b"_ns, "c"_ns, "x"_ns})));
+  EXPECT_EQ(text(d->keysSortedByValueUsingSelector("compare:"_sel)), "abcx");
   const auto backwards = [](NSObject* a, NSObject* b) {
     return as<NSNumber>(b)->compare(as<NSNumber>(a));
   };
-  EXPECT_TRUE(d->keysSortedByValueUsingComparator(backwards)->isEqual(
-      NSArray::arrayWithObjects({"c"_ns, "x"_ns, "b"_ns, "a"_ns})));
+  EXPECT_EQ(text(d->keysSortedByValueUsingComparator(backwards)), "cxba");
   EXPECT_TRUE(refuses([&] { d->keysSortedByValueUsingComparator({}); }));
   EXPECT_TRUE(d->keysOfEntriesPassingTest([](NSObject*, NSObject* value) {
                  return as<NSNumber>(value)->intValue() == 3;
@@ -94,24 +81,19 @@ TYPED_TEST(AnyDictionary, SortsItsKeysByTheirValues) {
 }
 
 TYPED_TEST(AnyDictionary, HandsItsEntriesOut) {
-  auto text = NSMutableString::stringWithString("text"_ns);
-  auto d = TypeParam::of({{"a"_ns, text}, {"b"_ns, number(2)}});
+  auto held = NSMutableString::stringWithString("text"_ns);
+  auto d = TypeParam::of({{"a"_ns, held}, {"b"_ns, number(2)}});
   NSObject *keys[2], *objects[2];
   d->getObjects_andKeys(objects, keys);
-  EXPECT_EQ(objects[0], text);
+  EXPECT_EQ(objects[0], held);
   EXPECT_EQ(to_string(objects[1]) + to_string(keys[0]) + to_string(keys[1]), "2ab");
-  d->getObjects_andKeys(nullptr, nullptr);
-  EXPECT_EQ(NSMutableDictionary::initWithDictionary(d)->objectForKey("a"_ns), text);
+  EXPECT_EQ(NSMutableDictionary::initWithDictionary(d)->objectForKey("a"_ns), held);
   for (const Ref<NSDictionary>& copies :
        {NSDictionary::initWithDictionary_copyItems(d, true),
         Ref<NSDictionary>(NSMutableDictionary::initWithDictionary_copyItems(d, true))}) {
     EXPECT_TRUE(copies->isEqual(d));
-    EXPECT_NE(copies->objectForKey("a"_ns), text);
+    EXPECT_NE(copies->objectForKey("a"_ns), held);
   }
-  EXPECT_TRUE(NSDictionary::fromRange(*d)->isEqual(d));
-  EXPECT_FALSE(d->fileModificationDate());
-  auto attributes = TypeParam::of({{"NSFileModificationDate"_ns, NSDate::distantPast()}});
-  EXPECT_EQ(attributes->fileModificationDate(), NSDate::distantPast());
 }
 
 TEST(NSDictionary, ConstructorsAgreeAndTheLastOfEqualKeysWins) {
@@ -126,20 +108,10 @@ TEST(NSDictionary, ConstructorsAgreeAndTheLastOfEqualKeysWins) {
   EXPECT_EQ(to_string(NSDictionary::dictionaryWithObjectsAndKeys(number(3), "a"_ns, number(2),
                                                                  "b"_ns, nullptr, "c"_ns)),
             to_string(expected));
-  EXPECT_EQ(NSDictionary::dictionaryWithObjectsAndKeys()->count(), 0u);
-  EXPECT_EQ(NSDictionary::initWithObjects_forKeys(nullptr, nullptr)->count(), 0u);
   EXPECT_TRUE(refuses([&] { NSDictionary::initWithObjects_forKeys(values, NSArray::array()); }));
   EXPECT_TRUE(refuses([] { NSDictionary::dictionaryWithObjectsAndKeys("object"_ns); }));
   EXPECT_TRUE(refuses([] { NSDictionary::of({{"key"_ns, nullptr}}); }));
   EXPECT_TRUE(refuses([] { NSDictionary::of({{nullptr, "object"_ns}}); }));
-  auto made = send<Ref<NSMutableDictionary>>(classOf<NSMutableDictionary>(),
-                                             "dictionaryWithObject:forKey:"_sel, number(1), "k"_ns);
-  EXPECT_EQ(made->count(), 1u);
-  const std::map<std::string, Ref<NSNumber>> byName{{"b", number(2)}, {"a", number(3)}};
-  std::vector<std::pair<Ref<NSString>, Ref<NSNumber>>> pairs;
-  for (const auto& [name, value] : byName)
-    pairs.emplace_back(NSString::stringWithUTF8String(name), value);
-  EXPECT_EQ(to_string(NSDictionary::fromRange(pairs)), to_string(expected));
   const auto list = NSArray::arrayWithObjects({number(3), "a"_ns, number(2), "b"_ns});
   for (Class* aClass : {classOf<NSDictionary>(), classOf<NSMutableDictionary>()}) {
     const auto listed = send<Ref<NSDictionary>>(aClass, "initWithObjectsAndKeys:"_sel, list.get());
@@ -168,11 +140,8 @@ TEST(NSMutableDictionary, SetsAndRemovesByKeyValueAccess) {
   d->addEntriesFromDictionary(d);
   d->setDictionary(d);
   EXPECT_EQ(d->count(), 2u);
-  d->setDictionary(NSDictionary::of({{"e"_ns, number(6)}}));
-  EXPECT_EQ(to_string(d), "{\n    e = 6;\n}");
   EXPECT_TRUE(refuses([&] { d->setObject_forKey(nullptr, "a"_ns); }));
   EXPECT_TRUE(refuses([&] { d->setObject_forKey("a"_ns, nullptr); }));
-  EXPECT_TRUE(refuses([&] { d->removeObjectForKey(nullptr); }));
   EXPECT_TRUE(raises(NSUndefinedKeyException,
                      [] { NSDictionary::dictionary()->setValue_forKey("a"_ns, "key"_ns); }));
 }

@@ -1,8 +1,5 @@
 // What every kind of MutableArray does: the library's, one of a derived class that uses the storage
 // it inherits, and one that overrides the primitives.
-#include "Platform/Collections/NSMutableArray.h"
-
-#include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Collections/NSPredicate.h"
 #include "tests/Platform/Collections/HashedKeys.h"
 #include "tests/support/Letters.h"
@@ -81,23 +78,17 @@ TYPED_TEST(EveryMutableArray, AddsRemovesAndReplaces) {
   auto array = this->of("abc");
   array->replaceObjectAtIndex_withObject(1, "y"_ns);
   array->exchangeObjectAtIndex_withObjectAtIndex(0, 1);
-  array->replaceObjectAtIndex_withObject(1, "z"_ns);
-  array->addObject("x"_ns);
-  array->removeLastObject();
-  EXPECT_EQ(text(array), "yzc");
   array->addObjectsFromArray(array);
-  EXPECT_EQ(text(array), "yzcyzc");
+  EXPECT_EQ(text(array), "yacyac");
   array->replaceObjectsInRange_withObjectsFromArray({1, 4}, array);
-  EXPECT_EQ(text(array), "yyzcyzcc");
+  EXPECT_EQ(text(array), "yyacyacc");
   array->replaceObjectsInRange_withObjectsFromArray({1, 6}, NSArray::arrayWithObject("q"_ns));
   EXPECT_EQ(text(array), "yqc");
   array->setArray(array);
-  EXPECT_EQ(text(array), "yqc");
+  array->removeLastObject();
+  EXPECT_EQ(text(array), "yq");
   array->setArray(this->of("mn"));
   EXPECT_EQ(text(array), "mn");
-  array->removeAllObjects();
-  array->removeAllObjects();
-  EXPECT_EQ(array->count(), 0u);
 }
 
 TYPED_TEST(EveryMutableArray, RemovesEveryEqualElement) {
@@ -111,43 +102,44 @@ TYPED_TEST(EveryMutableArray, RemovesEveryEqualElement) {
   EXPECT_EQ(text(array), "th qck brwn fx");
   array->removeObjectsInArray(this->of("abcdefghijklm nopqrstu"));
   EXPECT_EQ(text(array), "wx");
-  array->removeObject(nullptr);
-  array->removeObjectsInArray(nullptr);
-  array->setArray(this->of("0123456789"));
-  array->removeObjectsInRange({2, 7});
-  EXPECT_EQ(text(array), "019");
   array->filterUsingPredicate(
-      NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) > "0"; }));
-  EXPECT_EQ(text(array), "19");
+      NSPredicate::predicateWithBlock([](NSObject* each) { return to_string(each) > "w"; }));
+  EXPECT_EQ(text(array), "x");
 }
 
 TYPED_TEST(EveryMutableArray, RefusesWithoutChanging) {
   auto array = this->of("abc");
-  const auto staysAsItIs = [&](NSString* name, const std::function<void()>& code) {
-    EXPECT_TRUE(raises(name, code));
-    EXPECT_EQ(text(array), "abc");
+  const std::function<void()> nils[] = {
+      [&] { array->addObject(nullptr); },
+      [&] { array->insertObject_atIndex(nullptr, 0); },
+      [&] { array->replaceObjectAtIndex_withObject(0, nullptr); },
   };
-  staysAsItIs(NSInvalidArgumentException, [&] { array->addObject(nullptr); });
-  staysAsItIs(NSInvalidArgumentException, [&] { array->insertObject_atIndex(nullptr, 0); });
-  staysAsItIs(NSInvalidArgumentException,
-              [&] { array->replaceObjectAtIndex_withObject(0, nullptr); });
-  staysAsItIs(NSRangeException, [&] { array->insertObject_atIndex("x"_ns, 4); });
-  staysAsItIs(NSRangeException, [&] { array->removeObjectAtIndex(3); });
-  staysAsItIs(NSRangeException, [&] { array->replaceObjectAtIndex_withObject(3, "x"_ns); });
-  staysAsItIs(NSRangeException, [&] { array->exchangeObjectAtIndex_withObjectAtIndex(0, 3); });
-  staysAsItIs(NSRangeException, [&] { array->removeObjectsInRange({2, 2}); });
-  staysAsItIs(NSRangeException, [&] { array->removeObject_inRange("c"_ns, {2, 2}); });
-  staysAsItIs(NSRangeException, [&] { array->insertObjectsFromArray_atIndex(array, 4); });
-  staysAsItIs(NSRangeException, [&] {
-    array->replaceObjectsInRange_withObjectsFromArray_range({0, 1}, array, {2, 2});
-  });
-  staysAsItIs(NSRangeException, [&] {
-    array->replaceObjectsInRange_withObjectsFromArray({4, 0}, array);
-  });
-  staysAsItIs(NSGenericException, [&] {
+  for (const auto& code : nils) EXPECT_TRUE(refuses(code));
+  const std::function<void()> beyond[] = {
+      [&] { array->insertObject_atIndex("x"_ns, 4); },
+      [&] { array->removeObjectAtIndex(3); },
+      [&] { array->replaceObjectAtIndex_withObject(3, "x"_ns); },
+      [&] { array->exchangeObjectAtIndex_withObjectAtIndex(0, 3); },
+      [&] {
+        array->removeObjectsInRange({2, 2});
+      },
+      [&] {
+        array->removeObject_inRange("c"_ns, {2, 2});
+      },
+      [&] { array->insertObjectsFromArray_atIndex(array, 4); },
+      [&] {
+        array->replaceObjectsInRange_withObjectsFromArray({4, 0}, array);
+      },
+      [&] {
+        array->replaceObjectsInRange_withObjectsFromArray_range({0, 1}, array, {2, 2});
+      },
+  };
+  for (const auto& code : beyond) EXPECT_TRUE(refusesRange(code)) << (&code - beyond);
+  EXPECT_TRUE(raises(NSGenericException, [&] {
     array->filterUsingPredicate(NSPredicate::predicateWithBlock(
         [](NSObject*) -> bool { detail::raise(NSGenericException, "no"); }));
-  });
+  }));
+  EXPECT_EQ(text(array), "abc");
   EXPECT_TRUE(refusesRange([&] { this->of("")->removeLastObject(); }));
 }
 
@@ -260,19 +252,13 @@ TYPED_TEST(EveryMutableArray, DoesAsAVectorDoes) {
   }
 }
 
-TEST(NSMutableArray, IsMadeByClassAndCopied) {
+TEST(NSMutableArray, IsMadeByClassAndTakesAnyHint) {
   auto titled = send<Ref<NSMutableArray>>(classOf<Titled>(), "arrayWithObject:"_sel, "a"_ns);
   EXPECT_TRUE(isKind<Titled>(titled.get()));
   EXPECT_EQ(text(titled), "a");
   auto hinted = NSMutableArray::arrayWithCapacity(0xFFFFFFFF);
   hinted->addObject("b"_ns);
   EXPECT_EQ(hinted->count(), 1u);
-  auto frozen = hinted->copy();
-  auto thawed = hinted->mutableCopy();
-  hinted->addObject("c"_ns);
-  as<NSMutableArray>(thawed)->removeAllObjects();
-  EXPECT_EQ(text(frozen), "b");
-  EXPECT_EQ(text(hinted), "bc");
 }
 
 TEST(NSMutableArray, KeepsAnElementAliveThatLeavesDuringItsOwnMessage) {

@@ -1,4 +1,3 @@
-
 #include "tests/support/Person.h"
 #include "tests/support/Test.h"
 
@@ -39,41 +38,37 @@ class Nested : public Derives<Nested, NSObject> {
 
 int badge(Worker*) { return 7; }
 
-NumberKind kindOf(const Ref<NSObject>& value) { return as<NSNumber>(value.get())->kind(); }
-
 TEST(KeyValueCoding, BoxesEachScalarAsTheKindItHas) {
   auto ann = make<Person>("Ann"_ns, 30);
   ann->grade = -3;
   ann->number = 1ull << 63;
-  EXPECT_EQ(kindOf(ann->valueForKey("age"_ns)), NumberKind::Int);
-  EXPECT_EQ(kindOf(ann->valueForKey("married"_ns)), NumberKind::Bool);
-  EXPECT_EQ(kindOf(ann->valueForKey("grade"_ns)), NumberKind::Char);
-  EXPECT_EQ(kindOf(ann->valueForKey("number"_ns)), NumberKind::UnsignedLongLong);
-  EXPECT_EQ(kindOf(ann->valueForKey("weight"_ns)), NumberKind::Float);
-  EXPECT_EQ(kindOf(ann->valueForKey("height"_ns)), NumberKind::Double);
-  EXPECT_EQ(to_string(ann->valueForKey("number"_ns)), "9223372036854775808");
-  EXPECT_EQ(to_string(ann->valueForKey("grade"_ns)), "-3");
+  using K = NumberKind;
+  const std::tuple<NSString*, K, const char*> cases[] = {
+      {"age"_ns, K::Int, "30"},     {"married"_ns, K::Bool, "0"},
+      {"grade"_ns, K::Char, "-3"},  {"number"_ns, K::UnsignedLongLong, "9223372036854775808"},
+      {"weight"_ns, K::Float, "0"}, {"height"_ns, K::Double, "0"},
+  };
+  for (const auto& [key, kind, text] : cases) {
+    const auto value = as<NSNumber>(ann->valueForKey(key));
+    EXPECT_EQ(value->kind(), kind) << key;
+    EXPECT_EQ(to_string(value), text) << key;
+  }
 }
 
 TEST(KeyValueCoding, SetsFromNumbersAndStrings) {
   auto ann = make<Person>("Ann"_ns);
   ann->setValue_forKey(NSNumber::numberWithDouble(41.9), "age"_ns);
   EXPECT_EQ(ann->age, 41);
-  ann->setValue_forKey("42"_ns, "age"_ns);
   ann->setValue_forKey("-7"_ns, "grade"_ns);
   ann->setValue_forKey("1.5"_ns, "weight"_ns);
   ann->setValue_forKey("YES"_ns, "married"_ns);
   ann->setValue_forKey("Nick"_ns, "nick"_ns);
   ann->setValue_forKey(NSNumber::numberWithUnsignedLongLong(~0ull), "number"_ns);
-  EXPECT_EQ(ann->age, 42);
   EXPECT_EQ(ann->grade, -7);
   EXPECT_EQ(ann->weight, 1.5f);
   EXPECT_TRUE(ann->married);
   EXPECT_EQ(ann->nick, "Nick");
   EXPECT_EQ(ann->number, ~0ull);
-  EXPECT_EQ(to_string(ann->valueForKey("nick"_ns)), "Nick");
-  ann->setValue_forKey(nullptr, "name"_ns);
-  EXPECT_EQ(ann->valueForKey("name"_ns), nullptr);
 }
 
 TEST(KeyValueCoding, RefusesWhatCannotBeSet) {
@@ -84,7 +79,6 @@ TEST(KeyValueCoding, RefusesWhatCannotBeSet) {
   EXPECT_TRUE(refuses([&] { ann->setValue_forKey(make<Person>(), "age"_ns); }, {"intValue"}));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->setValue_forKey("x"_ns, "height"_ns); },
                      {"Person", "height"}));
-  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->setValue_forKey("x"_ns, ""_ns); }));
   EXPECT_TRUE(refuses([&] { ann->valueForKey(nullptr); }));
 }
 
@@ -94,8 +88,8 @@ TEST(KeyValueCoding, UnknownKeysRaiseUnlessAnswered) {
                         "retain"_ns, "autorelease"_ns, "compareByAge:"_ns})
     EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->valueForKey(key); },
                        {"Person", key->UTF8String()}));
-  EXPECT_EQ(to_string(make<Open>()->valueForKey("anything"_ns)), "anything");
   auto open = make<Open>();
+  EXPECT_EQ(to_string(open->valueForKey("anything"_ns)), "anything");
   open->setValue_forKey("v"_ns, "anything"_ns);
   EXPECT_EQ(to_string(open->last), "v");
 }
@@ -105,7 +99,6 @@ TEST(KeyValueCoding, FindsOperationsAddedLater) {
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { worker->valueForKey("badge"_ns); }));
   extend<Worker>("Badges").property<&badge>("badge");
   EXPECT_EQ(to_string(worker->valueForKey("badge"_ns)), "7");
-  EXPECT_EQ(to_string(worker->valueForKey("title"_ns)), "worker");
 }
 
 TEST(KeyValueCoding, WalksPaths) {
@@ -122,23 +115,10 @@ TEST(KeyValueCoding, WalksPaths) {
   EXPECT_EQ(to_string(make<Nested>()->valueForKeyPath("next.next.next.depth"_ns)), "3");
 }
 
-TEST(KeyValueCoding, DictionariesLookUp) {
-  auto ann = make<Person>("Ann"_ns);
-  auto table = make<NSMutableDictionary>();
-  table->setValue_forKey(ann, "first"_ns);
-  EXPECT_EQ(to_string(table->valueForKeyPath("first.name"_ns)), "Ann");
-  EXPECT_EQ(table->valueForKey("second"_ns), nullptr);
-  EXPECT_EQ(table->valueForKey("count"_ns), nullptr);
-  table->setValue_forKey(nullptr, "first"_ns);
-  EXPECT_EQ(table->count(), 0u);
-}
-
 TEST(KeyValueCoding, ReadsAndSetsManyAtOnce) {
   auto ann = make<Person>("Ann"_ns, 30);
-  auto values = make<NSMutableDictionary>();
-  values->setObject_forKey(NSNull::null(), "name"_ns);
-  values->setObject_forKey("31"_ns, "age"_ns);
-  ann->setValuesForKeysWithDictionary(values);
+  ann->setValuesForKeysWithDictionary(
+      NSDictionary::of({{"name"_ns, NSNull::null()}, {"age"_ns, "31"_ns}}));
   EXPECT_EQ(ann->name(), nullptr);
   EXPECT_EQ(ann->age, 31);
   auto read = ann->dictionaryWithValuesForKeys(NSArray::arrayWithObjects({"name"_ns, "age"_ns}));

@@ -1,6 +1,4 @@
 // Observing from several threads at a time: meant for the thread sanitizer.
-
-#include "Platform/Runtime/NSKeyValueObserving.h"
 #include "tests/support/Observers.h"
 #include "tests/support/Test.h"
 

@@ -1,6 +1,3 @@
-
-#include "Platform/Runtime/NSAssertionHandler.h"
-#include "Platform/Runtime/NSException.h"
 #include "tests/support/Test.h"
 #include "tests/support/Witness.h"
 

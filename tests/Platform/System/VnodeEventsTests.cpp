@@ -1,19 +1,10 @@
 #include "Platform/System/detail/VnodeEvents.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstdlib>
-#include <fstream>
-#include <map>
-#include <random>
-#include <sstream>
-#include <thread>
-
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -126,10 +117,10 @@ TEST_F(VnodeEventsTest, AddingAndRemovingLosesNothing) {
 /// What should be reported, worked out from the operations alone.
 class Model {
  public:
-  static constexpr int names = 6;
+  static constexpr std::size_t names = 6;
 
   struct Watch {
-    int name;
+    std::size_t name;
     std::uint32_t mask;
     int inode;
     bool isOver = false;
@@ -143,7 +134,7 @@ class Model {
   void attribute(int inode, bool links) {
     for (auto& [id, watch] : watches) {
       if (watch.inode != inode || watch.isOver) continue;
-      if (at[static_cast<std::size_t>(watch.name)] == inode) {
+      if (at[watch.name] == inode) {
         expect(id, links || watch.forgotLinks ? vnodeLinked : vnodeAttributes);
         watch.isRenamed = watch.isDeleted = watch.forgotLinks = false;
         continue;
@@ -158,23 +149,21 @@ class Model {
   void write(int inode, bool grows) {
     for (auto& [id, watch] : watches)
       if (watch.inode == inode && !watch.isOver)
-        expect(id, vnodeWritten |
-                       (grows && at[static_cast<std::size_t>(watch.name)] == inode ? vnodeExtended
-                                                                                   : 0u));
+        expect(id, vnodeWritten | (grows && at[watch.name] == inode ? vnodeExtended : 0u));
   }
   void move(int inode) {
     for (auto& [id, watch] : watches) {
       if (watch.inode != inode || watch.isOver) continue;
       expect(id, vnodeRenamed);
-      watch.isRenamed = at[static_cast<std::size_t>(watch.name)] != inode;
+      watch.isRenamed = at[watch.name] != inode;
       if (!watch.isRenamed) watch.isDeleted = watch.forgotLinks = false;
     }
   }
   /// A name of the inode is gone; `at` knows already.
   void unlinked(int inode) {
     attribute(inode, true);
-    for (int name = 0; name < names; ++name)
-      if (at[static_cast<std::size_t>(name)] == inode) return;
+    for (std::size_t name = 0; name < names; ++name)
+      if (at[name] == inode) return;
     for (auto& [id, watch] : watches) {
       if (watch.inode != inode || watch.isOver) continue;
       if (!std::exchange(watch.isDeleted, true)) expect(id, vnodeDeleted);
@@ -200,25 +189,24 @@ TEST_F(VnodeEventsTest, ReportsWhatAModelExpectsOfRandomOperations) {
       (stress != nullptr ? std::chrono::milliseconds(1000 * std::atol(stress)) : 500ms);
   const unsigned seed = stress != nullptr ? std::random_device()() : 1;
   std::mt19937 random(seed);
-  const auto pick = [&](int below) {
-    return static_cast<int>(random() % static_cast<unsigned>(below));
-  };
+  const auto pick = [&](std::size_t below) { return random() % below; };
   Model model;
   const auto folder = events->add(directory.path(), everything);
   model.watches[folder] = {0, everything, -1};
-  const auto pathOf = [&](int name) { return directory.path() + "/" + std::to_string(name); };
+  const auto pathOf = [&](std::size_t name) {
+    return directory.path() + "/" + std::to_string(name);
+  };
   std::ostringstream log;
   for (int step = 0; std::chrono::steady_clock::now() < end; ++step) {
-    const int name = pick(Model::names);
-    const int other = pick(Model::names);
+    const std::size_t name = pick(Model::names);
+    const std::size_t other = pick(Model::names);
     const std::string path = pathOf(name);
-    const int inode = model.at[static_cast<std::size_t>(name)];
-    const auto at = [&](int of) -> int& { return model.at[static_cast<std::size_t>(of)]; };
-    const int operation = pick(10);
+    const int inode = model.at[name];
+    const std::size_t operation = pick(10);
     log << step << ": " << operation << ' ' << name << ' ' << other << '\n';
     if (operation == 0 && inode == 0) {
       ::close(::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY, 0600));
-      at(name) = ++model.lastInode;
+      model.at[name] = ++model.lastInode;
       model.expect(folder, vnodeWritten);
     } else if (operation == 1 && inode != 0) {
       append(path, "text");
@@ -236,19 +224,19 @@ TEST_F(VnodeEventsTest, ReportsWhatAModelExpectsOfRandomOperations) {
     } else if (operation == 4 && inode != 0) {
       ::chmod(path.c_str(), step % 2 == 0 ? 0600 : 0640);
       model.attribute(inode, false);
-    } else if (operation == 5 && inode != 0 && at(other) == 0) {
+    } else if (operation == 5 && inode != 0 && model.at[other] == 0) {
       ASSERT_EQ(::link(path.c_str(), pathOf(other).c_str()), 0);
-      at(other) = inode;
+      model.at[other] = inode;
       model.attribute(inode, true);
       model.expect(folder, vnodeWritten);
     } else if (operation == 6 && inode != 0) {
       ASSERT_EQ(::unlink(path.c_str()), 0);
-      at(name) = 0;
+      model.at[name] = 0;
       model.unlinked(inode);
       model.expect(folder, vnodeWritten);
-    } else if (operation == 7 && inode != 0 && at(other) != inode) {
+    } else if (operation == 7 && inode != 0 && model.at[other] != inode) {
       ASSERT_EQ(::rename(path.c_str(), pathOf(other).c_str()), 0);
-      const int replaced = std::exchange(at(other), std::exchange(at(name), 0));
+      const int replaced = std::exchange(model.at[other], std::exchange(model.at[name], 0));
       model.move(inode);
       if (replaced != 0) model.unlinked(replaced);
       model.expect(folder, vnodeWritten);
@@ -258,8 +246,8 @@ TEST_F(VnodeEventsTest, ReportsWhatAModelExpectsOfRandomOperations) {
       ASSERT_NE(watch, 0u);
       model.watches[watch] = {name, mask, inode};
     } else if (operation == 9 && model.watches.size() > 1) {
-      const auto watch =
-          std::next(model.watches.begin(), 1 + pick(static_cast<int>(model.watches.size()) - 1));
+      const auto place = static_cast<std::ptrdiff_t>(1 + pick(model.watches.size() - 1));
+      const auto watch = std::next(model.watches.begin(), place);
       events->remove(watch->first);
       model.watches.erase(watch);
     }

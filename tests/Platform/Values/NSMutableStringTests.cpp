@@ -1,5 +1,3 @@
-#include "Platform/Values/NSMutableString.h"
-
 #include "tests/support/Test.h"
 
 namespace qz::test {

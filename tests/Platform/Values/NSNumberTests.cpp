@@ -1,5 +1,3 @@
-#include "Platform/Values/NSNumber.h"
-
 #include <cfloat>
 
 #include "tests/support/Test.h"
@@ -71,72 +69,58 @@ TEST(NSNumber, ComparesAndHashesByExactValueAcrossKinds) {
   EXPECT_FALSE(all[0].number->isEqual("0"_ns));
   EXPECT_FALSE(all[0].number->isEqual(nullptr));
   EXPECT_FALSE(all[0].number->isEqualToNumber(nullptr));
+  EXPECT_TRUE(refuses([&] { all[0].number->compare(nullptr); }));
 }
 
 template <class T>
 T clamped(Exact value) {
   if (std::isnan(value)) return 0;
-  const Exact whole = std::trunc(value);
-  if (whole < static_cast<Exact>(std::numeric_limits<T>::min()))
-    return std::numeric_limits<T>::min();
-  if (whole > static_cast<Exact>(std::numeric_limits<T>::max()))
-    return std::numeric_limits<T>::max();
-  return static_cast<T>(whole);
+  using Limits = std::numeric_limits<T>;
+  return static_cast<T>(std::clamp<Exact>(std::trunc(value), Limits::min(), Limits::max()));
 }
 
-TEST(NSNumber, FloatingNumbersConvertToTheNearestInteger) {
-  for (const auto& [number, value] : samples()) {
-    if (!isFloatingKind(number->kind())) continue;
-    for (const Ref<NSNumber>& n : {number, NSNumber::of(-number->doubleValue())}) {
-      const Exact exact = n == number ? value : -value;
-      EXPECT_EQ(n->charValue(), clamped<std::int8_t>(exact)) << n;
-      EXPECT_EQ(n->unsignedCharValue(), clamped<std::uint8_t>(exact)) << n;
-      EXPECT_EQ(n->shortValue(), clamped<std::int16_t>(exact)) << n;
-      EXPECT_EQ(n->unsignedShortValue(), clamped<std::uint16_t>(exact)) << n;
-      EXPECT_EQ(n->intValue(), clamped<std::int32_t>(exact)) << n;
-      EXPECT_EQ(n->unsignedIntValue(), clamped<std::uint32_t>(exact)) << n;
-      EXPECT_EQ(n->longValue(), clamped<std::int32_t>(exact)) << n;
-      EXPECT_EQ(n->unsignedLongValue(), clamped<std::uint32_t>(exact)) << n;
-      EXPECT_EQ(n->longLongValue(), clamped<std::int64_t>(exact)) << n;
-      EXPECT_EQ(n->unsignedLongLongValue(), clamped<std::uint64_t>(exact)) << n;
-    }
+// Floating numbers convert to the nearest integer, integers by their low bits.
+template <class T>
+T converted(NSNumber* number, Exact value) {
+  if (isFloatingKind(number->kind())) return clamped<T>(value);
+  if (value < 0) return static_cast<T>(static_cast<std::int64_t>(value));
+  return static_cast<T>(static_cast<std::uint64_t>(value));
+}
+
+TEST(NSNumber, ConvertsToEveryKind) {
+  for (const auto& [n, exact] : samples()) {
+    EXPECT_EQ(n->charValue(), converted<std::int8_t>(n, exact)) << n;
+    EXPECT_EQ(n->unsignedCharValue(), converted<std::uint8_t>(n, exact)) << n;
+    EXPECT_EQ(n->shortValue(), converted<std::int16_t>(n, exact)) << n;
+    EXPECT_EQ(n->unsignedShortValue(), converted<std::uint16_t>(n, exact)) << n;
+    EXPECT_EQ(n->intValue(), converted<std::int32_t>(n, exact)) << n;
+    EXPECT_EQ(n->unsignedIntValue(), converted<std::uint32_t>(n, exact)) << n;
+    EXPECT_EQ(n->longValue(), converted<std::int32_t>(n, exact)) << n;
+    EXPECT_EQ(n->unsignedLongValue(), converted<std::uint32_t>(n, exact)) << n;
+    EXPECT_EQ(n->longLongValue(), converted<std::int64_t>(n, exact)) << n;
+    EXPECT_EQ(n->unsignedLongLongValue(), converted<std::uint64_t>(n, exact)) << n;
   }
-}
-
-TEST(NSNumber, IntegersConvertByTheirLowBits) {
-  EXPECT_EQ(NSNumber::of(300)->charValue(), 44);
-  EXPECT_EQ(NSNumber::of(-1)->unsignedCharValue(), 255);
-  EXPECT_EQ(NSNumber::of(40000)->shortValue(), -25536);
-  EXPECT_EQ(NSNumber::of(UINT32_MAX)->intValue(), -1);
-  EXPECT_EQ(NSNumber::of(std::int64_t{0x1'2345'6789})->unsignedIntValue(), 0x2345'6789u);
-  EXPECT_EQ(NSNumber::of(-1)->unsignedLongLongValue(), UINT64_MAX);
-  EXPECT_EQ(NSNumber::of(UINT64_MAX)->longLongValue(), -1);
   EXPECT_EQ(NSNumber::of(UINT64_MAX)->doubleValue(), 0x1p64);
   EXPECT_EQ(NSNumber::of(INT64_MIN)->doubleValue(), -0x1p63);
   // Rounded to double first, this would end up one step lower.
   EXPECT_EQ(NSNumber::of((std::int64_t{1} << 60) + (std::int64_t{1} << 36) + 1)->floatValue(),
             0x1.000002p60f);
   EXPECT_TRUE(NSNumber::of(256)->boolValue());
-  EXPECT_TRUE(NSNumber::of(0.25)->boolValue());
   EXPECT_TRUE(NSNumber::of(nan)->boolValue());
   EXPECT_FALSE(NSNumber::of(-0.0)->boolValue());
 }
 
 TEST(NSNumber, RemembersItsKind) {
   using N = NSNumber;
-  const Ref<N> all[] = {N::numberWithBool(true),
-                        N::numberWithChar(1),
-                        N::numberWithUnsignedChar(1),
-                        N::numberWithShort(1),
-                        N::numberWithUnsignedShort(1),
-                        N::numberWithInt(1),
-                        N::numberWithUnsignedInt(1),
-                        N::numberWithLong(1),
-                        N::numberWithUnsignedLong(1),
-                        N::numberWithLongLong(1),
-                        N::numberWithUnsignedLongLong(1),
-                        N::numberWithFloat(1),
-                        N::numberWithDouble(1)};
+  const Ref<N> all[] = {
+      N::numberWithBool(true),          N::numberWithChar(1),
+      N::numberWithUnsignedChar(1),     N::numberWithShort(1),
+      N::numberWithUnsignedShort(1),    N::numberWithInt(1),
+      N::numberWithUnsignedInt(1),      N::numberWithLong(1),
+      N::numberWithUnsignedLong(1),     N::numberWithLongLong(1),
+      N::numberWithUnsignedLongLong(1), N::numberWithFloat(1),
+      N::numberWithDouble(1),
+  };
   int kind = 0;
   for (const auto& each : all) {
     EXPECT_EQ(static_cast<int>(each->kind()), kind++);
@@ -146,7 +130,6 @@ TEST(NSNumber, RemembersItsKind) {
   EXPECT_EQ(NSNumber::of(1L)->kind(), NumberKind::LongLong);
   EXPECT_EQ(NSNumber::of(1UL)->kind(), NumberKind::UnsignedLongLong);
   EXPECT_EQ(NSNumber::of('a')->kind(), NumberKind::Char);
-  EXPECT_EQ(NSNumber::of(1.5L)->kind(), NumberKind::Double);
 }
 
 TEST(NSNumber, SharesSmallIntsAndTruthValues) {
@@ -154,20 +137,15 @@ TEST(NSNumber, SharesSmallIntsAndTruthValues) {
     const bool isShared = value >= -128 && value < 1024;
     Ref<NSNumber> number = NSNumber::numberWithInt(value);
     EXPECT_EQ(number == NSNumber::numberWithInt(value), isShared);
-    EXPECT_EQ(number->intValue(), value);
     EXPECT_EQ(number->retainCount(), isShared ? 0x7FFFFFFFu : 1u);
   }
-  EXPECT_EQ(NSNumber::numberWithBool(true), NSNumber::of(true));
-  EXPECT_FALSE(NSNumber::numberWithBool(true) == NSNumber::numberWithBool(false));
 }
 
 TEST(NSNumber, WritesTheShortestTextThatReadsBack) {
   const std::vector<std::pair<Ref<NSNumber>, std::string>> rows{
       {NSNumber::of(false), "0"},
       {NSNumber::of(UINT64_MAX), "18446744073709551615"},
-      {NSNumber::of(100000.0), "100000"},
       {NSNumber::of(-0.0), "-0"},
-      {NSNumber::of(0.1), "0.1"},
       {NSNumber::of(0.1f), "0.1"},
       {NSNumber::of(static_cast<double>(0.1f)), "0.10000000149011612"},
       {NSNumber::of(0.1 + 0.2), "0.30000000000000004"},
@@ -175,7 +153,6 @@ TEST(NSNumber, WritesTheShortestTextThatReadsBack) {
       {NSNumber::of(1e16), "1e+16"},
       {NSNumber::of(0.0001), "0.0001"},
       {NSNumber::of(0.00001), "1e-05"},
-      {NSNumber::of(infinity), "inf"},
       {NSNumber::of(-nan), "nan"}};
   for (const auto& [number, text] : rows) {
     EXPECT_EQ(number->stringValue()->UTF8String(), text);
@@ -185,20 +162,6 @@ TEST(NSNumber, WritesTheShortestTextThatReadsBack) {
     if (number->kind() == NumberKind::Double && !std::isnan(value)) {
       EXPECT_EQ(std::strtod(to_string(number).c_str(), nullptr), number->doubleValue());
     }
-}
-
-TEST(NSNumber, ComparesWithNumbersOnly) {
-  auto number = NSNumber::of(1);
-  EXPECT_TRUE(refuses([&] { number->compare(nullptr); }));
-  EXPECT_TRUE(refuses([&] { send<NSComparisonResult>(number, "compare:"_sel, "1"_ns); }));
-}
-
-TEST(NSNull, IsOneObject) {
-  EXPECT_EQ(NSNull::null(), send<Ref<NSNull>>(classOf<NSNull>(), "null"_sel));
-  EXPECT_EQ(NSNull::null()->copy(), NSNull::null());
-  EXPECT_EQ(to_string(NSNull::null()), "<null>");
-  EXPECT_EQ(NSNull::null()->retainCount(), 0x7FFFFFFFu);
-  EXPECT_FALSE(NSNull::null()->isEqual(NSNumber::of(0)));
 }
 
 }  // namespace

