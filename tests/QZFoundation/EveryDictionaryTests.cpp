@@ -29,13 +29,6 @@ std::string text(NSObject* object) {
   return to_string(object);
 }
 
-TYPED_TEST(EveryDictionary, IsTurnedRound) {
-  auto d = TypeParam::of({{"a"_ns, number(1)}, {"b"_ns, number(2)}, {"c"_ns, number(1)}});
-  EXPECT_EQ(text(inverseDictionary(d)), "{1:c 2:b }");
-  EXPECT_EQ(text(inverseDictionary(inverseDictionary(d))), "{c:1 b:2 }");
-  EXPECT_EQ(text(send<Ref<NSObject>>(TypeParam::of({}), "inverseDictionary"_sel)), "{}");
-}
-
 /// Equal to everything when it is asked, and to nothing when it is the argument.
 class Yes : public Derives<Yes, NSObject> {
  public:
@@ -52,7 +45,6 @@ TYPED_TEST(EveryDictionary, KnowsItsObjects) {
   EXPECT_FALSE(containsObject(d, make<Yes>()));
   EXPECT_TRUE(containsObject(TypeParam::of({{"a"_ns, make<Yes>()}}), "other"_ns));
   EXPECT_EQ(text(allObjects(d)), "(1 text )");
-  EXPECT_EQ(text(send<Ref<NSObject>>(d, "allObjects"_sel)), "(1 text )");
 }
 
 TYPED_TEST(EveryDictionary, ReadsScalars) {
@@ -98,15 +90,14 @@ TYPED_TEST(EveryDictionary, AnswersNilWhateverMatches) {
   auto d = TypeParam::of({{"stranger"_ns, make<Yes>()}, {"ann"_ns, ann}, {"bob"_ns, bob}});
   EXPECT_FALSE(objectMatchingValue_forKey(d, "Ann"_ns, "name"_ns));
   EXPECT_FALSE(objectMatchingValue_forKeyPath(d, number(3), "name.length"_ns));
-  for (const char* name : {"keyOfObjectMatchingValue:forKeyPath:usingSelector:",
-                           "objectMatchingValue:forKeyPath:usingSelector:"})
-    EXPECT_FALSE(
-        send<Ref<NSObject>>(d, Selector::named(name), "Bob"_ns, "name"_ns, "isEqual:"_sel));
+  EXPECT_FALSE(
+      objectMatchingValue_forKeyPath_usingSelector(d, "Bob"_ns, "name"_ns, "isEqual:"_sel));
   // It walks as far as the first match, and only an unknown key is passed over.
   int asked = 0;
   auto counting = make<Asked>(asked);
   auto many = TypeParam::of({{"1"_ns, counting}, {"2"_ns, counting}, {"3"_ns, counting}});
-  keyOfObjectMatchingValue_forKeyPath_usingSelector(many, "value"_ns, "key"_ns, "isEqual:"_sel);
+  EXPECT_FALSE(keyOfObjectMatchingValue_forKeyPath_usingSelector(many, "value"_ns, "key"_ns,
+                                                                 "isEqual:"_sel));
   EXPECT_EQ(asked, 2);  // once for nothing and once for the answer
   keyOfObjectMatchingValue_forKeyPath_usingSelector(many, "other"_ns, "key"_ns, "isEqual:"_sel);
   EXPECT_EQ(asked, 2 + 6);
@@ -119,12 +110,12 @@ TYPED_TEST(EveryDictionary, GivesTheMatchingEntries) {
   auto ann = make<Person>("Ann"_ns, 30), bob = make<Person>(nullptr, 30);
   auto d = TypeParam::of({{"ann"_ns, ann}, {"bob"_ns, bob}});
   EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, NSNumber::of(30.0), "age"_ns)->count(), 2u);
-  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, "Ann"_ns, "name"_ns)->objectForKey("ann"_ns),
-            ann);
-  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, nullptr, "name"_ns)->objectForKey("bob"_ns),
-            bob);
-  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, make<Yes>(), "name"_ns)->count(), 2u);
-  EXPECT_EQ(dictionaryByMatchingValue_forKeyPath(d, "Bob"_ns, "name"_ns)->count(), 0u);
+  const auto named = [&](NSObject* name) {
+    return dictionaryByMatchingValue_forKeyPath(d, name, "name"_ns);
+  };
+  EXPECT_EQ(named("Ann"_ns)->objectForKey("ann"_ns), ann);
+  EXPECT_EQ(named(nullptr)->objectForKey("bob"_ns), bob);
+  EXPECT_EQ(named(make<Yes>())->count(), 2u);
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] {
     dictionaryByMatchingValue_forKeyPath(d, number(3), "name.length"_ns);  // one key, no path
   }));
@@ -135,34 +126,22 @@ TYPED_TEST(EveryDictionary, DerivesOthers) {
   auto keys = NSArray::arrayWithObjects({"b"_ns, "x"_ns, "a"_ns, "b"_ns});
   EXPECT_EQ(text(dictionaryWithObjectsForKeys(d, keys->objectEnumerator())), "{b:2 a:1 }");
   EXPECT_EQ(text(dictionaryWithObjectsForKeys(d, nullptr)), "{}");
-
+  auto twice = TypeParam::of({{"a"_ns, number(1)}, {"b"_ns, number(2)}, {"c"_ns, number(1)}});
+  EXPECT_EQ(text(inverseDictionary(twice)), "{1:c 2:b }");
   EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4), "a"_ns)),
             "{a:4 b:2 c:3 }");
+  // It ends at nil, and at an Object without a key.
   NSObject* const nothing = nullptr;
-  EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4), nothing,
-                                                  number(5), "e"_ns)),
-            "{a:1 b:2 c:3 }");
-  EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, nothing, "c"_ns)), "{a:1 b:2 }");
-  EXPECT_EQ(text(dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4))),
-            "{a:1 b:2 c:3 }");
-  EXPECT_EQ(text(send<Ref<NSObject>>(d, "dictionaryByAddingObjectsAndKeys:"_sel,
-                                     NSArray::arrayWithObjects({number(3), "c"_ns}))),
-            "{a:1 b:2 c:3 }");
+  for (const auto& made :
+       {dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4), nothing, d, "e"_ns),
+        dictionaryByAddingObjectsAndKeys(d, number(3), "c"_ns, number(4))})
+    EXPECT_EQ(text(made), "{a:1 b:2 c:3 }");
+  auto sent = send<Ref<NSObject>>(d, "dictionaryByAddingObjectsAndKeys:"_sel, keys);
+  EXPECT_EQ(text(sent), "{a:1 b:a x:b }");
   EXPECT_EQ(d->count(), 2u);
-}
-
-TYPED_TEST(EveryDictionary, CopiesSettleOrOpenEveryLevel) {
-  auto name = NSMutableString::stringWithString("name"_ns);
-  auto d = TypeParam::of({{"inner"_ns, NSMutableDictionary::of({{"name"_ns, name}})},
-                          {"outer"_ns, NSDictionary::of({{"name"_ns, name}})}});
-  for (const Ref<NSObject>& copy : {deepCopy(d), copyMutableContainers(d)}) {
-    const bool isOpen = isKind<NSMutableDictionary>(copy);
-    for (NSString* key : {"inner"_ns, "outer"_ns})
-      EXPECT_EQ(isKind<NSMutableDictionary>(copy->valueForKey(key)), isOpen);
-    EXPECT_FALSE(isKind<NSMutableString>(copy->valueForKeyPath("inner.name"_ns)));
-  }
-  EXPECT_TRUE(isKind<NSMutableDictionary>(copyMutableContainers(TypeParam::of({}))));
-  EXPECT_FALSE(isKind<NSMutableDictionary>(deepCopy(TypeParam::of({}))));
+  EXPECT_FALSE(isKind<NSMutableDictionary>(deepCopy(d)));
+  EXPECT_TRUE(isKind<NSMutableDictionary>(copyMutableContainers(d)));
+  EXPECT_EQ(text(deepCopy(d)) + text(copyMutableContainers(d)), text(d) + text(d));
 }
 
 TEST(NSDictionaryQZFoundation, RefusesToCopyWithoutEnd) {
@@ -172,8 +151,7 @@ TEST(NSDictionaryQZFoundation, RefusesToCopyWithoutEnd) {
   EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { deepCopy(cycle); }));
   EXPECT_TRUE(raises(NSInternalInconsistencyException, [&] { copyMutableContainers(list); }));
   list->removeAllObjects();
-  EXPECT_EQ(text(deepCopy(cycle)), "{list:() }");
-  Ref<NSDictionary> chain = NSDictionary::dictionary();
+  Ref<NSDictionary> chain = cycle;
   for (int i = 0; i < 900; ++i) chain = NSDictionary::of({{"next"_ns, chain}});
   EXPECT_TRUE(deepCopy(chain)->isEqual(chain));
 }
@@ -192,22 +170,12 @@ TEST(NSMutableDictionaryQZFoundation, MergesWhatBothHave) {
   mergeWithDictionary_usingSelector(people, NSDictionary::of({{"ann"_ns, "partner"_ns}}),
                                     "valueForKey:"_sel);
   EXPECT_EQ(text(people), "{n:1 }");
-  auto scalar = [&] {
-    mergeWithDictionary_usingSelector(d, NSDictionary::dictionaryWithDictionary(d), "compare:"_sel);
-  };
-  EXPECT_TRUE(refuses(scalar));
-  EXPECT_EQ(text(d), "{x:6 mine:14 }");
-}
-
-TEST(NSMutableDictionaryQZFoundation, MergedWithItselfMayLoseAllEntries) {
-  auto ann = make<Person>("partner"_ns);
-  auto d = NSMutableDictionary::of({{"a"_ns, "uppercase"_ns}, {"b"_ns, "uppercase"_ns}});
-  EXPECT_TRUE(raises(NSUndefinedKeyException,
-                     [&] { mergeWithDictionary_usingSelector(d, d, "valueForKey:"_sel); }));
   auto empty = NSDictionary::dictionary();
   auto none = NSMutableDictionary::of({{"a"_ns, empty}, {"b"_ns, empty}});
   mergeWithDictionary_usingSelector(none, none, "objectForKey:"_sel);
   EXPECT_EQ(none->count(), 0u);
+  EXPECT_TRUE(refuses([&] { mergeWithDictionary_usingSelector(d, d, "compare:"_sel); }));
+  EXPECT_EQ(text(d), "{x:6 mine:14 }");
 }
 
 TEST(NSMutableDictionaryQZFoundation, RemovesAndSetsValues) {
@@ -286,6 +254,7 @@ TEST(NSDictionaryQZFoundation, CopiesOfAnyTreeAreEqualAndApart) {
     changeEverything(frozen);  // nothing in it can change
     ASSERT_EQ(text(frozen), before);
     changeEverything(thawed);
+    ASSERT_EQ(text(thawed) != before, isKind<NSArray>(tree) || isKind<NSDictionary>(tree));
     ASSERT_EQ(text(tree), before);
     changeEverything(tree);
     ASSERT_EQ(text(frozen), before);

@@ -15,12 +15,6 @@ namespace {
 
 using Holders = std::vector<Ref<Holder>>;
 
-Holders holdersOf(std::initializer_list<int> values) {
-  Holders all;
-  for (int value : values) all.push_back(make<Holder>("x"_ns, value));
-  return all;
-}
-
 /// Answers whatever comparison it was told to, once a list of answers has run out its last one.
 class Moody : public Derives<Moody, NSObject> {
  public:
@@ -40,28 +34,26 @@ class Moody : public Derives<Moody, NSObject> {
 };
 
 TEST(ValueSearch, ReadsEachValueTwiceUpToTheFirstMatch) {
-  struct Case {
-    NSString* keyPath;
-    Ref<NSObject> value;
-    std::uint32_t found;
-  };
   auto deep = make<Holder>("deep"_ns, 7);
   const Holders holders{make<Holder>("a"_ns, 1), make<Holder>(nullptr, 2), make<Holder>(deep, 3),
                         make<Holder>("c"_ns, 3)};
   auto array = NSArray::fromRange(holders);
-  const Case cases[] = {
-      {"number"_ns, NSNumber::numberWithInt(3), 2},
-      {"number"_ns, NSNumber::numberWithDouble(3), 2},
-      {"number"_ns, NSNumber::numberWithDouble(3.5), NSNotFound},
-      {"number"_ns, NSNumber::numberWithLongLong((1LL << 32) + 3), NSNotFound},
+  const struct {
+    NSString* keyPath;
+    Ref<NSObject> value;
+    std::uint32_t found;
+  } cases[] = {
+      {"number"_ns, NSNumber::of(3.0), 2},
+      {"number"_ns, NSNumber::of(3.5), NSNotFound},
+      {"number"_ns, NSNumber::of((1LL << 32) + 3), NSNotFound},
       {"number"_ns, "3"_ns, NSNotFound},
       {"number"_ns, nullptr, NSNotFound},
       {"value"_ns, "c"_ns, 3},
       {"value"_ns, nullptr, NSNotFound},  // nil is sent nothing
-      {"huge"_ns, NSNumber::numberWithInt(-1), NSNotFound},
+      {"huge"_ns, number(-1), NSNotFound},
       {"huge"_ns, NSNumber::numberWithUnsignedLongLong(~0ULL), 0},
   };
-  for (const Case& each : cases) {
+  for (const auto& each : cases) {
     for (const auto& holder : holders) holder->reads = 0;
     EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, each.value, each.keyPath), each.found)
         << each.keyPath << " " << each.value;
@@ -74,10 +66,8 @@ TEST(ValueSearch, ReadsEachValueTwiceUpToTheFirstMatch) {
 TEST(ValueSearch, SkipsElementsWithoutTheKeyAndNothingElse) {
   auto ann = make<Holder>("v"_ns, 5);
   auto array = NSArray::arrayWithObjects({"text"_ns, make<Holder>(nullptr, 1), ann});
-  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(5), "number"_ns),
-            2u);
-  EXPECT_EQ(objectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(1), "value.length"_ns),
-            ann);
+  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, number(5), "number"_ns), 2u);
+  EXPECT_EQ(objectMatchingValue_forKeyPath(array, number(1), "value.length"_ns), ann);
   EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, "v"_ns, "nowhere"_ns), NSNotFound);
   EXPECT_TRUE(raises(NSGenericException,
                      [&] { indexOfObjectMatchingValue_forKeyPath(array, "v"_ns, "trouble"_ns); }));
@@ -88,20 +78,15 @@ TEST(ValueSearch, SkipsElementsWithoutTheKeyAndNothingElse) {
     return objectMatchingValue_forKeyPath_usingSelector(NSArray::arrayWithObject(ann), value,
                                                         "self"_ns, selector);
   };
-  EXPECT_EQ(search(NSNumber::numberWithInt(4), "isAbove:"_sel), ann);
-  EXPECT_EQ(search(NSNumber::numberWithInt(5), "isAbove:"_sel), nullptr);
+  EXPECT_EQ(search(number(4), "isAbove:"_sel), ann);
+  EXPECT_EQ(search(number(5), "isAbove:"_sel), nullptr);
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { search("nowhere"_ns, "valueForKey:"_sel); }));
 }
 
 TEST(ValueSearch, AsksClassesThatReadKeysThemselves) {
-  auto array = NSArray::arrayWithObjects(
-      {make<Holder>(nullptr, 1), make<Oracle>(nullptr, 2), make<Holder>(nullptr, 2)});
-  const auto find = [&](int number) {
-    return indexOfObjectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(number),
-                                                 "number"_ns);
-  };
-  EXPECT_EQ(find(1000), 1u);
-  EXPECT_EQ(find(2), 2u);
+  auto array = NSArray::arrayWithObjects({make<Oracle>(nullptr, 2), make<Holder>(nullptr, 2)});
+  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, number(1000), "number"_ns), 0u);
+  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, number(2), "number"_ns), 1u);
 }
 
 TEST(ValueSearch, GoesOnWhenReadingChangesTheArray) {
@@ -111,26 +96,21 @@ TEST(ValueSearch, GoesOnWhenReadingChangesTheArray) {
     holder->whenRead = [&] { array->removeAllObjects(); };
     array->addObject(holder);
   }
-  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, NSNumber::numberWithInt(3), "number"_ns),
-            NSNotFound);
+  EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, number(3), "number"_ns), NSNotFound);
   EXPECT_EQ(array->count(), 0u);
 }
 
 TEST(SortedSearch, StandsNonsense) {
-  std::vector<Ref<NSObject>> elements(1000, Ref<NSObject>("x"_ns));
-  auto array = NSArray::fromRange(elements);
-  struct Case {
-    std::vector<int> answers;
-    std::uint32_t found;
-    std::uint32_t insertion;
-  };
+  auto array = arrayWithObject_repeatedNumberOfTimes("x"_ns, 1000);
   // Only exactly +1 leads further on, and only exactly 0 is a find.
-  const Case cases[] = {{{7}, NSNotFound, 0},
-                        {{-2}, NSNotFound, 0},
-                        {{1}, NSNotFound, 1000},
-                        {{1, 7}, NSNotFound, 500},
-                        {{-1, 1, 7, -2, 1, 0}, 306, 281}};
-  for (const Case& each : cases) {
+  const struct {
+    std::vector<int> answers;
+    std::uint32_t found, insertion;
+  } cases[] = {{{-2}, NSNotFound, 0},
+               {{1}, NSNotFound, 1000},
+               {{1, 7}, NSNotFound, 500},
+               {{-1, 1, 7, -2, 1, 0}, 306, 281}};
+  for (const auto& each : cases) {
     auto moody = make<Moody>(each.answers);
     EXPECT_EQ(indexOfObject_inArraySortedUsingSelector(array, moody, "judge:"_sel), each.found);
     EXPECT_LE(moody->asked, 11u);
@@ -141,9 +121,8 @@ TEST(SortedSearch, StandsNonsense) {
   }
   // The Object itself is found without asking it.
   auto moody = make<Moody>(std::vector<int>{7});
-  EXPECT_EQ(indexOfObject_inArraySortedUsingSelector(NSArray::arrayWithObject(moody), moody,
-                                                     "judge:"_sel),
-            0u);
+  auto only = NSArray::arrayWithObject(moody);
+  EXPECT_EQ(indexOfObject_inArraySortedUsingSelector(only, moody, "judge:"_sel), 0u);
   EXPECT_EQ(moody->asked, 0u);
 }
 
@@ -155,12 +134,12 @@ TEST(DerivedArrays, WantAnAnswerOfEachElementOrAPlaceholder) {
   EXPECT_EQ(
       text(arrayByPerformingSelector_object_nilPlaceholder(array, "value"_sel, nullptr, "p"_ns)),
       "ap");
-  EXPECT_EQ(arrayByPerformingSelector(NSArray::array(), "value"_sel)->count(), 0u);
   EXPECT_TRUE(refuses([&] { arrayByPerformingSelector(array, "number"_sel); }));
 }
 
 TEST(DerivedArrays, FilterByTheLowByteAndInPlaceByTheWhole) {
-  auto array = NSMutableArray::fromRange(holdersOf({0, 1, 2, 256, 257}));
+  auto array = NSMutableArray::array();
+  for (int value : {0, 1, 2, 256, 257}) array->addObject(make<Holder>("x"_ns, value));
   const auto values = [](NSArray* of) {
     return to_string(arrayForKeyPath(of, "number"_ns)->componentsJoinedByString(" "_ns));
   };
@@ -170,8 +149,7 @@ TEST(DerivedArrays, FilterByTheLowByteAndInPlaceByTheWhole) {
       "0 256");
   filterObjectsWithSelector(array, "isAbove:"_sel);
   EXPECT_EQ(values(array), "1 2 256 257");
-  filterObjectsWithSelector_object_matching(array, "isAbove:"_sel, NSNumber::numberWithInt(2),
-                                            false);
+  filterObjectsWithSelector_object_matching(array, "isAbove:"_sel, number(2), false);
   EXPECT_EQ(values(array), "2");
 }
 
@@ -184,20 +162,15 @@ TEST(DerivedArrays, RepeatAnObject) {
 
 TEST(DerivedArrays, SortByKeyPathStably) {
   Holders holders;
-  for (int i = 0; i < 100; ++i)
-    holders.push_back(make<Holder>(NSNumber::numberWithInt(i), i * 37 % 7));
+  for (int i = 0; i < 100; ++i) holders.push_back(make<Holder>(number(i), i * 37 % 7));
   auto sorted = sortedArrayUsingKeyPath(NSArray::fromRange(holders), "number"_ns);
   for (const auto& each : holders) EXPECT_EQ(each->reads, 1);
   auto expected = holders;
   std::ranges::stable_sort(expected, {}, [](const auto& each) { return each->number(); });
   EXPECT_EQ(sorted->toVector(), std::vector<Ref<NSObject>>(expected.begin(), expected.end()));
-  auto inPlace = NSMutableArray::fromRange(holders);
-  sortByKey(inPlace, "number"_ns);
-  EXPECT_TRUE(inPlace->isEqual(sorted));
   // Nil compares as the same with everything, so nothing moves across it.
-  auto gap = NSArray::arrayWithObjects({make<Holder>("b"_ns), make<Holder>(nullptr)});
-  EXPECT_TRUE(
-      sortedArrayUsingKeyPath(reversedArray(gap), "value.self"_ns)->isEqual(reversedArray(gap)));
+  auto gap = NSArray::arrayWithObjects({make<Holder>(nullptr), make<Holder>("b"_ns)});
+  EXPECT_TRUE(sortedArrayUsingKeyPath(gap, "value.self"_ns)->isEqual(gap));
 }
 
 TEST(DerivedDictionaries, KeepTheLastOfEqualKeys) {
@@ -207,14 +180,12 @@ TEST(DerivedDictionaries, KeepTheLastOfEqualKeys) {
   EXPECT_EQ(numbers->count(), 2u);
   EXPECT_EQ(to_string(numbers->objectForKey("k"_ns)), "4");
   auto values = dictionaryWithKeyPathForKeys_keyPathForValues(array, "number"_ns, "value"_ns);
-  EXPECT_EQ(values->objectForKey(NSNumber::numberWithInt(2)), NSNull::null());
+  EXPECT_EQ(values->objectForKey(number(2)), NSNull::null());
   EXPECT_TRUE(refuses([&] { dictionaryIndexedByKeyPath(array->objectEnumerator(), "value"_ns); }));
   auto walk = array->reverseObjectEnumerator();
   walk->nextObject();
   EXPECT_EQ(dictionaryIndexedByKeyPath(walk, "number"_ns)->count(), 3u);  // what is left
 }
-
-// Copies of trees.
 
 /// Copies itself in a way of its own when it is copied deeply.
 class Stamp : public Derives<Stamp, NSObject> {
@@ -247,9 +218,9 @@ TEST(ArrayAlgebra, HoldsForRandomArrays) {
   for (int round = 0; round < 200; ++round) {
     std::vector<Ref<NSObject>> objects;
     for (auto left = random() % 40; left > 0; --left)
-      objects.push_back(NSNumber::numberWithInt(static_cast<int>(random() % 20)));
+      objects.push_back(number(static_cast<int>(random() % 20)));
     auto array = NSMutableArray::fromRange(objects);
-    auto pivot = NSNumber::numberWithInt(static_cast<int>(random() % 20));
+    auto pivot = number(static_cast<int>(random() % 20));
 
     auto map = sortMapUsingSelector(array, "compare:"_sel);
     EXPECT_TRUE(arrayUsingMap(arrayUsingMap(array, map), map->inverseMap())->isEqual(array));
@@ -259,13 +230,7 @@ TEST(ArrayAlgebra, HoldsForRandomArrays) {
     EXPECT_EQ(kept->count() + rest->count(), array->count());
     EXPECT_TRUE(rest->isEqual(arrayByRemovingObject(array, pivot)));
     EXPECT_TRUE(kept->isEqual(arrayByMatchingValue_forKeyPath(array, pivot, "self"_ns)));
-
     EXPECT_TRUE(reversedArray(reversedArray(array))->isEqual(array));
-    if (array->count() > 0) {
-      auto turned = NSMutableArray::arrayWithArray(array);
-      reverseOrder(turned);
-      EXPECT_TRUE(turned->isEqual(reversedArray(array)));
-    }
 
     auto sorted = NSMutableArray::array();
     for (NSObject* each : array) insertObject_sortedBySelector(sorted, each, "compare:"_sel);
@@ -274,8 +239,9 @@ TEST(ArrayAlgebra, HoldsForRandomArrays) {
         indexOfObject_inArraySortedUsingSelector(sorted, pivot, "compare:"_sel);
     EXPECT_EQ(at != NSNotFound, array->containsObject(pivot));
     const auto place = insertionIndexForObject_sortedUsingSelector(sorted, pivot, "compare:"_sel);
-    EXPECT_EQ(place < sorted->count() && pivot->isEqual(sorted->objectAtIndex(place)),
-              array->containsObject(pivot));
+    EXPECT_EQ(place, std::ranges::count_if(objects, [&](NSObject* each) {
+                return as<NSNumber>(each)->intValue() < pivot->intValue();
+              }));
   }
 }
 

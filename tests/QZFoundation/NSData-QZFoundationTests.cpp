@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include "tests/support/Files.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
@@ -32,8 +33,7 @@ TEST(NSDataQZFoundation, GzipFilesHoldTheBytes) {
   const TemporaryDirectory directory;
   const std::string path = directory.path() + "/ü.gz";
   const std::string bytes = noise(100'000);
-  EXPECT_EQ(writeToGzipFile(NSData::dataWithBytes(bytes), NSString::stringWithUTF8String(path)),
-            100'000);
+  EXPECT_EQ(writeToGzipFile(NSData::dataWithBytes(bytes), ns(path)), 100'000);
   gzFile file = gzopen(path.c_str(), "rb");
   ASSERT_NE(file, nullptr);
   EXPECT_EQ(gzdirect(file), 0);
@@ -43,8 +43,7 @@ TEST(NSDataQZFoundation, GzipFilesHoldTheBytes) {
   back.pop_back();
   EXPECT_TRUE(back == bytes);
 
-  const std::string none = directory.path() + "/none/x.gz";
-  EXPECT_LE(writeToGzipFile(NSData::data(), NSString::stringWithUTF8String(none)), 0);
+  EXPECT_LE(writeToGzipFile(NSData::data(), ns(directory.path() + "/none/x.gz")), 0);
   EXPECT_FALSE(std::filesystem::exists(directory.path() + "/none"));
   EXPECT_LE(writeToGzipFile(NSData::data(), nullptr), 0);
 }

@@ -32,22 +32,18 @@ TEST_F(CarefulCopyTest, ChecksSayWhyNothingIsCopied) {
   directory.write("there", "old");
   directory.write("folder/inner", "inner");
   const Snapshot before = snapshot(directory.path());
-  struct Case {
+  const struct {
     std::string from, to;
     std::int32_t options, code;
     std::string reason;
-  };
-  for (const Case& each : std::vector<Case>{
-           {"missing", "new", 0, 2, "Source file does not exist"},
-           {"missing", "there", 1, 2, "Source file does not exist"},
-           {"file", "no/new", 0, 2, "Destination folder does not exist"},
-           {"file", "no/new", 1, 2, "Destination folder does not exist"},
-           {"file", "there/new", 0, 20, "Destination parent is not a folder"},
-           {"file", "there", 0, 17, "File already exists at destination"},
-           {"file", "there", 4, 17, "File already exists at destination"},
-           {"file", "folder", 1, 17, "Cannot overwrite a folder with a file"},
-           {"folder", "folder/inner/x", 2, 20, "Destination parent is not a folder"},
-       }) {
+  } cases[] = {{"missing", "new", 0, 2, "Source file does not exist"},
+               {"file", "no/new", 1, 2, "Destination folder does not exist"},
+               {"file", "there/new", 0, 20, "Destination parent is not a folder"},
+               {"file", "there", 0, 17, "File already exists at destination"},
+               {"file", "there", 4, 17, "File already exists at destination"},
+               {"file", "folder", 1, 17, "Cannot overwrite a folder with a file"},
+               {"folder", "folder/inner/x", 2, 20, "Destination parent is not a folder"}};
+  for (const auto& each : cases) {
     auto error = copy(each.from, each.to, each.options);
     ASSERT_TRUE(error) << each.from << " to " << each.to;
     EXPECT_EQ(error->code(), each.code) << each.reason;
@@ -105,10 +101,7 @@ TEST_F(CarefulCopyTest, CopiesAndReplaces) {
       EXPECT_EQ(textOf(copy("file", name, 1)), "");
       EXPECT_EQ(contentsOf(at(name)), "new");
     }
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(directory.path()))
-      names.insert(entry.path().filename());
-    EXPECT_THAT(names, ::testing::SizeIs(10)) << ::testing::PrintToString(names);
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory.path()), {}), 10);
     fs::remove_all(at("deep"));
     fs::remove(at("link"));
     fs::remove(at("folder link"));
@@ -264,7 +257,9 @@ class KilledCopy : public CarefulCopyTest {
       if (copy(turn % 2 == 0 ? "b" : "a", "there", 1)) ::_exit(1);
   }
 
-  void checkAndTidy(int status, const std::string& where) {
+  void checkAndTidy(pid_t child, const std::string& where) {
+    int status = 0;
+    ::waitpid(child, &status, 0);
     ASSERT_TRUE(WIFSIGNALED(status)) << where;
     const std::string found = contentsOf(at("there"));
     ASSERT_TRUE(found == contents[0] || found == contents[1]) << where << ": " << found.size();
@@ -300,9 +295,7 @@ TEST_F(KilledCopy, LeavesAWholeFileAtEachCall) {
       Killer killer(n);
       overwriteForEver();
     }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    checkAndTidy(status, "call " + std::to_string(n));
+    checkAndTidy(child, "call " + std::to_string(n));
     if (HasFatalFailure()) return;
   }
 }
@@ -319,9 +312,7 @@ TEST_F(KilledCopy, LeavesAWholeFileAtAnyMoment) {
     if (child == 0) overwriteForEver();
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
     ::kill(child, SIGKILL);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    checkAndTidy(status, "kill " + std::to_string(done++));
+    checkAndTidy(child, "kill " + std::to_string(done++));
     if (HasFatalFailure()) return;
   }
 }
@@ -356,9 +347,7 @@ TEST_F(CarefulCopyTest, AttributesOfATreeAreChanged) {
   for (int i = 0; i < 40; ++i) directory.write("tree/file " + std::to_string(i), "");
   for (int i = 0; i < 4; ++i) fs::create_directory(at("tree/folder " + std::to_string(i)));
   fs::create_symlink("nowhere", at("tree/dangling"));
-  auto mode = [](int bits) {
-    return NSDictionary::of({{NSFilePosixPermissions, NSNumber::of(bits)}});
-  };
+  auto mode = [](int bits) { return NSDictionary::of({{NSFilePosixPermissions, number(bits)}}); };
   auto progress = make<Progress>();
   auto failures = changeFileAttributes_directoryAttributes_inDirectory_handler(
       manager, mode(0600), mode(0710), ns(at("tree")), progress);
@@ -366,10 +355,9 @@ TEST_F(CarefulCopyTest, AttributesOfATreeAreChanged) {
   ASSERT_EQ(failures->count(), 1u);
   EXPECT_EQ(to_string(failures->objectAtIndex(0)), at("tree/dangling"));
   for (const auto& [path, about] : snapshot(at("tree"))) {
+    if (path == "dangling") continue;
     const bool isFolder = path.empty() || path.starts_with("folder");
-    if (path != "dangling") {
-      EXPECT_THAT(about, HasSubstr(isFolder ? "40710 " : "100600 ")) << path;
-    }
+    EXPECT_THAT(about, HasSubstr(isFolder ? "40710 " : "100600 ")) << path;
   }
   failures = changeFileAttributes_directoryAttributes_inDirectory_handler(
       manager, nullptr, nullptr, ns(at("missing")), "no handler"_ns);
@@ -387,7 +375,6 @@ TEST_F(CarefulCopyTest, FoldersAreEmptyButForWhatIsIgnored) {
   EXPECT_TRUE(isEmpty("a", nullptr, names));
   EXPECT_TRUE(isEmpty("a", NSArray::arrayWithObjects({ns(at("a/b/.cache"))}), nullptr));
   EXPECT_FALSE(isEmpty("a/b/.cache", nullptr, names));
-  EXPECT_FALSE(isEmpty("missing", nullptr, nullptr));
   fs::create_directory_symlink("c", at("a/link"));
   EXPECT_FALSE(isEmpty("a", nullptr, names));
   EXPECT_FALSE(isEmpty("a/link", nullptr, nullptr));

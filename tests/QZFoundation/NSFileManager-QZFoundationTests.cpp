@@ -15,7 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 
 class FileOperationsTest : public FileTest {
@@ -25,7 +24,6 @@ class FileOperationsTest : public FileTest {
 
 TEST_F(FileOperationsTest, TheHandlerKeepsOneErrorUntilItIsRead) {
   auto handler = QZFileManagerErrorHandler::sharedHandler();
-  EXPECT_EQ(handler, QZFileManagerErrorHandler::sharedHandler());
   auto failure = NSDictionary::of({{"Error"_ns, "why"_ns}});
   errno = EACCES;
   EXPECT_FALSE(send<bool>(handler, "fileManager:shouldProceedAfterError:"_sel, manager, failure));
@@ -42,9 +40,6 @@ TEST_F(FileOperationsTest, TheHandlerKeepsOneErrorUntilItIsRead) {
     EXPECT_EQ(handler->lastError()->userInfo()->count(), 0u);
   }
   handler->setLastError(error);
-  const auto owners = error->retainCount();
-  handler->setLastError(error);
-  EXPECT_EQ(error->retainCount(), owners);
   // What nobody read is told by the next operation that asks.
   directory.write("file", "");
   EXPECT_EQ(removeFileAtPath(manager, path("file")), error);
@@ -74,8 +69,6 @@ TEST_F(FileOperationsTest, FailuresAreErrorsInTheirWords) {
             "Could not link " + at("new") + " to " + missing + " ()"},
            {touchFileAtPath(manager, path("missing")), ENOENT,
             "Could not change mod date of flie at " + at("missing")},
-           {setCreationDate_forFileAtPath(manager, NSDate::date(), path("missing")), ENOENT,
-            "Could not set creation date for file " + at("missing")},
            {setCreationDate_forFileAtPath(manager, nullptr, path("file")), EINVAL,
             "Could not set creation date for file " + at("file")},
            {createDirectoryAtPath(manager, path("folder")), EEXIST,
@@ -111,10 +104,7 @@ TEST_F(FileOperationsTest, WhatSucceedsAnswersNil) {
   EXPECT_EQ(textOf(setCreationDate_forFileAtPath(manager, long_ago, path("moved"))), "");
   EXPECT_TRUE(equal(
       fileCreationDate(manager->fileAttributesAtPath_traverseLink(path("moved"), true)), long_ago));
-  EXPECT_EQ(textOf(createDirectoryAtPath(manager, path("a/b/c"))), "");
-  EXPECT_TRUE(fs::is_directory(at("a/b/c")));
-  EXPECT_EQ(textOf(removeFileAtPath(manager, path("a"))), "");
-  auto secret = NSDictionary::of({{NSFilePosixPermissions, NSNumber::of(0700)}});
+  auto secret = NSDictionary::of({{NSFilePosixPermissions, number(0700)}});
   EXPECT_FALSE(createDirectoryAtPath_attributes_createParents(manager, path("a/b"), secret, false));
   EXPECT_TRUE(createDirectoryAtPath_attributes_createParents(manager, path("a/b"), secret, true));
   EXPECT_EQ(fs::status(at("a")).permissions(), fs::perms::owner_all);
@@ -123,17 +113,14 @@ TEST_F(FileOperationsTest, WhatSucceedsAnswersNil) {
   const std::string before = fs::current_path();
   fs::current_path(directory.path());
   EXPECT_TRUE(createDirectoryAtPath_attributes_createParents(manager, "r/s/t"_ns, nullptr, true));
-  EXPECT_EQ(textOf(createDirectoryAtPath(manager, "relative"_ns)), "");
+  EXPECT_EQ(textOf(createDirectoryAtPath(manager, "relative/too"_ns)), "");
   fs::current_path(before);
-  EXPECT_TRUE(fs::is_directory(at("r/s/t")) && fs::is_directory(at("relative")));
+  EXPECT_TRUE(fs::is_directory(at("r/s/t")) && fs::is_directory(at("relative/too")));
 }
 
 TEST_F(FileOperationsTest, EachThreadHasAManager) {
   EXPECT_EQ(manager, currentThreadFileManager());
-  Ref<NSFileManager> other;
-  std::thread([&] { other = currentThreadFileManager(); }).join();
-  EXPECT_TRUE(other);
-  EXPECT_FALSE(other == manager);
+  std::thread([&] { EXPECT_NE(currentThreadFileManager(), manager); }).join();
 }
 
 TEST_F(FileOperationsTest, PathsAreShownAsTheyLeadThere) {
@@ -158,23 +145,23 @@ TEST_F(FileOperationsTest, TypesAndSizes) {
   ::close(socket);
   std::ofstream(at("sparse"));
   fs::resize_file(at("sparse"), 1 << 20);
-  struct Case {
+  const struct {
     std::string path;
     std::uint32_t type, followed;
     std::uint64_t size, allocated;
-  };
-  for (const Case& each : std::vector<Case>{{at("file"), 1, 1, 10000, 12288},
-                                            {at("sparse"), 1, 1, 1 << 20, 0},
-                                            {directory.path(), 2, 2, 0, 0},
-                                            {at("link"), 5, 1, 0, 0},
-                                            {at("folder link"), 5, 2, 0, 0},
-                                            {at("dangling"), 5, 0, 0, 0},
-                                            {at("pipe"), 7, 7, 0, 0},
-                                            {at("socket"), 6, 6, 0, 0},
-                                            {"/dev/null", 4, 4, 0, 0},
-                                            {at("missing"), 0, 0, 0, 0},
-                                            {"", 0, 0, 0, 0}}) {
-    auto name = ns(each.path);
+  } cases[] = {{"file", 1, 1, 10000, 12288},
+               {"sparse", 1, 1, 1 << 20, 0},
+               {".", 2, 2, 0, 0},
+               {"link", 5, 1, 0, 0},
+               {"folder link", 5, 2, 0, 0},
+               {"dangling", 5, 0, 0, 0},
+               {"pipe", 7, 7, 0, 0},
+               {"socket", 6, 6, 0, 0},
+               {"/dev/null", 4, 4, 0, 0},
+               {"missing", 0, 0, 0, 0},
+               {"", 0, 0, 0, 0}};
+  for (const auto& each : cases) {
+    auto name = path(each.path);
     EXPECT_EQ(objectTypeAtPath(manager, name), each.type) << each.path;
     EXPECT_EQ(objectTypeAtPath_traverseLink(manager, name, true), each.followed) << each.path;
     EXPECT_EQ(isDirectoryAtPath(manager, name), each.followed == 2) << each.path;
@@ -240,7 +227,6 @@ TEST_F(WalkTest, TellsOfEntriesInTheOrderAskedFor) {
   EXPECT_LT(visitor->seen.size(), 200u);
   EXPECT_FALSE(iterateDirectory_recursively_target_selector_withObject(
       manager, path("f"), false, nullptr, "visit:with:"_sel, nullptr));
-  EXPECT_FALSE(walk(0, "/proc/self/task"));
 }
 
 TEST_F(WalkTest, NamesOfAnyBytesComeBack) {
@@ -273,7 +259,7 @@ TEST_F(WalkTest, AnUnreadableDirectoryEndsItWithAnError) {
   error = as<NSError>(walk(2, at("f")));
   EXPECT_EQ(error->code(), EACCES);
   EXPECT_EQ(textOf(error), "The directory " + at("f/g") + " could not be read");
-  EXPECT_THAT(visitor->seen, IsEmpty());
+  EXPECT_THAT(visitor->seen, ElementsAre());
   system.listener = nullptr;
   system.failAll(SystemCall::ListDirectory, EIO);
   EXPECT_EQ(as<NSError>(walk(0, at("f")))->code(), EIO);

@@ -27,27 +27,24 @@ using Kinds = ::testing::Types<NSMutableArray, Pile>;
 TYPED_TEST_SUITE(MutableArrayOf, Kinds);
 
 TYPED_TEST(MutableArrayOf, RemovesAtIndices) {
-  struct Case {
-    std::initializer_list<int> indices;
-    std::string left;
-  };
-  const Case cases[] = {{{}, "abcd"},     {{0, 2}, "bd"},   {{2, 0}, "bd"},     {{3, 1, 2, 0}, ""},
-                        {{1, 1}, "ad"},  // the one that moved there goes too
-                        {{0, 0, 1}, "d"}, {{0, 2, 2}, "b"}, {{0, 0, 0, 0}, ""}, {{1, 2, 1}, "a"}};
-  for (const Case& each : cases) {
+  using Case = std::pair<std::initializer_list<int>, std::string>;
+  // Where an index occurs again, the one that moved there goes too.
+  const Case cases[] = {{{}, "abcd"},   {{0, 2}, "bd"},   {{2, 0}, "bd"},  {{3, 1, 2, 0}, ""},
+                        {{1, 1}, "ad"}, {{0, 0, 1}, "d"}, {{1, 2, 1}, "a"}};
+  for (const auto& [indices, left] : cases) {
     auto array = this->of("abcd");
-    removeObjectsAtIndices(array, numbers(each.indices));
-    EXPECT_EQ(text(array), each.left) << numbers(each.indices);
+    removeObjectsAtIndices(array, numbers(indices));
+    EXPECT_EQ(text(array), left) << numbers(indices);
   }
   auto array = this->of("abcd");
   removeObjectsAtIndices(array, nullptr);
   for (auto bad : {numbers({4}), numbers({0, -1}), numbers({3, 3}), numbers({2, 2, 2}),
-                   NSArray::arrayWithObject(NSNumber::numberWithDouble(-1e30))})
+                   NSArray::arrayWithObject(NSNumber::of(-1e30))})
     EXPECT_TRUE(refusesRange([&] { removeObjectsAtIndices(array, bad); })) << bad;
   EXPECT_EQ(text(array), "abcd");
   // As 32-bit integers these stand in another order: 1 and 2.
-  removeObjectsAtIndices(
-      array, NSArray::arrayWithObjects({number(2), NSNumber::numberWithLongLong(1LL << 32 | 1)}));
+  removeObjectsAtIndices(array,
+                         NSArray::arrayWithObjects({number(2), NSNumber::of(1LL << 32 | 1)}));
   EXPECT_EQ(text(array), "ac");
 }
 
@@ -68,9 +65,6 @@ TYPED_TEST(MutableArrayOf, AddsFiltersAndSorts) {
   sortByKey(array, "self"_ns);
   insertObject_sortedBySelector(array, "m"_ns, "compare:"_sel);
   EXPECT_EQ(text(array), "cikmquxyz");
-  filterObjectsWithSelector_object_matching(array, "isEqual:"_sel, "m"_ns, false);
-  filterObjectsWithSelector(array, "length"_sel);
-  EXPECT_EQ(text(array), "cikquxyz");
   filterObjectsWithSelector_object(array, "isEqual:"_sel, "q"_ns);
   EXPECT_EQ(text(array), "q");
 }

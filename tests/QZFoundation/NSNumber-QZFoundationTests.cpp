@@ -17,7 +17,6 @@ TEST(NSNumberQZFoundation, IsReadFromBytes) {
     const char* value;
   } cases[] = {
       {"\xFF"sv, true, 2, NumberKind::Char, "-1"},
-      {"\xFF\xFE"sv, true, 2, NumberKind::Short, "-2"},
       {"\xFF\xFE"sv, true, 1, NumberKind::Short, "-257"},
       {"\xFF\xFE"sv, true, 0, NumberKind::Short, "-257"},
       {"\xFF\xFE"sv, false, 2, NumberKind::UnsignedShort, "65534"},
@@ -26,7 +25,6 @@ TEST(NSNumberQZFoundation, IsReadFromBytes) {
       {"\x80\0\0\0\0\0\0\0"sv, true, 2, NumberKind::LongLong, "-9223372036854775808"},
       {"\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFE"sv, false, 2, NumberKind::UnsignedLongLong,
        "18446744073709551614"},
-      {"\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF"sv, true, 1, NumberKind::LongLong, "-2"},
   };
   for (const auto& each : cases) {
     const auto data = NSData::dataWithBytes(each.bytes);
@@ -67,11 +65,11 @@ TEST(NSNumberQZFoundation, ReadsBackWhatWasWritten) {
 }
 
 TEST(NSNumberQZFoundation, AddsAndKnowsItsKind) {
-  const auto sum = numberByAddingNumber(NSNumber::of(2), NSNumber::of(0.5f));
+  const auto sum = numberByAddingNumber(number(2), NSNumber::of(0.5f));
   EXPECT_EQ(sum->doubleValue(), 2.5);
   EXPECT_EQ(numberByAddingNumber(NSNumber::of(true), NSNumber::of(1u))->kind(), NumberKind::Double);
   EXPECT_EQ(numberByAddingNumber(sum, nullptr)->doubleValue(), 2.5);
-  for (const auto& number : {NSNumber::of(true), NSNumber::of(std::int8_t{1}), NSNumber::of(1),
+  for (const auto& number : {NSNumber::of(true), NSNumber::of(std::int8_t{1}), number(1),
                              NSNumber::of(1.0f), NSNumber::of(1.0)}) {
     const auto kind = number->kind();
     EXPECT_EQ(isBool(number), kind == NumberKind::Bool);

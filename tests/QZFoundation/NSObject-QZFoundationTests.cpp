@@ -1,6 +1,4 @@
-
 #include "QZFoundation/NSObject-QZFoundation.h"
-#include "QZFoundation/NSSortDescriptor-QZFoundation.h"
 #include "tests/support/Person.h"
 #include "tests/support/Test.h"
 
@@ -26,7 +24,6 @@ TEST(NSObjectQZFoundation, ComparesByKeyPath) {
   auto ann = make<Person>("ann"_ns, 30);
   auto bob = make<Person>("Bob"_ns, 40);
   EXPECT_EQ(compare_usingKeyPath(ann, bob, "age"_ns), NSOrderedAscending);
-  EXPECT_EQ(compare_usingKeyPath(bob, ann, "age"_ns), NSOrderedDescending);
   EXPECT_EQ(compare_usingKeyPath(ann, bob, "name"_ns), NSOrderedDescending);
   EXPECT_EQ(caseInsensitiveCompare_usingKeyPath(ann, bob, "name"_ns), NSOrderedAscending);
   auto nobody = make<Person>();
@@ -44,10 +41,7 @@ TEST(NSObjectQZFoundation, CopiesLeavesAndWrapsThemInArrays) {
   EXPECT_EQ(copyMutableContainers(text), text);
   EXPECT_EQ(deepCopy(nullptr), nullptr);
   EXPECT_TRUE(refuses([] { deepCopy(make<Person>()); }, {"Person"}));
-  auto one = objectAsArray(text);
-  EXPECT_EQ(one->count(), 1u);
-  EXPECT_EQ(one->objectAtIndex(0), text);
-  EXPECT_EQ(objectAsArray(one), one);
+  EXPECT_TRUE(objectAsArray(text)->isEqual(NSArray::arrayWithObject(text)));
   EXPECT_EQ(objectAsArray(nullptr), nullptr);
 }
 
@@ -71,22 +65,10 @@ TEST(NSObjectQZFoundation, PerformsOverAnArray) {
   EXPECT_EQ(performSelector_withObjectsInArray_returnValues(judge, "see:"_sel, people, false),
             nullptr);
   EXPECT_EQ(judge->seen, 2);
-  auto none = performSelector_withObjectsInArray(judge, "nameOf:"_sel, NSArray::array());
-  ASSERT_NE(none, nullptr);
-  EXPECT_EQ(none->count(), 0u);
-  auto scores = NSArray::arrayWithObjects({NSNumber::numberWithInt(4)});
+  auto scores = NSArray::arrayWithObjects({number(4)});
   EXPECT_TRUE(
       refuses([&] { performSelector_withObjectsInArray(judge, "score:"_sel, scores); }, {"int"}));
   performSelector_withObjectsInArray_returnValues(judge, "score:"_sel, scores, false);
-}
-
-TEST(NSSortDescriptorQZFoundation, MakesDescriptors) {
-  auto byAge = sortDescriptorWithKey_ascending("age"_ns, false);
-  EXPECT_TRUE(byAge->isEqual(NSSortDescriptor::initWithKey_ascending("age"_ns, false)));
-  auto folded = send<Ref<NSSortDescriptor>>(classOf<NSSortDescriptor>(),
-                                            "sortDescriptorWithKey:ascending:selector:"_sel,
-                                            "name"_ns, true, "caseInsensitiveCompare:"_sel);
-  EXPECT_EQ(folded->selector(), "caseInsensitiveCompare:"_sel);
 }
 
 }  // namespace

@@ -1,35 +1,18 @@
 #include "QZFoundation/NSObject-QZInfoDictionary.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdlib>
-#include <string>
-#include <vector>
-
-#include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/System/NSUserDefaults.h"
 #include "Platform/Text/NSKeyedArchiver.h"
 #include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Text/NSTimeZone.h"
-#include "Platform/Values/NSData.h"
-#include "Platform/Values/NSDate.h"
-#include "Platform/Values/NSError.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
 #include "QZFoundation/NSCoder-QZFoundation.h"
 #include "QZFoundation/NSUserDefaults-QZFoundation.h"
 #include "QZFoundation/QZHMSFormatter.h"
 #include "QZFoundation/QZStorageSizeFormatter.h"
-#include "tests/support/Raises.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Files.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
-
-using Entry = NSDictionary::Entry;
 
 Ref<NSDateFormatter> dateFormatter(NSDictionary* properties, NSObject* zone = nullptr) {
   auto info = NSMutableDictionary::of({{"properties"_ns, properties}});
@@ -39,25 +22,19 @@ Ref<NSDateFormatter> dateFormatter(NSDictionary* properties, NSObject* zone = nu
 
 TEST(InfoDictionary, ChoosesTheClass) {
   EXPECT_EQ(objectFromInfoDictionary(classOf<NSObject>(), nullptr), nullptr);
-  auto plain = objectFromInfoDictionary(classOf<NSMutableDictionary>(),
-                                        NSDictionary::of({{"class"_ns, "NoSuchClass"_ns}}));
-  EXPECT_TRUE(plain->isMemberOfClass(classOf<NSMutableDictionary>()));
-  EXPECT_EQ(infoDictionary(plain)->count(), 0u);
-  auto named = objectFromInfoDictionary(classOf<NSObject>(),
-                                        NSDictionary::of({{"class"_ns, "NSDateFormatter"_ns}}));
-  EXPECT_TRUE(isKind<NSDateFormatter>(named));
-  auto odd = NSDictionary::of({{"class"_ns, NSNumber::of(7)}});
-  EXPECT_TRUE(objectFromInfoDictionary(classOf<NSFormatter>(), odd)
-                  ->isMemberOfClass(classOf<NSFormatter>()));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [] {
-    objectFromInfoDictionary(classOf<NSNumber>(), NSDictionary::dictionary());
-  }));
-
-  EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), NSArray::array())->count(), 0u);
+  const auto classMade = [](Class* aClass, NSObject* named) {
+    auto info = NSDictionary::of({{"class"_ns, named}});
+    return objectFromInfoDictionary(aClass, info)->classObject();
+  };
+  EXPECT_EQ(classMade(classOf<NSFormatter>(), "NoSuchClass"_ns), classOf<NSFormatter>());
+  EXPECT_EQ(classMade(classOf<NSFormatter>(), number(7)), classOf<NSFormatter>());
+  EXPECT_EQ(classMade(classOf<NSObject>(), "NSDateFormatter"_ns), classOf<NSDateFormatter>());
+  EXPECT_EQ(infoDictionary(NSArray::array())->count(), 0u);
+  EXPECT_TRUE(
+      refuses([] { objectFromInfoDictionary(classOf<NSNumber>(), NSDictionary::dictionary()); }));
   EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), nullptr)->count(), 0u);
-  auto several = objectsFromInfoDictionaries(
-      classOf<NSObject>(), NSArray::arrayWithObjects({odd, "no dictionary"_ns, odd}));
-  EXPECT_EQ(several->count(), 2u);
+  auto several = NSArray::arrayWithObjects({NSDictionary::dictionary(), "no dictionary"_ns});
+  EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), several)->count(), 1u);
 }
 
 TEST(InfoDictionary, SortDescriptorsComeBack) {
@@ -71,8 +48,7 @@ TEST(InfoDictionary, SortDescriptorsComeBack) {
   }
   auto bare = as<NSSortDescriptor>(
       objectFromInfoDictionary(classOf<NSSortDescriptor>(), NSDictionary::dictionary()));
-  EXPECT_FALSE(bare->ascending());
-  EXPECT_EQ(bare->key(), nullptr);
+  EXPECT_TRUE(!bare->ascending() && bare->key() == nullptr);
 }
 
 TEST(InfoDictionary, FormatterPropertiesAreSetAsFarAsTheyGo) {
@@ -85,26 +61,18 @@ TEST(InfoDictionary, FormatterPropertiesAreSetAsFarAsTheyGo) {
   EXPECT_TRUE(equal(propertyOrder(formatter), NSArray::arrayWithObject("formattingBehavior"_ns)));
   EXPECT_EQ(propertyOrder(make<NSFormatter>())->count(), 0u);
   EXPECT_EQ(formatKey(formatter), nullptr);
-  auto odd = NSDictionary::of({{"properties"_ns, NSArray::array()}});
-  EXPECT_TRUE(isKind<NSDateFormatter>(objectFromInfoDictionary(classOf<NSDateFormatter>(), odd)));
 }
 
 // Whatever a configuration file has, there is a formatter, and it can be used.
 TEST(InfoDictionary, NonsenseIsPassedOver) {
   const auto list = NSMutableArray::arrayWithObject(NSDictionary::of({{"a"_ns, "b"_ns}}));
-  const Ref<NSObject> nonsense[] = {list,
-                                    list->objectAtIndex(0),
-                                    NSNull::null(),
-                                    NSData::dataWithBytes("\xff"),
-                                    NSDate::date(),
-                                    ""_ns,
-                                    "~%;'#"_ns,
-                                    NSString::stringWithUTF8String(std::string(10'000, '#')),
-                                    NSNumber::of(-1),
-                                    NSNumber::of(INT64_MIN),
-                                    NSNumber::of(UINT64_MAX),
-                                    NSNumber::of(1e300),
-                                    NSNumber::of(std::nan(""))};
+  std::vector<Ref<NSObject>> nonsense = {list, list->objectAtIndex(0), NSNull::null(),
+                                         NSData::dataWithBytes("\xff"), NSDate::date()};
+  for (const std::string& text : {std::string(), std::string("~%;'#"), std::string(10'000, '#')})
+    nonsense.push_back(NSString::stringWithUTF8String(text));
+  for (const double number : {-1.0, 1e300, std::nan("")}) nonsense.push_back(NSNumber::of(number));
+  for (const auto& number : {NSNumber::of(INT64_MIN), NSNumber::of(UINT64_MAX)})
+    nonsense.push_back(number);
   for (Class* const aClass : {classOf<NSNumberFormatter>(), classOf<NSDateFormatter>(),
                               classOf<QZHMSFormatter>(), classOf<QZStorageSizeFormatter>()}) {
     std::vector<std::string> keys = {"formatKey", "noSuchKey", "formattingBehavior"};
@@ -133,36 +101,29 @@ TEST(InfoDictionary, DateFormattersHaveBehaviours) {
   ::setenv("XDG_CONFIG_HOME", directory.path().c_str(), 1);
   auto defaults = NSUserDefaults::standardUserDefaults();
   defaults->registerDefaults(NSDictionary::of({{"InfoTestFormat"_ns, "%Y!"_ns}}));
-  const auto old = NSNumber::of(1000);
+  const auto old = number(1000);
   auto percent = dateFormatter(NSDictionary::of(
-      {{"formatterBehavior"_ns, old}, {"format"_ns, "%d"_ns}, {"lenient"_ns, NSNumber::of(true)}}));
+      {{"formatterBehavior"_ns, old}, {"format"_ns, "%d"_ns}, {"lenient"_ns, number(1)}}));
   EXPECT_EQ(percent->formatterBehavior(), NSDateFormatterBehavior::PercentFormat);
-  EXPECT_TRUE(equal(percent->dateFormat(), "%d"_ns));
   EXPECT_TRUE(percent->allowsNaturalLanguage());
   EXPECT_FALSE(percent->isLenient());  // nothing else counts
   auto byKey = dateFormatter(NSDictionary::of({{"formatterBehavior"_ns, old},
                                                {"format"_ns, "%d"_ns},
                                                {"formatKey"_ns, "InfoTestFormat"_ns}}));
   EXPECT_TRUE(equal(byKey->dateFormat(), "%Y!"_ns));
-  auto byMissingKey = dateFormatter(NSDictionary::of({{"formatterBehavior"_ns, old},
-                                                      {"format"_ns, "%d"_ns},
-                                                      {"formatKey"_ns, "NoSuchDefault"_ns}}));
+  auto byMissingKey = dateFormatter(
+      NSDictionary::of({{"formatterBehavior"_ns, old}, {"formatKey"_ns, "NoSuchDefault"_ns}}));
   EXPECT_TRUE(equal(byMissingKey->stringFromDate(NSDate::date()), ""_ns));
 
-  auto styled = dateFormatter(NSDictionary::of({{"formatterBehavior"_ns, NSNumber::of(1040)},
-                                                {"dateStyle"_ns, NSNumber::of(3)},
-                                                {"timeStyle"_ns, NSNumber::of(1)}}),
+  auto styled = dateFormatter(NSDictionary::of({{"formatterBehavior"_ns, number(1040)},
+                                                {"dateStyle"_ns, number(3)},
+                                                {"timeStyle"_ns, number(1)}}),
                               "systemTimeZone"_ns);
   EXPECT_EQ(styled->dateStyle(), NSDateFormatterStyle::Long);
-  EXPECT_EQ(styled->timeStyle(), NSDateFormatterStyle::Short);
   EXPECT_TRUE(equal(styled->timeZone(), NSTimeZone::systemTimeZone()));
-  EXPECT_TRUE(dateFormatter(NSDictionary::dictionary(), "noSuchZone"_ns));
-  EXPECT_TRUE(dateFormatter(NSDictionary::dictionary(), NSNumber::of(1)));
-
   setFormatKey(styled, "InfoTestFormat"_ns);
   EXPECT_TRUE(equal(styled->dateFormat(), "%Y!"_ns));
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [] { setFormatKey(make<NSFormatter>(), "InfoTestFormat"_ns); }));
+  EXPECT_TRUE(refuses([] { setFormatKey(make<NSFormatter>(), "InfoTestFormat"_ns); }));
 }
 
 TEST(InfoDictionary, DefaultsAreRegisteredFromFiles) {
@@ -170,24 +131,22 @@ TEST(InfoDictionary, DefaultsAreRegisteredFromFiles) {
   ::setenv("XDG_CONFIG_HOME", directory.path().c_str(), 1);
   auto defaults = NSUserDefaults::initWithSuiteName("loads"_ns);
   const auto path = [&](const std::string& name, const std::string& bytes) {
-    return NSString::stringWithUTF8String(directory.write(name, bytes));
+    return ns(directory.write(name, bytes));
   };
-  EXPECT_FALSE(loadDefaultsFromFile(defaults, path("array", "(a, b)")));
-  EXPECT_FALSE(loadDefaultsFromFile(defaults, path("broken", "<plist>")));
-  EXPECT_FALSE(loadDefaultsFromFile(defaults, "/no/such/file"_ns));
-  EXPECT_FALSE(loadDefaultsFromFile(defaults, nullptr));
+  for (const Ref<NSString>& none : {path("array", "(a, b)"), path("broken", "<plist>"),
+                                    Ref<NSString>("/no/such/file"_ns), Ref<NSString>()})
+    EXPECT_FALSE(loadDefaultsFromFile(defaults, none)) << none;
   EXPECT_FALSE(loadDefaultsFromBundle(defaults, nullptr));
   EXPECT_EQ(defaults->registrationDomain()->count(), 0u);
   path("b.resources/Defaults.plist", "{ size = 12; }");
   path("b.resources/Info.plist", "{}");
-  auto bundle =
-      NSBundle::bundleWithPath(NSString::stringWithUTF8String(directory.path() + "/b.resources"));
-  EXPECT_TRUE(loadDefaultsFromBundle(defaults, bundle));
+  EXPECT_TRUE(loadDefaultsFromBundle(
+      defaults, NSBundle::bundleWithPath(ns(directory.path() + "/b.resources"))));
   EXPECT_EQ(defaults->integerForKey("size"_ns), 12);
 }
 
 TEST(InfoDictionary, CodersTakeValuesByKey) {
-  auto from = NSMutableDictionary::of({{"a"_ns, "1"_ns}, {"b"_ns, NSNumber::of(2)}});
+  auto from = NSMutableDictionary::of({{"a"_ns, "1"_ns}, {"b"_ns, number(2)}});
   auto keys = NSArray::arrayWithObjects({"a"_ns, "b"_ns, "missing"_ns});
   auto archiver = make<NSKeyedArchiver>();
   encodeValuesOfObject_forKeys(archiver, from, keys);

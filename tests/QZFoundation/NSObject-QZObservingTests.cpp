@@ -40,7 +40,7 @@ class Follower : public Derives<Follower, NSObject> {
     ++values;
   }
   void changed() { ++plain; }
-  void changed(NSObject*, NSString* path) { lastPath = Ref<NSString>(path); }
+  void changedAt(NSObject*, NSString* path) { lastPath = Ref<NSString>(path); }
 
   int mark = 0;
   int names = 0;
@@ -55,9 +55,8 @@ void Follower::describe(ClassDescription<Follower>& is) {
   is.named("Follower")
       .method<&Follower::named>("named:")
       .method<&Follower::valued>("valued:keyPath:change:")
-      .method<static_cast<void (Follower::*)()>(&Follower::changed)>("changed")
-      .method<static_cast<void (Follower::*)(NSObject*, NSString*)>(&Follower::changed)>(
-          "changed:path:");
+      .method<&Follower::changed>("changed")
+      .method<&Follower::changedAt>("changed:path:");
 }
 
 TEST(NSObjectQZObserving, MembersAreFollowedAsTheyComeAndGo) {

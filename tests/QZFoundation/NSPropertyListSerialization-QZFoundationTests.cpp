@@ -10,6 +10,9 @@ class PropertyListFiles : public testing::Test {
   Ref<NSString> path(const std::string& name) const {
     return NSString::stringWithUTF8String(directory_.path() + "/" + name);
   }
+  Ref<NSObject> read(const std::string& name, Ref<NSError>* error = nullptr) const {
+    return propertyListFromFile_mutabilityOptions_format_error(path(name), 0, nullptr, error);
+  }
   const TemporaryDirectory directory_;
 };
 
@@ -27,23 +30,17 @@ TEST_F(PropertyListFiles, AreWrittenAndReadInEveryFormat) {
     EXPECT_EQ(found, format);
     EXPECT_EQ(error, nullptr);
   }
-  Ref<NSError> error;
-  EXPECT_TRUE(writeToFile_atomically_error(list, path("other"), false, &error));
-  EXPECT_EQ(error, nullptr);
-  EXPECT_TRUE(
-      equal(propertyListFromFile_mutabilityOptions_format_error(path("other"), 0, nullptr, nullptr),
-            list));
+  EXPECT_TRUE(writeToFile_atomically_error(list, path("other"), false, nullptr));
+  EXPECT_TRUE(equal(read("other"), list));
 }
 
 TEST_F(PropertyListFiles, ErrorsOfTheFileAreThePlatforms) {
   Ref<NSError> error;
-  EXPECT_FALSE(
-      propertyListFromFile_mutabilityOptions_format_error(path("none"), 0, nullptr, &error));
+  EXPECT_FALSE(read("none", &error));
   EXPECT_TRUE(equal(error->domain(), NSPOSIXErrorDomain));
   EXPECT_EQ(error->code(), ENOENT);
   auto list = NSDictionary::dictionary();
   error = writePropertyList_toFile_format(list, path("no/folder"), NSPropertyListXMLFormat);
-  ASSERT_TRUE(error);
   EXPECT_EQ(error->code(), ENOENT);
   EXPECT_FALSE(writeToFile_atomically_error(list, path("no/folder"), true, &error));
   EXPECT_EQ(error->code(), ENOENT);
@@ -53,8 +50,7 @@ TEST_F(PropertyListFiles, ErrorsOfTheFileAreThePlatforms) {
 TEST_F(PropertyListFiles, ErrorsOfTheListAreTheApplications) {
   directory_.write("text", "this is no list");
   Ref<NSError> error;
-  EXPECT_FALSE(
-      propertyListFromFile_mutabilityOptions_format_error(path("text"), 0, nullptr, &error));
+  EXPECT_FALSE(read("text", &error));
   EXPECT_EQ(error->code(), -1);
   EXPECT_EQ(error->localizedDescription()->UTF8String(),
             "A property list could not be read from the file " + directory_.path() +

@@ -21,13 +21,10 @@ Ref<NSArray> array(std::initializer_list<NSObject*> objects) {
 }
 
 TEST(NSStringQZFoundation, JoinsStrings) {
-  EXPECT_EQ(orNil(stringWithStrings_separator(array({"a"_ns}), ","_ns)), "a");
   EXPECT_EQ(orNil(stringWithStrings_separator(array({"a"_ns, ""_ns, "b"_ns}), ","_ns)), "a,,b");
-  EXPECT_EQ(orNil(stringWithStrings_separator(array({""_ns, ""_ns}), ", "_ns)), ", ");
   EXPECT_EQ(orNil(stringWithStrings_separator(array({}), ","_ns)), "");
   EXPECT_EQ(orNil(stringWithStrings(array({"ä"_ns, "b"_ns}))), "äb");
   EXPECT_EQ(orNil(initWithStrings(nullptr)), "");
-  EXPECT_EQ(orNil(initWithStrings(array({""_ns}))), "");
   // Made anew each time, and each time longer.
   const auto growing = make<Computed>(3u, [n = 0u](std::uint32_t) mutable {
     return NSString::stringWithCharacters(std::u16string(++n, u'x'));
@@ -94,9 +91,6 @@ TEST(NSStringQZFoundation, FindsNamesThatAreNotTaken) {
   EXPECT_EQ(unique("Untitled"_ns, " %d"_ns), "Untitled 3");
   EXPECT_EQ(unique("Name"_ns, " %d"_ns), "Name");
   EXPECT_EQ(unique("5%"_ns, "d"_ns), "52");
-  EXPECT_EQ(
-      orNil(uniqueStringWithBaseString_appendFormatString_inStrings("a"_ns, "%d"_ns, nullptr)),
-      "a");
   // One that never changes, and is taken, would be tried for ever.
   EXPECT_TRUE(refuses([&] { unique("Untitled"_ns, ""_ns); }));
 }
@@ -115,13 +109,10 @@ TEST(NSStringQZFoundation, EditsText) {
   };
   EXPECT_EQ(replaced("abcab", "<>"_ns), "<>b<><>b");
   EXPECT_EQ(replaced("aac", ""_ns), "");
-  EXPECT_EQ(replaced("", "x"_ns), "");
-  EXPECT_EQ(replaced("xyz", "a"_ns), "xyz");
 
   EXPECT_EQ(orNil(lowercaseFirst("ABC"_ns)), "aBC");
   EXPECT_EQ(orNil(uppercaseFirst("ßa"_ns)), "SSa");
   EXPECT_TRUE(refusesRange([] { lowercaseFirst(""_ns); }));
-  EXPECT_TRUE(refusesRange([] { uppercaseFirst(""_ns); }));
   EXPECT_TRUE(refuses([] { stringByPrependingString("a"_ns, nullptr); }));
 
   EXPECT_EQ(orNil(stringByReplacingPercentEscapes("a%20%C3%A4%2F"_ns)), "a ä/");
@@ -129,26 +120,16 @@ TEST(NSStringQZFoundation, EditsText) {
 }
 
 TEST(NSStringQZFoundation, DeletesNumbersFromTheEnd) {
-  const std::array<const char*, 2> cases[] = {{"Copy 12", "Copy"},
-                                              {"Copy 0", "Copy 0"},
-                                              {"Copy -3", "Copy -3"},
-                                              {"Copy12", "Copy12"},
-                                              {" 3", ""},
-                                              {"Copy  4", "Copy "},
-                                              {"Copy 2 ", "Copy 2 "},
-                                              {"Copy 2\n", "Copy 2\n"},
-                                              {"a 1.5", "a 1.5"},
-                                              {"a 99999999999999999999", "a"},
-                                              {"", ""}};
-  for (const auto& [from, expected] : cases)
-    EXPECT_EQ(orNil(stringByDeletingNumberFromEnd(text(from))), expected) << from;
+  for (const char* kept : {"Copy 0", "Copy -3", "Copy12", "Copy 2 ", "Copy 2\n", "a 1.5", ""})
+    EXPECT_EQ(orNil(stringByDeletingNumberFromEnd(text(kept))), kept);
+  EXPECT_EQ(orNil(stringByDeletingNumberFromEnd(" 3"_ns)), "");
+  EXPECT_EQ(orNil(stringByDeletingNumberFromEnd("Copy  4"_ns)), "Copy ");
+  EXPECT_EQ(orNil(stringByDeletingNumberFromEnd("a 99999999999999999999"_ns)), "a");
 }
 
 TEST(NSStringQZFoundation, BuildsPaths) {
   EXPECT_EQ(orNil(stringWithPathComponents(array({"usr"_ns, "bin"_ns}))), "/usr/bin");
   EXPECT_EQ(orNil(stringWithPathComponents(array({"/"_ns, "usr"_ns, "/"_ns}))), "/usr");
-  EXPECT_EQ(orNil(stringWithPathComponents(array({"/"_ns}))), "");
-  EXPECT_EQ(orNil(stringWithPathComponents(nullptr)), "");
 
   EXPECT_EQ(orNil(stringByAppendingPathComponents("/"_ns, "a"_ns, text("b/"), "c"_ns)), "/a/b/c");
   EXPECT_EQ(orNil(stringByAppendingPathComponents("a"_ns, "b"_ns, nullptr, "c"_ns)), "a/b");
@@ -167,18 +148,14 @@ TEST(NSStringQZFoundation, BuildsPaths) {
   EXPECT_FALSE(hasPathExtension("a.txt"_ns, "TXT"_ns));
   EXPECT_TRUE(hasPathExtension("a"_ns, ""_ns));
 
-  EXPECT_TRUE(containsPath("/a/b"_ns, "/a/b"_ns));
-  EXPECT_TRUE(containsPath("/a/b"_ns, "/a/b/c"_ns));
-  EXPECT_FALSE(containsPath("/a/b"_ns, "/a/bc"_ns));
-  EXPECT_FALSE(containsPath("/a/b"_ns, "/a"_ns));
-  EXPECT_FALSE(containsPath("a"_ns, "/a"_ns));
+  for (NSString* inside : {"/a/b"_ns, "/a/b/c"_ns}) EXPECT_TRUE(containsPath("/a/b"_ns, inside));
+  for (NSString* outside : {"/a/bc"_ns, "/a"_ns, "a/b"_ns, static_cast<NSString*>(nullptr)})
+    EXPECT_FALSE(containsPath("/a/b"_ns, outside)) << outside;
   EXPECT_TRUE(containsPath(""_ns, "x"_ns) && containsPath("/"_ns, "/x"_ns));
-  EXPECT_FALSE(containsPath("x"_ns, nullptr));
 
   EXPECT_EQ(orNil(POSIXPathFromCarbonPath("Root:usr:a/b"_ns)), "/usr/a:b");
   EXPECT_EQ(orNil(carbonPathFromPOSIXPath("/Volumes/D/x"_ns)), "D:x");
   EXPECT_EQ(orNil(carbonPathFromPOSIXPath(""_ns)), "nil");
-  EXPECT_EQ(orNil(POSIXPathFromCarbonPath("Root:.."_ns)), "nil");
 }
 
 TEST(NSStringQZFoundation, ReadsScalars) {
@@ -195,34 +172,30 @@ TEST(NSStringQZFoundation, ReadsScalars) {
     NSScanner::scannerWithString(text(each))->scanLongLong(&scanned);
     EXPECT_EQ(longLongValue(text(each)), scanned) << each;
   }
-  EXPECT_EQ(fourCharCode("abcd"_ns), 0x61626364u);
   EXPECT_EQ(fourCharCode("abcde"_ns), 0x61626364u);
   EXPECT_EQ(fourCharCode("ab"_ns), 0x61620000u);
-  EXPECT_EQ(fourCharCode(""_ns), 0u);
   EXPECT_EQ(fourCharCode("abcdä"_ns), 0u);
 }
 
 // The stricter reading of truth values holds wherever a String is asked by name.
 TEST(NSStringQZFoundation, TruthIsYESEverywhere) {
   EXPECT_TRUE(send<bool>("YES"_ns, "boolValue"_sel));
-  EXPECT_FALSE(send<bool>("yes"_ns, "boolValue"_sel));
   EXPECT_FALSE(send<bool>(NSMutableString::stringWithUTF8String("1"), "boolValue"_sel));
   const auto object = make<Person>();
   object->setValue_forKey("1"_ns, "married"_ns);
   EXPECT_FALSE(object->married);
   object->setValue_forKey("YES"_ns, "married"_ns);
   EXPECT_TRUE(object->married);
-  EXPECT_TRUE(number(1)->boolValue());
 }
 
 // Replacing asks for an operation that is there, of the same type.
 TEST(Extension, ReplacesOnlyWhatFits) {
-  EXPECT_TRUE(raises(NSInternalInconsistencyException,
-                     [] { extend<NSString>("test").replace<&boolValue>("noSuchOperation"); },
-                     {"noSuchOperation", "does not exist"}));
-  EXPECT_TRUE(raises(NSInternalInconsistencyException,
-                     [] { extend<NSString>("test").replace<&boolValue>("length"); },
-                     {"another type"}));
+  const auto reason = [](const char* name) {
+    return reasonRaised(NSInternalInconsistencyException,
+                        [&] { extend<NSString>("test").replace<&boolValue>(name); });
+  };
+  EXPECT_THAT(reason("noSuch"), ::testing::ContainsRegex("noSuch.*does not exist"));
+  EXPECT_THAT(reason("length"), ::testing::HasSubstr("another type"));
   EXPECT_EQ(send<std::uint32_t>("abc"_ns, "length"_sel), 3u);
 }
 

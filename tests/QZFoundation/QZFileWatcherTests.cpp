@@ -1,25 +1,12 @@
 #include "QZFoundation/QZFileWatcher.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <system_error>
-#include <vector>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
-#include "Platform/Concurrency/NSRunLoop.h"
-#include "Platform/Concurrency/NSThread.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
 #include "tests/support/FaultySystem.h"
-#include "tests/support/Raises.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Files.h"
+#include "tests/support/Serving.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -40,16 +27,6 @@ class WatcherDelegate : public Derives<WatcherDelegate, NSObject> {
   Ref<QZFileWatcher> last;
 };
 
-int pollingThreads() {
-  int found = 0;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string name;
-    std::getline(std::ifstream(task.path() / "comm"), name);
-    found += name == "QZFileWatcher" ? 1 : 0;
-  }
-  return found;
-}
-
 class QZFileWatcherTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(NSThread::isMainThread()); }
@@ -57,16 +34,13 @@ class QZFileWatcherTest : public ::testing::Test {
     delegate->last = nullptr;
     watcher = nullptr;
   }
-  Ref<NSString> path(const char* name) {
-    return NSString::stringWithUTF8String(directory.path() + "/" + name);
-  }
+  Ref<NSString> path(const char* name) { return ns(directory.path() + "/" + name); }
   void watch(NSString* of, bool kernel = false) {
     watcher = QZFileWatcher::initWithPath_usingKernelEvents(of, kernel);
     watcher->setDelegate(delegate);
   }
-  void setTime(const std::string& of, long nanoseconds) {
-    const timespec times[2] = {{1'700'000'000, nanoseconds}, {1'700'000'000, nanoseconds}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, of.c_str(), times, 0), 0);
+  static void setTime(const std::string& of, long nanoseconds) {
+    test::setTime(of, 1'700'000'000, nanoseconds);
   }
   /// A pass here and now, for the polling thread's second is long.
   int polled() {
@@ -76,11 +50,8 @@ class QZFileWatcherTest : public ::testing::Test {
   }
   int served(int atLeast) {
     delegate->changes = 0;
-    const auto limit = NSDate::dateWithTimeIntervalSinceNow(20);
-    const auto loop = NSRunLoop::mainRunLoop();
-    while (delegate->changes < atLeast && limit->timeIntervalSinceNow() > 0)
-      loop->runMode_beforeDate(NSDefaultRunLoopMode, limit);
-    loop->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.02));
+    serveUntil([&] { return delegate->changes >= atLeast; });
+    NSRunLoop::mainRunLoop()->runUntilDate(inSeconds(0.02));
     return delegate->changes;
   }
   TemporaryDirectory directory;
@@ -99,8 +70,7 @@ TEST_F(QZFileWatcherTest, ComparesTimesToTheNanosecond) {
   EXPECT_EQ(polled(), 0);
   setTime(file, 1);  // a clock that was set back
   EXPECT_EQ(polled(), 1);
-  EXPECT_NE(to_string(watcher).find("/a, watchingPath = "), std::string::npos);
-  EXPECT_NE(to_string(watcher).find("isTimer = 1}"), std::string::npos);
+  EXPECT_THAT(to_string(watcher), testing::ContainsRegex("/a, watchingPath = .*isTimer = 1}"));
 }
 
 TEST_F(QZFileWatcherTest, FollowsAFileThatComesAndGoes) {
@@ -110,26 +80,20 @@ TEST_F(QZFileWatcherTest, FollowsAFileThatComesAndGoes) {
       what();
       return kernel ? served(1) : polled();
     };
+    const std::string top = directory.path(), file = top + "/sub/file";
     watch(path("sub/file"), kernel);
     EXPECT_EQ(watcher->usesTimer(), !kernel);
-    EXPECT_TRUE(
-        watcher->watchingPath()->isEqualToString(path("")->stringByDeletingLastPathComponent()) ||
-        to_string(watcher->watchingPath()) == directory.path());
-    EXPECT_GE(change([&] { ::mkdir((directory.path() + "/sub").c_str(), 0700); }), 1);
-    EXPECT_EQ(to_string(watcher->watchingPath()), directory.path() + "/sub");
+    EXPECT_EQ(to_string(watcher->watchingPath()), directory.path());
+    EXPECT_GE(change([&] { std::filesystem::create_directory(top + "/sub"); }), 1);
+    EXPECT_EQ(to_string(watcher->watchingPath()), top + "/sub");
     EXPECT_GE(change([&] { directory.write("sub/file", "x"); }), 1);
-    EXPECT_EQ(to_string(watcher->watchingPath()), directory.path() + "/sub/file");
+    EXPECT_EQ(to_string(watcher->watchingPath()), file);
     // As editors do: another file takes the place.
-    EXPECT_GE(change([&] {
-                directory.write("sub/new", "longer");
-                std::filesystem::rename(directory.path() + "/sub/new",
-                                        directory.path() + "/sub/file");
-              }),
-              1);
+    const auto replace = [&] { std::filesystem::rename(directory.write("new", "longer"), file); };
+    EXPECT_GE(change(replace), 1);
     EXPECT_GE(change([&] { directory.write("sub/file", "again"); }), 1);
-    EXPECT_GE(change([&] { std::filesystem::remove_all(directory.path() + "/sub"); }), 1);
-    while (kernel && NSRunLoop::mainRunLoop()->runPending()) {
-    }
+    EXPECT_GE(change([&] { std::filesystem::remove_all(top + "/sub"); }), 1);
+    if (kernel) servePending();
     EXPECT_EQ(to_string(watcher->watchingPath()), directory.path());
     EXPECT_EQ(delegate->last, watcher);
   }
@@ -189,8 +153,7 @@ TEST_F(QZFileWatcherTest, TellsObserversAndLeavesOthersAlone) {
   setTime(b, 77);
   EXPECT_EQ(polled(), 0);
   EXPECT_EQ(told, 1);
-  EXPECT_TRUE(
-      raises(NSInvalidArgumentException, [] { (void)QZFileWatcher::initWithPath(nullptr); }));
+  EXPECT_TRUE(refuses([] { (void)QZFileWatcher::initWithPath(nullptr); }));
 }
 
 TEST_F(QZFileWatcherTest, APathIsPolledOnceForAll) {
@@ -218,8 +181,7 @@ TEST_F(QZFileWatcherTest, AHundredShareOneQueueOfTheKernel) {
   std::vector<Ref<QZFileWatcher>> watchers;
   for (int i = 0; i < 100; ++i) {
     const std::string file = directory.write(std::to_string(i), "");
-    watchers.push_back(
-        QZFileWatcher::initWithPath_usingKernelEvents(NSString::stringWithUTF8String(file), true));
+    watchers.push_back(QZFileWatcher::initWithPath_usingKernelEvents(ns(file), true));
     ASSERT_FALSE(watchers.back()->usesTimer());
   }
   EXPECT_EQ(queues(), 1);
@@ -227,9 +189,9 @@ TEST_F(QZFileWatcherTest, AHundredShareOneQueueOfTheKernel) {
 
 TEST_F(QZFileWatcherTest, OneThreadPollsWhileThereIsSomethingToPoll) {
   const auto settle = [](int expected) {
-    for (int i = 0; i < 2000 && pollingThreads() != expected; ++i)
+    for (int i = 0; i < 2000 && threadsNamed("QZFileWatcher") != expected; ++i)
       NSThread::sleepForTimeInterval(0.001);
-    return pollingThreads();
+    return threadsNamed("QZFileWatcher");
   };
   EXPECT_EQ(settle(0), 0);
   const std::string a = directory.write("a", "");
@@ -245,8 +207,7 @@ TEST_F(QZFileWatcherTest, OneThreadPollsWhileThereIsSomethingToPoll) {
   EXPECT_EQ(settle(0), 0);
   watcher->watchFile();
   EXPECT_EQ(settle(1), 1);
-  delegate->last = nullptr;
-  watcher = nullptr;
+  delegate->last = watcher = nullptr;
   EXPECT_EQ(settle(0), 0);
 }
 

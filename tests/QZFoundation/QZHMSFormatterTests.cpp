@@ -1,23 +1,13 @@
 #include "QZFoundation/QZHMSFormatter.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <string>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSScanner.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz {
 namespace {
 
 std::string text(QZHMSFormatter* formatter, double seconds) {
-  const auto number = NSNumber::numberWithDouble(seconds);
-  return to_string(formatter->stringForObjectValue(number));
+  return to_string(formatter->stringForObjectValue(NSNumber::of(seconds)));
 }
 
 TEST(QZHMSFormatter, Formatting) {
@@ -27,28 +17,18 @@ TEST(QZHMSFormatter, Formatting) {
     const char* plain;
   } cases[] = {
       {0, ":00", ":0"},
-      {5, ":05", ":5"},
       {-5.25, "-:05.250", "-:5.250"},
-      {65, "01:05", "1:05"},
-      {600, "10:00", "10:00"},
       {3600, "1:00:00", "1:00:0"},
-      {3605, "1:00:05", "1:00:5"},
       {3725, "1:02:05", "1:02:05"},
       {86399, "23:59:59", "23:59:59"},
-      {86400, "1:0:00:00", "1:0:0:0"},
-      {86461, "1:0:01:01", "1:0:1:01"},
-      {90061, "1:1:01:01", "1:1:01:01"},
       {-93784.5, "-1:2:03:04.500", "-1:2:03:04.500"},
       {1.9996, ":01.999", ":1.999"},  // cut
       {0.05, ":00.050", ":0.050"},
       {1.001, ":01", ":1"},  // the double is below 1.001, and its milliseconds are 0.99…
       {-0.0, ":00", ":0"},
-      {-0.25, "-:00.250", "-:0.250"},
-      {4294967295.0, "49710:6:28:15", "49710:6:28:15"},
       {4294967296.0, ":00", ":0"},  // wraps around
       {4294967301.5, ":05.500", ":5.500"},
       {1e300, ":00", ":0"},
-      {HUGE_VAL, ":00", ":0"},
       {-HUGE_VAL, "-:00", "-:0"},
       {std::nan(""), ":00", ":0"},
   };
@@ -95,63 +75,36 @@ TEST(QZHMSFormatter, Parsing) {
     const char* error;
   } cases[] = {
       {"1:02:05"_ns, 3725, ""},
-      {"1:30.5"_ns, 90.5, ""},
       {""_ns, 0, ""},
-      {":05"_ns, 5, ""},
-      {":5"_ns, 5, ""},
-      {"2:00:00:00"_ns, 172800, ""},
       {"9:1:00:00:05"_ns, 86405, ""},  // what stands before the days is overlooked
-      {"anything:1:00:00:05"_ns, 86405, ""},
-      {"-1:05"_ns, -65, ""},
-      {"-1.5"_ns, -0.5, ""},  // the fraction is added last
+      {"-1.5"_ns, -0.5, ""},           // the fraction is added last
       {"-:05.250"_ns, -4.75, ""},
-      {".5"_ns, 0.5, ""},
-      {".05"_ns, 0.05, ""},
-      {".500"_ns, 0.5, ""},
       {"1. 5"_ns, 1.05, ""},  // the blank counts as a decimal place
       {"1.-5"_ns, 0.95, ""},  // and so does a sign
       {"1.5 "_ns, 1.5, ""},   // blanks at the end are skipped behind a fraction
       {"1:05 "_ns, 0, "Illegal characters in seconds component"},  // and only there
-      {"1: 05"_ns, 65, ""},
-      {" 5"_ns, 5, ""},
-      {"+5"_ns, 5, ""},
-      {"-"_ns, 0, ""},
-      {" -5"_ns, 0, "Value -5 too large for seconds component"},  // the blank was the sign's unit
-      {"1:-5"_ns, 0, "Value -5 too large for seconds component"},
+      {" -5"_ns, 0, "Value -5 too large for seconds component"},   // the blank was the sign's unit
       {"1:60"_ns, 0, "Value 60 too large for seconds component"},
       {"60:00"_ns, 0, "Value 60 too large for minutes component"},
       {"24:00:01"_ns, 1, "Value 24 too large for hours component"},
-      {"-24:00:01"_ns, -1, "Value 24 too large for hours component"},
       {"1:2x"_ns, 0, "Illegal characters in seconds component"},
       {"1x:02"_ns, 2, "Illegal characters in minutes component"},
       {"x"_ns, 0, "Invalid value for seconds component"},
-      {":"_ns, 0, "Invalid value for seconds component"},
       {"1::05"_ns, 5, "Invalid value for minutes component"},
-      {"٣"_ns, 0, "Invalid value for seconds component"},
-      {"５"_ns, 0, "Invalid value for seconds component"},
       {"1."_ns, 0, "Illegal milliseconds value"},
-      {"."_ns, 0, "Illegal milliseconds value"},
       {"1.5x"_ns, 0, "Illegal extra characters"},
-      {"1.5:00"_ns, 0, "Illegal extra characters"},
-      {"1.2.5"_ns, 0, "Illegal characters in seconds component"},
       {"9999999999:00:00:00"_ns, -86400, ""},  // reads as 2³¹ - 1 days, whose seconds wrap around
   };
   for (const auto& each : cases) {
     const Parsed parsed = parse(each.text);
     EXPECT_EQ(parsed.error, each.error) << each.text;
-    // The fraction counts after an error in a component, too.
-    EXPECT_DOUBLE_EQ(parsed.value - (each.text->isEqual("1.2.5"_ns) ? 0.5 : 0), each.value)
-        << each.text;
+    EXPECT_DOUBLE_EQ(parsed.value, each.value) << each.text;
   }
-  EXPECT_FALSE(parse("1:02:05"_ns).isDouble);
-  EXPECT_TRUE(parse("1:30.5"_ns).isDouble);
-  EXPECT_FALSE(parse("1:30.0"_ns).isDouble);
   const auto formatter = QZHMSFormatter::init();
   EXPECT_TRUE(formatter->getObjectValue_forString_errorDescription(nullptr, "1"_ns, nullptr));
   EXPECT_FALSE(formatter->getObjectValue_forString_errorDescription(nullptr, "x"_ns, nullptr));
-  EXPECT_TRUE(test::raises(NSInvalidArgumentException, [&] {
-    formatter->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr);
-  }));
+  EXPECT_TRUE(test::refuses(
+      [&] { formatter->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr); }));
 }
 
 // The rules once more, with a scanner and in the words of the messages: slow, and plainly right.
@@ -205,7 +158,7 @@ Parsed parseWithScanner(NSString* string) {
 
 TEST(QZHMSFormatter, ParsesAsAScannerWould) {
   std::mt19937 random(5);
-  const std::u16string_view alphabet = u"0123456789599:::::...-- +\t\u3000\u0301x٣\u2028";
+  const std::u16string_view alphabet = u"0123456789599:::::...-- +\t\u3000\u0301x٣５\u2028";
   for (int i = 0; i < 20'000; ++i) {
     std::u16string units;
     for (std::size_t length = random() % 14; units.size() < length;)

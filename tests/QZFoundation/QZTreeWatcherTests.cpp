@@ -1,29 +1,13 @@
 #include "QZFoundation/QZTreeWatcher.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <map>
-#include <random>
-#include <thread>
-#include <vector>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Concurrency/NSRunLoop.h"
-#include "Platform/Concurrency/NSThread.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSError.h"
 #include "tests/support/FaultySystem.h"
 #include "tests/support/Files.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Serving.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -42,16 +26,6 @@ class TreeDelegate : public Derives<TreeDelegate, NSObject> {
   std::string told;
 };
 
-int watchingThreads() {
-  int found = 0;
-  for (const auto& task : fs::directory_iterator("/proc/self/task")) {
-    std::string name;
-    std::getline(std::ifstream(task.path() / "comm"), name);
-    found += name == "QZTreeWatcher" ? 1 : 0;
-  }
-  return found;
-}
-
 class QZTreeWatcherTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(NSThread::isMainThread()); }
@@ -65,13 +39,6 @@ class QZTreeWatcherTest : public ::testing::Test {
         options);
     ASSERT_NE(watcher, nullptr);
   }
-  /// Serves the main thread until it is so.
-  static bool served(const std::function<bool()>& isSo) {
-    const auto limit = NSDate::dateWithTimeIntervalSinceNow(20);
-    while (!isSo() && limit->timeIntervalSinceNow() > 0)
-      NSRunLoop::mainRunLoop()->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.005));
-    return isSo();
-  }
   const TemporaryDirectory directory = TemporaryDirectory::inMemory();
   Ref<QZTreeWatcher> watcher;
   std::function<void(NSArray*)> listener;
@@ -84,14 +51,12 @@ TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
   EXPECT_EQ(to_string(error->localizedDescription()),
             "The directory /no/such/folder could not be read");
   EXPECT_EQ(QZTreeWatcher::initWithPath_error(nullptr, nullptr), nullptr);
-
   watch({.latency = 0});
   auto delegate = make<TreeDelegate>();
   watcher->setDelegate(delegate);
-  EXPECT_EQ(watcher->delegate(), delegate);
   const std::string top = directory.path();
   fs::create_directory(top + "/a");
-  ASSERT_TRUE(served([&] { return !delegate->told.empty(); }));
+  ASSERT_TRUE(serveUntil([&] { return !delegate->told.empty(); }));
   EXPECT_EQ(delegate->told, top + " created " + top + "/a;");
   delegate->told.clear();
   // A listener that fails ends nothing.
@@ -100,18 +65,18 @@ TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
     NSException::raise_reason(NSGenericException, "a failing listener"_ns);
   };
   fs::rename(top + "/a", top + "/b");
-  ASSERT_TRUE(served([&] { return listener == nullptr; }));
+  ASSERT_TRUE(serveUntil([&] { return listener == nullptr; }));
   fs::rename(top + "/b", top + "/\xFF");
-  ASSERT_TRUE(served([&] { return !delegate->told.empty(); }));
+  ASSERT_TRUE(serveUntil([&] { return !delegate->told.empty(); }));
   EXPECT_EQ(delegate->told, top + " deleted renamed " + top + "/b (" + top + "/\uFFFD);");
   EXPECT_EQ(watcher->error(), nullptr);
 }
 
 TEST_F(QZTreeWatcherTest, CollectsForAWhile) {
   watch({.latency = 0.3, .namesToLeaveOut = NSArray::arrayWithObjects({"*.tmp"_ns})});
-  std::vector<std::string> told;
+  std::string told;
   listener = [&](NSArray* changes) {
-    for (NSObject* each : *changes) told.push_back(to_string(each));
+    told = to_string(changes->componentsJoinedByString("; "_ns));
   };
   const auto start = NSDate::date();
   const std::string path = directory.write("b", "1");
@@ -121,10 +86,9 @@ TEST_F(QZTreeWatcherTest, CollectsForAWhile) {
   NSThread::sleepForTimeInterval(0.02);
   directory.write("b", "22");
   fs::remove(directory.path() + "/brief");
-  ASSERT_TRUE(served([&] { return !told.empty(); }));
+  ASSERT_TRUE(serveUntil([&] { return !told.empty(); }));
   EXPECT_GE(-start->timeIntervalSinceNow(), 0.3);
-  EXPECT_EQ(told, (std::vector<std::string>{"created " + directory.path() + "/a",
-                                            "created " + directory.path() + "/b"}));
+  EXPECT_EQ(told, "created " + directory.path() + "/a; created " + directory.path() + "/b");
 }
 
 TEST_F(QZTreeWatcherTest, MayEndAnywhere) {
@@ -136,12 +100,12 @@ TEST_F(QZTreeWatcherTest, MayEndAnywhere) {
     directory.write("b", "");
   };
   directory.write("a", "");
-  ASSERT_TRUE(served([&] { return calls != 0 && watchingThreads() == 0; }));
+  ASSERT_TRUE(serveUntil([&] { return calls != 0 && threadsNamed("QZTreeWatcher") == 0; }));
   watch({.latency = 0});
   directory.write("c", "");
   std::thread([&] { watcher = nullptr; }).join();
   const auto start = NSDate::date();
-  ASSERT_TRUE(served([&] { return watchingThreads() == 0; }));
+  ASSERT_TRUE(serveUntil([&] { return threadsNamed("QZTreeWatcher") == 0; }));
   EXPECT_LT(-start->timeIntervalSinceNow(), 3);
   EXPECT_EQ(calls, 1);
 }
@@ -158,9 +122,9 @@ TEST_F(QZTreeWatcherTest, SaysWhatItMustPoll) {
   bool isTold = false;
   listener = [&](NSArray*) { isTold = true; };
   directory.write("a", "");
-  EXPECT_TRUE(served([&] { return isTold; }));
+  EXPECT_TRUE(serveUntil([&] { return isTold; }));
   system.heal();
-  EXPECT_TRUE(served([&] { return watcher->polledFolders() == 0; }));
+  EXPECT_TRUE(serveUntil([&] { return watcher->polledFolders() == 0; }));
   EXPECT_EQ(watcher->error(), nullptr);
 }
 
@@ -239,38 +203,24 @@ class Disorder {
   void step() {
     std::error_code ignored;
     const std::string path = anyPath();
-    switch (random_() % 12) {
-      case 0:
-      case 1:
-        fs::create_directories(path + "/" + name() + "/" + name(), ignored);
-        [[fallthrough]];
-      case 2:
-      case 3:
-      case 4:
-        write(path + "/" + name());
-        break;
-      case 5:
-        write(path);
-        break;
-      case 6:
-      case 7:
-        ::rename(path.c_str(), anyPath().c_str());
-        break;
-      case 8:
-        ::rename(path.c_str(), (outside_ + "/" + name()).c_str());
-        break;
-      case 9:
-        ::rename((outside_ + "/" + name()).c_str(), path.c_str());
-        break;
-      case 10:
-        if (random_() % 2 == 0) fs::remove_all(path, ignored);
-        break;
-      default:
-        if (random_() % 2 == 0)
-          ::symlink(top_.c_str(), path.c_str());
-        else
-          ::chmod(path.c_str(), 0700 + static_cast<mode_t>(random_() % 8));
-    }
+    const auto kind = random_() % 12;
+    if (kind < 2) fs::create_directories(path + "/" + name() + "/" + name(), ignored);
+    if (kind < 5)
+      write(path + "/" + name());
+    else if (kind == 5)
+      write(path);
+    else if (kind < 8)
+      ::rename(path.c_str(), anyPath().c_str());
+    else if (kind == 8)
+      ::rename(path.c_str(), (outside_ + "/" + name()).c_str());
+    else if (kind == 9)
+      ::rename((outside_ + "/" + name()).c_str(), path.c_str());
+    else if (kind == 10 && random_() % 2 == 0)
+      fs::remove_all(path, ignored);
+    else if (kind == 11 && random_() % 2 == 0)
+      fs::create_symlink(top_, path, ignored);
+    else if (kind == 11)
+      ::chmod(path.c_str(), 0700 + static_cast<mode_t>(random_() % 8));
   }
 
  private:
@@ -300,7 +250,7 @@ TEST_F(QZTreeWatcherTest, WhoAppliesWhatIsToldHasWhatIsThere) {
   const TemporaryDirectory outside = TemporaryDirectory::inMemory();
   const char* stress = std::getenv("QZ_STRESS_SECONDS");
   const unsigned seed = stress != nullptr ? std::random_device()() : 1;
-  const auto end = NSDate::dateWithTimeIntervalSinceNow(stress ? std::atof(stress) : 1.0);
+  const auto end = inSeconds(stress ? std::atof(stress) : 1.0);
   Disorder disorder(directory.path(), outside.path(), seed);
   watch({.latency = 0.004});
   Knowledge knowledge(Knowledge::listing(directory.path()));
@@ -314,10 +264,10 @@ TEST_F(QZTreeWatcherTest, WhoAppliesWhatIsToldHasWhatIsThere) {
       }
       isDone = true;
     });
-    served([&] { return isDone.load(); });
+    serveUntil([&] { return isDone.load(); });
     other.join();
     const auto listing = Knowledge::listing(directory.path());
-    ASSERT_TRUE(served([&] { return knowledge.differences(listing).empty(); }))
+    ASSERT_TRUE(serveUntil([&] { return knowledge.differences(listing).empty(); }))
         << "seed " << seed << '\n'
         << knowledge.differences(listing);
   } while (end->timeIntervalSinceNow() > 0 && !HasFailure());

@@ -1,21 +1,10 @@
 #include "QZFoundation/QZVersionNumber.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSEnumerator.h"
-#include "Platform/Collections/NSSet.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSScanner.h"
 #include "QZFoundation/NSBundle-QZFoundation.h"
-#include "tests/support/Raises.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Files.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -32,17 +21,8 @@ TEST(QZVersionNumber, ReadsDigitsAndLetters) {
   const std::pair<const char*, const char*> cases[] = {
       {"10.4.11", "10 4 11"},
       {"1.2b3", "1 2 -24 3"},
-      {"1.2c3", "1 2"},
       {"2.0ab", "2 0 -25"},
-      {"1..2", "1"},
-      {"", ""},
-      {" 1 . 2\n", "1 2"},
-      {"a", "-25"},
-      {"1.-2.+3", "1 -2 3"},
-      {"1.- 2", "1"},
-      {"b.1", "-24"},
       {"v1", ""},
-      {"A", ""},
       {"99999999999.-99999999999", "2147483647 -2147483648"},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(digits(version(text)), expected) << text;
@@ -52,7 +32,6 @@ TEST(QZVersionNumber, ReadsDigitsAndLetters) {
 TEST(QZVersionNumber, WritesTheTextAgain) {
   for (const char* text : {"1.0b3", "1.2", "10.4.11", "", "0", "1a", "b2.3", "1b2a3.4"})
     EXPECT_EQ(version(text)->versionString()->UTF8String(), text);
-  EXPECT_EQ(version("1..2")->versionString()->UTF8String(), "1");
   EXPECT_EQ(version("01.002")->versionString()->UTF8String(), "1.2");
 }
 
@@ -63,60 +42,49 @@ TEST(QZVersionNumber, OrderIsNumericAndLettersComeBefore) {
                                  "1.1",   "10.4.9", "10.4.11", "10.5", "2147483647"};
   for (std::size_t i = 0; i < std::size(ordered); ++i)
     for (std::size_t j = 0; j < std::size(ordered); ++j) {
-      const auto a = version(ordered[i]);
-      const auto b = version(ordered[j]);
       const int expected = i < j ? -1 : i > j ? 1 : 0;
-      EXPECT_EQ(a->compare(b), expected) << ordered[i] << " and " << ordered[j];
-      EXPECT_EQ(QZVersionNumber::compareVersionString_withVersionString(
-                    NSString::stringWithUTF8String(ordered[i]),
-                    NSString::stringWithUTF8String(ordered[j])),
-                expected);
+      EXPECT_EQ(version(ordered[i])->compare(version(ordered[j])), expected)
+          << ordered[i] << " and " << ordered[j];
     }
+  EXPECT_EQ(QZVersionNumber::compareVersionString_withVersionString("1.0b"_ns, "1.0"_ns), -1);
   EXPECT_EQ(QZVersionNumber::compareVersionString_withVersionString(nullptr, "0.0"_ns), 0);
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [] { version("1")->compare(nullptr); }));
+  EXPECT_TRUE(refuses([] { version("1")->compare(nullptr); }));
 }
 
 TEST(QZVersionNumber, EqualVersionsHashAlike) {
-  const std::vector<std::vector<const char*>> classes = {
-      {"", "0", "0.0", "0.0.0"}, {"1", "1.0", "1.0.0"}, {"1.0b", "1.0b0", "1.0.b"}, {"0.1"}};
-  for (const auto& each : classes)
-    for (const auto& other : classes)
-      for (const char* a : each)
-        for (const char* b : other) {
-          EXPECT_EQ(version(a)->isEqual(version(b)), &each == &other) << a << " and " << b;
-          if (&each == &other) {
-            EXPECT_EQ(version(a)->hash(), version(b)->hash()) << a << " and " << b;
-          }
-        }
+  const std::pair<const char*, int> versions[] = {{"", 0},       {"0", 0},     {"0.0.0", 0},
+                                                  {"1", 1},      {"1.0.0", 1}, {"1.0b", 2},
+                                                  {"1.0.b0", 2}, {"0.1", 3}};
+  for (const auto& [a, value] : versions)
+    for (const auto& [b, other] : versions) {
+      EXPECT_EQ(version(a)->isEqual(version(b)), value == other) << a << " and " << b;
+      EXPECT_TRUE(value != other || version(a)->hash() == version(b)->hash()) << a << " and " << b;
+    }
   EXPECT_FALSE(version("1")->isEqual("1"_ns));
-  EXPECT_FALSE(version("1")->isEqual(nullptr));
 }
 
 TEST(QZVersionNumber, TheListCanBeReadAndChanged) {
   auto one = version("1.0b3");
   EXPECT_EQ(one->majorVersionNumber(), 1u);
-  EXPECT_TRUE(equal(one->valueForKey("digits"_ns), one->digits()));
-  one->addDigit(NSNumber::numberWithInt(7));
+  one->addDigit(number(7));
   one->removeObjectFromDigitsAtIndex(1);
-  one->insertObject_inDigitsAtIndex(NSNumber::numberWithInt(5), 0);
+  one->insertObject_inDigitsAtIndex(number(5), 0);
   EXPECT_EQ(digits(one), "5 1 -24 3 7");
   EXPECT_EQ(one->objectInDigitsAtIndex(4)->intValue(), 7);
   EXPECT_EQ(one->digitEnumerator()->allObjects()->count(), one->countOfDigits());
   send<void>(one, "setDigits:"_sel, version("8.9")->digits());
-  EXPECT_EQ(digits(one), "8 9");
   const auto before = one->digits();
-  one->addDigit(NSNumber::numberWithInt(1));
+  one->addDigit(number(1));
   EXPECT_EQ(before->count(), 2u);
   EXPECT_EQ(digits(QZVersionNumber::initWithDigits(before)), "8 9");
 
-  EXPECT_TRUE(raises(NSRangeException, [] { version("")->majorVersionNumber(); }));
+  EXPECT_TRUE(refusesRange([] { version("")->majorVersionNumber(); }));
   EXPECT_TRUE(raises(NSInvalidArgumentException,
                      [&] { one->setDigits(NSArray::arrayWithObject("1"_ns)); }, {"no Number"}));
-  EXPECT_TRUE(raises(NSInvalidArgumentException, [&] { one->addDigit(nullptr); }));
+  EXPECT_TRUE(refuses([&] { one->addDigit(nullptr); }));
   EXPECT_EQ(digits(one), "8 9 1");
-  const std::string text = one->description()->UTF8String();
-  EXPECT_NE(text.find(": {digits = ("), std::string::npos) << text;
-  EXPECT_NE(text.find("), versionString = 8.9.1}"), std::string::npos) << text;
+  EXPECT_THAT(to_string(one), ::testing::HasSubstr(": {digits = ("));
+  EXPECT_THAT(to_string(one), ::testing::HasSubstr("), versionString = 8.9.1}"));
 }
 
 // The rules as they are told, with a scanner.
@@ -164,8 +132,7 @@ TEST(NSBundleQZFoundation, VersionOfABundle) {
   directory.write("without/Info.plist", "{ }");
   directory.write("odd/Info.plist", "{ CFBundleVersion = (1); }");
   const auto versionIn = [&](const char* name) {
-    const auto bundle =
-        NSBundle::bundleWithPath(NSString::stringWithUTF8String(directory.path() + "/" + name));
+    const auto bundle = NSBundle::bundleWithPath(ns(directory.path() + "/" + name));
     return send<Ref<QZVersionNumber>>(bundle, "versionNumber"_sel);
   };
   EXPECT_TRUE(equal(versionIn("with"), version("1.2b3")));

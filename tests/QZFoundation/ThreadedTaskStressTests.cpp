@@ -4,7 +4,6 @@
 
 #include "Platform/Concurrency/MainThread.h"
 #include "Platform/Concurrency/NSNotificationCenter.h"
-#include "Platform/Runtime/NSKeyValueObserving.h"
 #include "QZFoundation/QZThreadedTask.h"
 #include "QZFoundation/XJMainThreadProxy.h"
 #include "tests/support/Observers.h"

@@ -1,28 +1,14 @@
 #include "QZFoundation/XJKQueue.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
-#include <string>
-#include <vector>
-
-#include "Platform/Collections/NSDictionary.h"
 #include "Platform/Concurrency/NSNotificationCenter.h"
-#include "Platform/Concurrency/NSRunLoop.h"
-#include "Platform/Concurrency/NSThread.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/Send.h"
 #include "tests/support/FaultySystem.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Serving.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -56,12 +42,9 @@ class XJKQueueTest : public ::testing::Test {
   }
   /// Serves the main thread until the log has as many words, and a moment longer.
   std::string told(int words) {
-    const auto loop = NSRunLoop::mainRunLoop();
-    const auto has = [&] { return std::count(delegate->log.begin(), delegate->log.end(), ' '); };
-    const auto limit = NSDate::dateWithTimeIntervalSinceNow(20);
-    while (has() < words && limit->timeIntervalSinceNow() > 0)
-      loop->runMode_beforeDate(NSDefaultRunLoopMode, limit);
-    loop->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.02));
+    const std::string& log = delegate->log;
+    serveUntil([&] { return std::count(log.begin(), log.end(), ' ') >= words; });
+    NSRunLoop::mainRunLoop()->runUntilDate(inSeconds(0.02));
     return std::exchange(delegate->log, "");
   }
   Ref<NSString> file(const char* name, const char* text = "") {
@@ -71,6 +54,10 @@ class XJKQueueTest : public ::testing::Test {
     const int descriptor = ::open(path->UTF8String().c_str(), O_WRONLY | O_APPEND);
     EXPECT_EQ(::write(descriptor, "more", 4), 4);
     ::close(descriptor);
+  }
+  std::string toldOfMore(NSString* path, int words) {
+    append(path);
+    return told(words);
   }
   TemporaryDirectory directory;
   Ref<XJKQueue> queue = XJKQueue::init();
@@ -83,8 +70,7 @@ TEST_F(XJKQueueTest, ReportsEachKindInTheFixedOrder) {
   const auto b = file("b");
   EXPECT_EQ(queue->addPathToQueue_notifyingAbout(a, 0x7F), 0);
   EXPECT_EQ(queue->addPathToQueue(b), 0);
-  append(a);
-  EXPECT_EQ(told(2), "WrittenToNotification:/a SizeIncreasedNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 2), "WrittenToNotification:/a SizeIncreasedNotification:/a ");
   append(b);
   ::chmod(b->UTF8String().c_str(), 0600);
   EXPECT_EQ(told(2), "WrittenToNotification:/b AttributesChangedNotification:/b ");
@@ -113,43 +99,27 @@ TEST_F(XJKQueueTest, EqualPathsAreWatchedEach) {
   const auto a = file("a");
   queue->addPath(a);
   queue->addPath(NSString::stringWithUTF8String(a->UTF8String()));
-  append(a);
-  EXPECT_EQ(told(2), "WrittenToNotification:/a WrittenToNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 2), "WrittenToNotification:/a WrittenToNotification:/a ");
   queue->removePath(a);
-  append(a);
-  EXPECT_EQ(told(1), "WrittenToNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 1), "WrittenToNotification:/a ");
   queue->removePath(a);
   queue->removePath(a);
-  append(a);
-  EXPECT_EQ(told(0), "");
-  queue->addPath(a);
-  queue->removeAllPathsFromQueue();
-  append(a);
-  EXPECT_EQ(told(0), "");
+  EXPECT_EQ(toldOfMore(a, 0), "");
 }
 
 TEST_F(XJKQueueTest, TellsTheDelegateAndTheObserversAsAsked) {
   const auto a = file("a");
   queue->addPath(a);
   queue->setDelegate(delegate);
-  EXPECT_EQ(queue->delegate(), delegate);
-  append(a);
-  EXPECT_EQ(told(1), "DWrittenToNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 1), "DWrittenToNotification:/a ");
   queue->setAlwaysNotify(true);
-  append(a);
-  EXPECT_EQ(told(2), "DWrittenToNotification:/a WrittenToNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 2), "DWrittenToNotification:/a WrittenToNotification:/a ");
   // One that fails, or dies, does not end the watching.
   delegate->fails = true;
-  append(a);
-  EXPECT_EQ(told(1), "DWrittenToNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 1), "DWrittenToNotification:/a ");
   queue->setDelegate(make<Delegate>());
   EXPECT_EQ(queue->delegate(), nullptr);
-  append(a);
-  EXPECT_EQ(told(1), "WrittenToNotification:/a ");
-  queue->setDelegate(nullptr);
-  queue->setAlwaysNotify(false);
-  append(a);
-  EXPECT_EQ(told(1), "WrittenToNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 1), "WrittenToNotification:/a ");
 }
 
 TEST_F(XJKQueueTest, EndsAtOnceWithItsLastOwner) {
@@ -164,19 +134,10 @@ TEST_F(XJKQueueTest, EndsAtOnceWithItsLastOwner) {
   EXPECT_EQ(XJKQueue::sharedFileWatcher(), XJKQueue::sharedFileWatcher());
 }
 
-/// What this process has open, and how many of its threads have a name.
+/// What this process has open.
 std::size_t openDescriptors() {
   const std::filesystem::directory_iterator all("/proc/self/fd");
   return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
-int queueThreads() {
-  int found = 0;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string name;
-    std::getline(std::ifstream(task.path() / "comm"), name);
-    found += name == "XJKQueue" ? 1 : 0;
-  }
-  return found;
 }
 long residentPages() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -217,25 +178,23 @@ TEST_F(XJKQueueTest, AddingAndRemovingLosesNothing) {
   EXPECT_EQ(kernelWatches(queue->queueFD()), 0);
   EXPECT_LT(residentPages() - pages, 512);
   queue->addPath(a);
-  append(a);
-  EXPECT_EQ(told(1), "WrittenToNotification:/a ");
+  EXPECT_EQ(toldOfMore(a, 1), "WrittenToNotification:/a ");
 }
 
 TEST_F(XJKQueueTest, WatchesTenThousandFilesWithOneThread) {
   constexpr int count = 10'000;
   const auto first = file("first");
   queue->addPath(first);
-  append(first);
-  EXPECT_EQ(told(1), "WrittenToNotification:/first ");  // so the thread has its name
+  EXPECT_EQ(toldOfMore(first, 1), "WrittenToNotification:/first ");  // so the thread has its name
   queue->removePath(first);
-  const int threads = queueThreads();
+  const int threads = threadsNamed("XJKQueue");
   const std::size_t open = openDescriptors();
   std::vector<Ref<NSString>> paths;
   for (int i = 0; i < count; ++i) {
     paths.push_back(file(std::to_string(i).c_str()));
     ASSERT_EQ(queue->addPathToQueue(paths.back()), 0);
   }
-  EXPECT_EQ(queueThreads(), threads);
+  EXPECT_EQ(threadsNamed("XJKQueue"), threads);
   EXPECT_EQ(openDescriptors(), open);
   EXPECT_EQ(kernelWatches(queue->queueFD()), count);
   token = nullptr;
@@ -246,9 +205,7 @@ TEST_F(XJKQueueTest, WatchesTenThousandFilesWithOneThread) {
   for (int round = 0; round < 3; ++round) {
     told = 0;
     for (int i = round; i < count; i += 10) append(paths[static_cast<std::size_t>(i)]);
-    while (told < count / 10)
-      ASSERT_TRUE(NSRunLoop::mainRunLoop()->runMode_beforeDate(
-          NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceNow(20)));
+    ASSERT_TRUE(serveUntil([&] { return told >= count / 10; }));
     if (round == 0) pages = residentPages();
   }
   EXPECT_LT(residentPages() - pages, 256);
@@ -291,12 +248,9 @@ TEST_F(XJKQueueTest, AnyThread) {
         queue->removePath(a);
       }
     }));
-  const auto loop = NSRunLoop::mainRunLoop();
-  for (const auto& thread : threads)
-    while (!thread->isFinished()) loop->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.005));
+  for (const auto& thread : threads) serveUntil([&] { return thread->isFinished(); });
   told(0);
-  append(a);
-  EXPECT_EQ(told(0), "");
+  EXPECT_EQ(toldOfMore(a, 0), "");
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
 // The command qzfoundation-inspect, through its command line.
-#include <gmock/gmock.h>
-
-#include <algorithm>
 
 #include "tests/support/Command.h"
 #include "tests/support/Files.h"
 #include "tests/support/SourceTree.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -33,13 +33,11 @@ TEST_F(Qzplist, ConvertsChecksAndPrints) {
 
 TEST_F(Qzplist, ReadsAndSetsByKeyPath) {
   directory_.write("list", "<plist><dict/></plist>");
-  expect("set list name 'Ada & <Grace>'", 0, "");
-  expect("set list a.b -t integer 18446744073709551615", 0, "");
-  expect("set list 'dotted\\.key' -t bool true", 0, "");
-  expect("set list marks -t array '(1, <ff>)'", 0, "");
-  expect("set list marks.2 -t real 2.5", 0, "");
-  expect("set list marks.0 -t date 2024-02-29T12:00:00Z", 0, "");
-  expect("set list d -t data /w==", 0, "");
+  for (const std::string value :
+       {"name 'Ada & <Grace>'", "a.b -t integer 18446744073709551615",
+        "'dotted\\.key' -t bool true", "marks -t array '(1, <ff>)'", "marks.2 -t real 2.5",
+        "marks.0 -t date 2024-02-29T12:00:00Z", "d -t data /w=="})
+    expect("set list " + value, 0, "");
   expect("get list name", 0, "Ada & <Grace>\n");
   expect("get list a.b", 0, "18446744073709551615\n");
   expect("get list 'dotted\\.key'", 0, "true\n");
