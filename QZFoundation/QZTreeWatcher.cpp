@@ -64,11 +64,11 @@ Ref<NSString> text(const std::string& path) {
   return NSString::stringWithCharacters(detail::pathOfBytes(path));
 }
 
-Ref<NSArray> arrayOf(std::vector<TreeChanges::Change> changes) {
+Ref<NSArray> arrayOf(std::vector<TreeChanges::Change> changes, NSString* top) {
   auto array = make<NSMutableArray>();
   for (const TreeChanges::Change& each : changes) {
     const Ref<NSString> other = each.other.empty() ? nullptr : text(each.other);
-    array->addObject(make<QZTreeChange>(text(each.path), each.kinds, each.isFolder, other));
+    array->addObject(make<QZTreeChange>(top, text(each.path), each.kinds, each.isFolder, other));
   }
   return array;
 }
@@ -88,7 +88,7 @@ void tell(TreeWatcherState& state) {
     delegate = state.delegate.load();
   }
   if (changes.empty()) return;
-  const Ref<NSArray> array = arrayOf(std::move(changes));
+  const Ref<NSArray> array = arrayOf(std::move(changes), watcher->path());
   try {
     if (*listener) (*listener)(array);
     if (delegate) send<void>(delegate, "treeWatcher:didDetectChanges:"_sel, watcher.get(), array);
@@ -244,8 +244,18 @@ void QZTreeWatcher::describe(ClassDescription<QZTreeWatcher>& is) {
 
 // QZTreeChange ------------------------------------------------------------------------------------
 
-QZTreeChange::QZTreeChange(NSString* path, std::uint32_t kinds, bool isFolder, NSString* otherPath)
-    : path_(path), otherPath_(otherPath), kinds_(kinds), isFolder_(isFolder) {}
+QZTreeChange::QZTreeChange(NSString* top, NSString* path, std::uint32_t kinds, bool isFolder,
+                           NSString* otherPath)
+    : path_(path),
+      otherPath_(otherPath),
+      topLength_(top->length() + (top->hasSuffix("/"_ns) ? 0 : 1)),
+      kinds_(kinds),
+      isFolder_(isFolder) {}
+
+Ref<NSString> QZTreeChange::relativePath() const {
+  if (topLength_ >= path_->length()) return ""_ns;
+  return path_->substringFromIndex(topLength_);
+}
 
 Ref<NSString> QZTreeChange::description() const {
   constexpr const char* names[] = {"created", "changed",    "deleted",
@@ -262,6 +272,7 @@ void QZTreeChange::describe(ClassDescription<QZTreeChange>& is) {
   using Self = QZTreeChange;
   is.named("QZTreeChange")
       .property<&Self::path>("path")
+      .property<&Self::relativePath>("relativePath")
       .property<&Self::kinds>("kinds")
       .property<&Self::isCreated>("isCreated")
       .property<&Self::isChanged>("isChanged")

@@ -54,10 +54,14 @@ class QZTreeChange : public Derives<QZTreeChange, NSObject> {
   static void describe(ClassDescription<QZTreeChange>& is);
 
   /// What a watcher tells; the arguments are what the members answer.
-  QZTreeChange(NSString* path, std::uint32_t kinds, bool isFolder, NSString* otherPath);
+  QZTreeChange(NSString* top, NSString* path, std::uint32_t kinds, bool isFolder,
+               NSString* otherPath);
 
-  /// Begins with the path of the watcher.
+  /// Absolute: begins with the path of the watcher.
   Ref<NSString> path() const { return path_; }
+
+  /// The same from the watched folder on, "sub/file"; empty for that folder itself.
+  Ref<NSString> relativePath() const;
 
   /// Bits of QZTreeChangeKind.
   std::uint32_t kinds() const noexcept { return kinds_; }
@@ -78,6 +82,7 @@ class QZTreeChange : public Derives<QZTreeChange, NSObject> {
  private:
   Ref<NSString> path_;
   Ref<NSString> otherPath_;
+  std::uint32_t topLength_;
   std::uint32_t kinds_;
   bool isFolder_;
 };

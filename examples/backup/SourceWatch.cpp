@@ -48,10 +48,8 @@ void SourceWatch::note(NSArray* changes) {
 
 void SourceWatch::noteOne(QZTreeChange* change) {
   if ((change->kinds() & QZTreeChangeRescan) != 0) isAllNoted_ = true;
-  const Ref<NSString> top = watcher_->path();
-  if (change->isDeleted() || change->path()->isEqualToString(top)) return;
-  const std::uint32_t prefix = top->length() + (top->hasSuffix("/"_ns) ? 0 : 1);
-  const Ref<NSString> entry = change->path()->substringFromIndex(prefix);
+  const Ref<NSString> entry = change->relativePath();
+  if (change->isDeleted() || entry->length() == 0) return;
   // A destination in the source changes with each copy.
   NSString* const leftOut = settings_.leftOut;
   const bool isLeftOut =

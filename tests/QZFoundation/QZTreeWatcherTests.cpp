@@ -75,8 +75,11 @@ TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
 TEST_F(QZTreeWatcherTest, CollectsForAWhile) {
   watch({.latency = 0.3, .namesToLeaveOut = NSArray::arrayWithObjects({"*.tmp"_ns})});
   std::string told;
+  std::string below;
   listener = [&](NSArray* changes) {
     told = to_string(changes->componentsJoinedByString("; "_ns));
+    below = to_string(
+        as<NSArray>(changes->valueForKey("relativePath"_ns))->componentsJoinedByString(" "_ns));
   };
   const auto start = NSDate::date();
   const std::string path = directory.write("b", "1");
@@ -89,6 +92,7 @@ TEST_F(QZTreeWatcherTest, CollectsForAWhile) {
   ASSERT_TRUE(serveUntil([&] { return !told.empty(); }));
   EXPECT_GE(-start->timeIntervalSinceNow(), 0.3);
   EXPECT_EQ(told, "created " + directory.path() + "/a; created " + directory.path() + "/b");
+  EXPECT_EQ(below, "a b");
 }
 
 TEST_F(QZTreeWatcherTest, MayEndAnywhere) {
@@ -147,6 +151,8 @@ class Knowledge {
       auto* change = as<QZTreeChange>(each);
       const std::string path = change->path()->UTF8String();
       EXPECT_LT(std::exchange(last, path), path);
+      const std::string below = change->relativePath()->UTF8String();
+      EXPECT_TRUE(below.empty() || path.ends_with("/" + below)) << path;
       EXPECT_EQ(before.count(path), change->isCreated() ? 0u : 1u) << to_string(change);
       const std::string other = change->otherPath() ? change->otherPath()->UTF8String() : "";
       EXPECT_TRUE(change->isDeleted() || other.empty() || before.count(other) == 1)

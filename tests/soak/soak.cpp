@@ -66,15 +66,13 @@ void change(const std::string& top, std::mt19937& random) {
 }
 
 /// Copies each changed file. What is gone again by then is no failure of the copy.
-void copyChanges(QZThreadedTask* task, NSArray* changes, const std::string& from, NSString* to,
-                 Totals& totals) {
+void copyChanges(QZThreadedTask* task, NSArray* changes, NSString* to, Totals& totals) {
   const auto manager = currentThreadFileManager();
   float done = 0;
   for (auto* each : elements<QZTreeChange>(changes)) {
     task->updatePercentComplete(100 * ++done / static_cast<float>(changes->count()));
     if (each->isFolder() || each->isDeleted()) continue;
-    const auto place = each->path()->UTF8String().substr(from.size() + 1);
-    const auto target = to->stringByAppendingPathComponent(NSString::stringWithUTF8String(place));
+    const auto target = to->stringByAppendingPathComponent(each->relativePath());
     createDirectoryAtPath_attributes_createParents(
         manager, target->stringByDeletingLastPathComponent(), nullptr, true);
     const auto error = copyPath_toPath_withOptions(manager, each->path(), target, QZCopyOverwrite);
@@ -104,7 +102,7 @@ int main(int count, char** arguments) {
         ++running;
         const auto task =
             make<QZThreadedTask>([&, kept = Ref<NSArray>(changes)](QZThreadedTask* own) {
-              copyChanges(own, kept, from, to, totals);
+              copyChanges(own, kept, to, totals);
             });
         // Both keep themselves until the task is done.
         const auto done = std::make_shared<Ref<NSNotificationToken>>();

@@ -55,11 +55,13 @@ std::vector<Selector> selectorsOf(const Class* aClass, bool ofClass) {
 }  // namespace
 
 std::string suggestionForOperation(const Class* aClass, Selector selector, bool ofClass) {
+  const auto has = [&](const Class* each) {
+    return (ofClass ? each->classMethod(selector) : each->instanceMethod(selector)) != nullptr;
+  };
   const bool isRoot = aClass->superclassObject() == nullptr;  // everything is below that one
   if (!isRoot)
     for (const Class* each : allClasses())
-      if (each->isSubclassOfClass(aClass) &&
-          (ofClass ? each->classMethod(selector) : each->instanceMethod(selector)) != nullptr)
+      if (each->isSubclassOfClass(aClass) && has(each) && !has(each->superclassObject()))
         return "; " + std::string(each->name()) + " has it";
   std::vector<std::string_view> names;
   for (const Class* each = aClass; each != nullptr; each = each->superclassObject())

@@ -15,6 +15,12 @@ class Account : public Derives<Account, NSObject> {
   Ref<NSString> owner() const { return "Ada"_ns; }
 };
 
+/// Comes before NSMutableArray in the alphabet, and has what that has.
+class Album : public Derives<Album, NSMutableArray> {
+ public:
+  static void describe(ClassDescription<Album>& is) { is.named("AlbumOfSuggestions"); }
+};
+
 template <class Action>
 void expectReasonEnds(const std::string& end, Action action) {
   try {
@@ -28,6 +34,7 @@ void expectReasonEnds(const std::string& end, Action action) {
 
 TEST(Suggestion, NamesOperationsThatMayHaveBeenMeant) {
   const auto array = NSArray::array();
+  classOf<Album>();
   const auto expect = [](NSObject* receiver, Selector selector, const std::string& end) {
     expectReasonEnds(end, [&] { receiver->doesNotRecognizeSelector(selector); });
   };
