@@ -20,7 +20,8 @@ add_custom_command(OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/resources/copied"
   COMMAND "${CMAKE_COMMAND}" -E touch "${CMAKE_CURRENT_BINARY_DIR}/resources/copied"
   DEPENDS ${copies} VERBATIM)
 add_custom_target(QZResources ALL DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/resources/copied")
-add_dependencies(QZFoundation QZResources)
+# Before the objects, which every form of the library has.
+add_dependencies(QZFoundationObjects QZResources)
 
 # Where a program that links the archive finds the resources, wherever it lies itself.
 set_source_files_properties(QZFoundation/detail/LibraryBundle.cpp PROPERTIES
