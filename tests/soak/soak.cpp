@@ -75,9 +75,13 @@ void copyChanges(QZThreadedTask* task, NSArray* changes, NSString* to, Totals& t
     const auto target = to->stringByAppendingPathComponent(each->relativePath());
     createDirectoryAtPath_attributes_createParents(
         manager, target->stringByDeletingLastPathComponent(), nullptr, true);
-    const auto error = copyPath_toPath_withOptions(manager, each->path(), target, QZCopyOverwrite);
-    ++totals.copies;
-    if (error && fs::exists(each->path()->fileSystemRepresentation())) ++totals.failures;
+    // A file may go while it is copied, and be there again: so twice counts.
+    Ref<NSError> error;
+    for (int i = 0; i < 2 && (i == 0 || error); ++i, ++totals.copies)
+      error = copyPath_toPath_withOptions(manager, each->path(), target, QZCopyOverwrite);
+    if (!error || !fs::exists(each->path()->fileSystemRepresentation())) continue;
+    ++totals.failures;
+    std::cerr << error->localizedDescription() << '\n';
   }
 }
 
