@@ -350,6 +350,8 @@ struct std::hash<qz::Ref<T>> {
   /// 0 for nil.
   std::size_t operator()(const qz::Ref<T>& object) const { return object ? object->hash() : 0; }
 };
+
+/// By `isEqual`, in hashed containers; see std::hash.
 template <class T>
 struct std::equal_to<qz::Ref<T>> {
   /// Nil is equal to nil.
