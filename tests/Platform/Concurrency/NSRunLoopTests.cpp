@@ -156,9 +156,11 @@ TEST_F(NSRunLoopTest, AnInnerLoopServesItsModeAndLeavesTheRest) {
 TEST_F(NSRunLoopTest, TimersFireInOrderAndKeepToTheirGrid) {
   std::string text;
   std::vector<Ref<NSTimer>> timers;
-  for (const auto& [seconds, c] : {std::pair{0.03, 'c'}, {0.01, 'a'}, {0.02, 'b'}})
-    timers.push_back(
-        NSTimer::scheduledTimer(seconds, false, [&text, c = c](NSTimer*) { text += c; }));
+  Ref<NSDate> now = NSDate::date();
+  for (const auto& [seconds, c] : {std::pair{0.03, 'c'}, {0.01, 'a'}, {0.02, 'b'}}) {
+    timers.push_back(NSTimer::scheduledTimer(100, false, [&text, c = c](NSTimer*) { text += c; }));
+    timers.back()->setFireDate(now->dateByAddingTimeInterval(seconds));
+  }
   EXPECT_TRUE(loop->limitDateForMode(NSDefaultRunLoopMode)->isEarlierThanDate(inSeconds(0.0101)));
   loop->runUntilDate(inSeconds(0.05));
   EXPECT_EQ(text, "abc");
