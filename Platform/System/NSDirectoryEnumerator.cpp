@@ -1,13 +1,12 @@
 #include "Platform/System/NSDirectoryEnumerator.h"
 
-#include <dirent.h>
-
 #include <string>
 #include <vector>
 
 #include "Platform/Runtime/Describe.h"
 #include "Platform/System/detail/DirectoryReader.h"
 #include "Platform/System/detail/FileAttributes.h"
+#include "Platform/System/detail/FileErrors.h"
 #include "Platform/System/detail/PathBytes.h"
 
 namespace qz {
@@ -25,20 +24,22 @@ struct Entry {
   bool isFolder;
 };
 
-// Read in one go, so that a walk needs no descriptor while it stands still.
-std::vector<Entry> entriesOf(Descriptor folder) {
+// Read in one go, so that a walk needs no descriptor while it stands still. `error` becomes 0, or
+// the `errno` because of which there may be more.
+std::vector<Entry> entriesOf(Descriptor folder, int& error) {
   std::vector<Entry> entries;
   const int number = folder.number();
   DirectoryReader reader(std::move(folder));
   while (const auto* each = reader.next()) {
-    bool isFolder = each->type == DT_DIR;
-    struct ::statx about;
-    if (each->type == DT_UNKNOWN)
-      isFolder = os::statx(number, each->text, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &about) == 0 &&
-                 S_ISDIR(about.stx_mode);
-    entries.push_back({std::string(each->name()), isFolder});
+    entries.push_back({std::string(each->name()), isFolderIn(number, *each)});
   }
+  error = reader.error();
   return entries;
+}
+
+// Somebody has removed it, or put something else in its place, since it was listed.
+bool isGone(int number) noexcept {
+  return number == ENOENT || number == ENOTDIR || number == ELOOP;
 }
 
 }  // namespace
@@ -58,10 +59,13 @@ struct NSDirectoryEnumerator::Walk {
 
   std::string absolute() const { return path.empty() ? top : top + '/' + path; }
 
-  void enter() {
+  // Goes into the directory answered last. 0, or the `errno` of what could not be read in it.
+  int enter() {
     goesBelow = false;
     Descriptor folder(os::openat(AT_FDCWD, absolute().c_str(), folderFlags));
-    if (folder) levels.push_back({entriesOf(std::move(folder)), 0, path.size()});
+    int error = folder ? 0 : errno;
+    if (folder) levels.push_back({entriesOf(std::move(folder), error), 0, path.size()});
+    return isGone(error) ? 0 : error;
   }
 };
 
@@ -75,15 +79,22 @@ Ref<NSDirectoryEnumerator> NSDirectoryEnumerator::enumeratorAtPath(NSString* pat
   // The top may be a link: the caller has chosen it.
   Descriptor folder(os::openat(AT_FDCWD, bytes.c_str(), folderFlags & ~O_NOFOLLOW));
   if (!folder) return nullptr;
+  int error = 0;
+  std::vector<Entry> entries = entriesOf(std::move(folder), error);
+  errno = error;
+  if (error != 0) return nullptr;
   auto walk = std::make_unique<Walk>();
   walk->top = bytes.view();
-  walk->levels.push_back({entriesOf(std::move(folder)), 0, 0});
+  walk->levels.push_back({std::move(entries), 0, 0});
   return Ref<NSDirectoryEnumerator>(new NSDirectoryEnumerator(std::move(walk)), adopt);
 }
 
 Ref<NSObject> NSDirectoryEnumerator::nextObject() {
   Walk& walk = *walk_;
-  if (walk.goesBelow) walk.enter();
+  if (walk.goesBelow)
+    if (const int number = walk.enter(); number != 0 && !error_)
+      error_ = detail::fileError(
+          NSString::stringWithFileSystemRepresentation(walk.absolute()), number);
   while (!walk.levels.empty() && walk.levels.back().next == walk.levels.back().entries.size())
     walk.levels.pop_back();
   if (walk.levels.empty()) return nullptr;

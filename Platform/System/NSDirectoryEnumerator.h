@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "Platform/Collections/NSEnumerator.h"
+#include "Platform/Values/NSError.h"
 #include "Platform/Values/NSString.h"
 
 #pragma GCC visibility push(default)
@@ -14,14 +15,15 @@ namespace qz {
 class NSDictionary;
 
 /// Answers the paths of all entries below a directory, relative to it: a directory first, then what
-/// is in it. Symbolic links are entries and are not followed. A directory that cannot be read, or
-/// went away meanwhile, is an entry without anything below it. Each directory is read when the walk
-/// comes to it.
+/// is in it. Symbolic links are entries and are not followed. Each directory is read when the walk
+/// comes to it. One that cannot be read has what could be read of it below it, or nothing, and the
+/// walk goes on behind it; `error` tells.
 ///
 ///     auto entries = manager->enumeratorAtPath(top);
 ///     while (Ref<NSObject> each = entries->nextObject()) {
 ///       if (isHidden(as<NSString>(each))) entries->skipDescendents();
 ///     }
+///     if (entries->error()) show(entries->error());  // there is more than what was answered
 class NSDirectoryEnumerator : public Derives<NSDirectoryEnumerator, NSEnumerator> {
  public:
   static void describe(ClassDescription<NSDirectoryEnumerator>& is);
@@ -34,6 +36,11 @@ class NSDirectoryEnumerator : public Derives<NSDirectoryEnumerator, NSEnumerator
 
   /// Does not go into the directory answered last. Nothing when that was none.
   void skipDescendents();
+
+  /// Nil while everything that the walk has come to could be read, else the first failure: an Error
+  /// in NSPOSIXErrorDomain, with the directory's path under NSFilePathErrorKey. A directory that
+  /// went away meanwhile is none.
+  Ref<NSError> error() const { return error_; }
 
   /// How deep the entry answered last lies: 1 for those of the directory itself, 0 before the
   /// first.
@@ -49,6 +56,7 @@ class NSDirectoryEnumerator : public Derives<NSDirectoryEnumerator, NSEnumerator
   explicit NSDirectoryEnumerator(std::unique_ptr<Walk> walk);
 
   std::unique_ptr<Walk> walk_;
+  Ref<NSError> error_;
 };
 
 }  // namespace qz

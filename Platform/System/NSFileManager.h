@@ -29,8 +29,7 @@ class NSData;
 /// can be called is EINVAL.
 ///
 /// There are two generations of operations. Both tell what the system said in `errno`.
-/// - Those with `error:` answer whether they succeeded, and put an Error in NSPOSIXErrorDomain,
-/// with
+/// - Those with `error:` answer whether they succeeded, and put an Error in NSPOSIXErrorDomain, with
 ///   the path under NSFilePathErrorKey, in the place given, which may be null; it is left alone
 ///   otherwise.
 /// - Those with `handler:` send a handler, which may be nil, `fileManager:shouldProceedAfterError:`
@@ -77,12 +76,13 @@ class NSFileManager : public Derives<NSFileManager, NSObject> {
   // Listing ---------------------------------------------------------------------------------------
 
   /// The names in a directory, without "." and "..", in the order the file system has them. Nil
-  /// when it cannot be read.
+  /// when it cannot be read, or not to its end.
   virtual Ref<NSArray> directoryContentsAtPath(NSString* path) const;
   Ref<NSArray> contentsOfDirectoryAtPath_error(NSString* path, Ref<NSError>* error) const;
 
   /// All entries below a directory, at every depth, as paths relative to it; see
-  /// NSDirectoryEnumerator. Nil when the directory cannot be read.
+  /// NSDirectoryEnumerator, which alone tells of directories below that cannot be read. Nil, with
+  /// `errno`, when the directory itself cannot.
   virtual Ref<NSDirectoryEnumerator> enumeratorAtPath(NSString* path) const;
   Ref<NSArray> subpathsAtPath(NSString* path) const;
 

@@ -34,4 +34,11 @@ const DirectoryReader::Entry* DirectoryReader::next() {
   }
 }
 
+bool isFolderIn(int folder, const DirectoryReader::Entry& entry) noexcept {
+  if (entry.type != DT_UNKNOWN) return entry.type == DT_DIR;
+  struct ::statx about;
+  return os::statx(folder, entry.text, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &about) == 0 &&
+         S_ISDIR(about.stx_mode);
+}
+
 }  // namespace qz::detail

@@ -58,6 +58,10 @@ class DirectoryReader {
   std::size_t place_ = 0;
 };
 
+/// Whether an entry of the open directory `folder` is a directory itself; false when that cannot be
+/// asked.
+bool isFolderIn(int folder, const DirectoryReader::Entry& entry) noexcept;
+
 }  // namespace qz::detail
 
 #pragma GCC visibility pop

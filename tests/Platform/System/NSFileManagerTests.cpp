@@ -13,6 +13,7 @@ namespace qz::test {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::UnorderedElementsAre;
@@ -444,6 +445,32 @@ TEST_F(FileManagerTest, DirectoriesAreListed) {
   Ref<NSError> error;
   EXPECT_FALSE(manager->contentsOfDirectoryAtPath_error(path("a"), &error));
   EXPECT_EQ(error->code(), EIO);
+}
+
+TEST_F(FileManagerTest, AWalkTellsWhatItCouldNotRead) {
+  directory.write("a/file", "");
+  directory.write("b/file", "");
+  FaultySystem system;
+  const auto walked = [&](SystemCall broken, int number) {
+    auto walk = manager->enumeratorAtPath(ns(directory.path()));
+    system.failAll(broken, number);
+    const auto entries = texts(walk->allObjects());
+    system.heal();
+    EXPECT_THAT(entries, UnorderedElementsAre("a", "b"));
+    return walk->error();
+  };
+  for (const SystemCall broken : {SystemCall::Open, SystemCall::ListDirectory}) {
+    const Ref<NSError> error = walked(broken, EIO);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), EIO);
+    EXPECT_THAT(to_string(error->userInfo()->objectForKey(NSFilePathErrorKey)),
+                AnyOf(at("a"), at("b")));
+    EXPECT_FALSE(walked(broken, ENOENT));  // gone meanwhile
+  }
+  system.failAll(SystemCall::ListDirectory, EIO);
+  EXPECT_FALSE(manager->enumeratorAtPath(ns(directory.path())));
+  EXPECT_EQ(errno, EIO);
+  EXPECT_FALSE(manager->subpathsAtPath(ns(directory.path())));
 }
 
 TEST_F(FileManagerTest, ThingsAreMadeAndAsked) {
