@@ -36,7 +36,13 @@ struct FileOwner {
   gid_t group;
 };
 
+/// What a copy asks of each file.
 inline constexpr unsigned int statusMask = STATX_BASIC_STATS;
+
+/// The same of an open one. False with `errno`.
+inline bool statusOf(int descriptor, struct ::statx& about) noexcept {
+  return os::statx(descriptor, "", AT_EMPTY_PATH, statusMask, &about) == 0;
+}
 
 /// Copies all that can be read from `in`, to the empty file `out`; both stand at their start.
 /// Blocks are shared where the file system can; holes stay holes.

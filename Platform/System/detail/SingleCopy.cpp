@@ -15,10 +15,6 @@ CopyOutcome withdraw(const CopyStep& step, CopyOutcome outcome) {
   return outcome;
 }
 
-bool statusOf(int descriptor, struct ::statx& about) {
-  return os::statx(descriptor, "", AT_EMPTY_PATH, statusMask, &about) == 0;
-}
-
 // Gives an unnamed file its name. By descriptor where the kernel allows that, else through the
 // list of the process's own descriptors.
 bool publish(int file, const CopyStep& step) {
@@ -73,14 +69,20 @@ void SharedFiles::used(const Key& key) {
 Descriptor openToCopy(const CopyStep& step, struct ::statx& about, CopyOutcome& outcome) {
   // A pipe in the file's place must not make anybody wait.
   Descriptor in(os::openat(step.fromFolder, step.from, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
-  if (!in && errno != ELOOP && errno != ENXIO) outcome = CopyOutcome::source();
-  if (!in) return in;
-  if (!statusOf(in.number(), about)) {
+  if (!in && errno != ELOOP && errno != ENXIO) {
     outcome = CopyOutcome::source();
-    in.close();
-  } else if (!S_ISREG(about.stx_mode)) {
-    in.close();
+    return in;
   }
+  const int refusal = errno;
+  bool isAsked = in ? statusOf(in.number(), about)
+                    : os::statx(step.fromFolder, step.from, AT_SYMLINK_NOFOLLOW, statusMask,
+                                &about) == 0;
+  if (!in && isAsked && S_ISREG(about.stx_mode)) {  // and was a link or a socket a moment ago
+    errno = refusal;
+    isAsked = false;
+  }
+  if (!isAsked) outcome = CopyOutcome::source();
+  if (outcome.failed() || !S_ISREG(about.stx_mode)) in.close();
   return in;
 }
 

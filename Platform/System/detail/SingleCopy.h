@@ -50,7 +50,7 @@ class SharedFiles {
 };
 
 /// Opens a regular file to be copied, and asks about it. Gives none when that fails, and, without a
-/// failure in `outcome`, when it is no regular file (any more).
+/// failure in `outcome`, when it is no regular file (any more): then `about` says what it is.
 Descriptor openToCopy(const CopyStep& step, struct ::statx& about, CopyOutcome& outcome);
 
 /// Copies an open file to a name that must be new; takes the name away again when it fails. `owner`

@@ -1,7 +1,5 @@
 #include "Platform/System/detail/TreeCopy.h"
 
-#include <dirent.h>
-
 #include <utility>
 #include <vector>
 
@@ -11,10 +9,6 @@
 
 namespace qz::detail {
 namespace {
-
-bool statusOf(int descriptor, struct ::statx& about) {
-  return os::statx(descriptor, "", AT_EMPTY_PATH, statusMask, &about) == 0;
-}
 
 // Whether `folder` is the directory that `about` describes, or lies below it.
 bool isWithin(const std::string& folder, const struct ::statx& about) {
@@ -241,13 +235,7 @@ void TreeCopy::list(Level& level) {
   DirectoryReader reader(folder->source.number());
   CopyBatch batch{folder, {}};
   while (const auto* entry = isStopped() ? nullptr : reader.next()) {
-    bool isFolder = entry->type == DT_DIR;
-    struct ::statx about;
-    if (entry->type == DT_UNKNOWN)
-      isFolder = os::statx(folder->source.number(), entry->text, AT_SYMLINK_NOFOLLOW, STATX_TYPE,
-                           &about) == 0 &&
-                 S_ISDIR(about.stx_mode);
-    if (isFolder) {
+    if (isFolderIn(folder->source.number(), *entry)) {
       level.subfolders.emplace_back(entry->name());
       continue;
     }
@@ -277,8 +265,6 @@ CopyOutcome TreeCopy::copyRegularEntry(const CopyStep& step, CopiedFolder& folde
   struct ::statx about;
   const Descriptor in = openToCopy(step, about, outcome);
   if (outcome.failed()) return outcome;
-  if (!in && os::statx(step.fromFolder, step.from, AT_SYMLINK_NOFOLLOW, statusMask, &about) != 0)
-    return CopyOutcome::source();
   if (about.stx_nlink > 1) return copySharedEntry(step, in.number(), about, folder);
   return copyOpened(step, in.number(), about, folder);
 }
