@@ -1,7 +1,6 @@
 #include "Platform/System/detail/ChildProcess.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/epoll.h>
@@ -14,6 +13,7 @@
 #include <unordered_map>
 
 #include "Platform/System/detail/Descriptor.h"
+#include "Platform/System/detail/SignalsHeldBack.h"
 
 namespace qz::detail {
 namespace {
@@ -88,17 +88,8 @@ class SpawnActions {
 /// Runs `work` in a thread of its own that takes no signals meant for the program.
 template <class Work>
 void startThread(Work work) {
-  sigset_t all;
-  sigset_t before;
-  ::sigfillset(&all);
-  ::pthread_sigmask(SIG_SETMASK, &all, &before);
-  try {
-    std::thread(std::move(work)).detach();
-  } catch (...) {
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    throw;
-  }
-  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  const SignalsHeldBack held;
+  std::thread(std::move(work)).detach();
 }
 
 }  // namespace

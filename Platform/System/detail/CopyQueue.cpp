@@ -1,10 +1,9 @@
 #include "Platform/System/detail/CopyQueue.h"
 
-#include <pthread.h>
-#include <signal.h>
-
 #include <algorithm>
 #include <system_error>
+
+#include "Platform/System/detail/SignalsHeldBack.h"
 
 namespace qz::detail {
 
@@ -71,11 +70,7 @@ void CopyQueue::run(CopyBatch& batch) {
 void CopyQueue::startThreads() {
   hasStarted_ = true;
   const unsigned int processors = std::min(4u, std::thread::hardware_concurrency());
-  // The application's signals are for its own threads.
-  sigset_t all;
-  sigset_t before;
-  ::sigfillset(&all);
-  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  const SignalsHeldBack held;
   for (unsigned int i = 1; i < processors; ++i) {
     try {
       threads_.emplace_back([this] {
@@ -85,7 +80,6 @@ void CopyQueue::startThreads() {
       break;  // as many as there are will do
     }
   }
-  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 }  // namespace qz::detail

@@ -3,21 +3,21 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/System/Diagnostics.h"
 #include "Platform/System/NSPropertyListSerialization.h"
+#include "Platform/System/detail/Descriptor.h"
+#include "Platform/System/detail/SignalsHeldBack.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/NSNull.h"
@@ -43,18 +43,12 @@ Ref<NSString> pathString(const std::string& path) {
 /// Holds the lock as long as it lives.
 class FileLock {
  public:
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
-  ~FileLock() {
-    if (file_ >= 0) ::close(file_);
-  }
-
   /// Nil once the lock is held. A process that hangs must not make others hang.
   Ref<NSError> acquire(const std::string& path) {
-    file_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (file_ < 0) return posixError(errno, "open", pathString(path));
+    file_ = Descriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!file_) return posixError(errno, "open", pathString(path));
     const auto end = std::chrono::steady_clock::now() + longestWait;
-    while (::flock(file_, LOCK_EX | LOCK_NB) != 0) {
+    while (::flock(file_.number(), LOCK_EX | LOCK_NB) != 0) {
       if (errno != EWOULDBLOCK && errno != EINTR)
         return posixError(errno, "lock", pathString(path));
       if (std::chrono::steady_clock::now() > end)
@@ -64,10 +58,8 @@ class FileLock {
     return nullptr;
   }
 
-  FileLock() = default;
-
  private:
-  int file_ = -1;
+  Descriptor file_;
 };
 
 /// All stores there are, and whether a thread is about to write them. Never destroyed: the thread
@@ -99,14 +91,20 @@ void writeLater() {
   const std::lock_guard lock(stores().mutex);
   if (stores().isWaiting || stores().isAtEnd) return;
   stores().isWaiting = true;
-  std::thread([] {
-    std::this_thread::sleep_for(delay);
-    {
-      const std::lock_guard endLock(stores().mutex);
-      if (stores().isAtEnd) return;
-    }
-    writeAll();
-  }).detach();
+  try {
+    const SignalsHeldBack held;
+    std::thread([] {
+      std::this_thread::sleep_for(delay);
+      {
+        const std::lock_guard endLock(stores().mutex);
+        if (stores().isAtEnd) return;
+      }
+      writeAll();
+    }).detach();
+  } catch (const std::system_error&) {
+    // No thread to be had: the next change tries again, and the end of the process writes anyhow.
+    stores().isWaiting = false;
+  }
 }
 
 void writeAtEnd() {
@@ -152,18 +150,32 @@ void DefaultsStore::afterForkInChild() {
   afterFork();
 }
 
+// Whoever takes the complaints may come back for a value.
+template <class Action>
+auto DefaultsStore::locked(Action action) {
+  std::vector<std::string> complaints;
+  std::unique_lock lock(mutex_);
+  auto answer = action();
+  complaints.swap(complaints_);
+  lock.unlock();
+  for (const std::string& each : complaints) diagnose(each);
+  return answer;
+}
+
 Ref<NSObject> DefaultsStore::value(NSString* key) {
-  const std::lock_guard lock(mutex_);
-  readIfNew();
-  if (Ref<NSObject> change = changes_->objectForKey(key))
-    return isKind<NSNull>(change) ? nullptr : change;
-  return saved_->objectForKey(key);
+  return locked([&]() -> Ref<NSObject> {
+    readIfNew();
+    if (Ref<NSObject> change = changes_->objectForKey(key))
+      return isKind<NSNull>(change) ? nullptr : change;
+    return saved_->objectForKey(key);
+  });
 }
 
 Ref<NSDictionary> DefaultsStore::values() {
-  const std::lock_guard lock(mutex_);
-  readIfNew();
-  return merged();
+  return locked([&] {
+    readIfNew();
+    return merged();
+  });
 }
 
 void DefaultsStore::set(NSObject* value, NSString* key) {
@@ -176,18 +188,20 @@ void DefaultsStore::set(NSObject* value, NSString* key) {
 }
 
 Ref<NSError> DefaultsStore::synchronize(bool* changed) {
-  const std::lock_guard lock(mutex_);
-  const Ref<NSDictionary> before = merged();
-  Ref<NSError> error = changes_->count() == 0 ? readFile() : exchange();
-  if (!before->isEqualToDictionary(merged())) isNews_ = true;
-  if (changed != nullptr) *changed = std::exchange(isNews_, false);
-  return error;
+  return locked([&] {
+    const Ref<NSDictionary> before = merged();
+    Ref<NSError> error = changes_->count() == 0 ? readFile(false) : exchange();
+    if (!before->isEqualToDictionary(merged())) isNews_ = true;
+    if (changed != nullptr) *changed = std::exchange(isNews_, false);
+    return error;
+  });
 }
 
 void DefaultsStore::readIfNew() {
   if (isRead_) return;
-  if (const Ref<NSError> error = readFile())
-    diagnose("User defaults were not read: " + error->localizedDescription()->UTF8String());
+  if (const Ref<NSError> error = readFile(false))
+    complaints_.push_back("User defaults were not read: " +
+                          error->localizedDescription()->UTF8String());
 }
 
 Ref<NSDictionary> DefaultsStore::merged() const {
@@ -202,12 +216,11 @@ Ref<NSDictionary> DefaultsStore::merged() const {
   return as<NSDictionary>(all->copy());
 }
 
-// The file
-// -----------------------------------------------------------------------------------------
+// The file ----------------------------------------------------------------------------------------
 
 // No file is an empty one. What cannot be read as a Dictionary is empty too, and kept before
 // anything else is written.
-Ref<NSError> DefaultsStore::readFile() {
+Ref<NSError> DefaultsStore::readFile(bool isLocked) {
   Ref<NSError> error;
   const Ref<NSString> file = pathString(path_);
   const Ref<NSData> data = NSData::dataWithContentsOfFile_options_error(file, 0, &error);
@@ -219,18 +232,23 @@ Ref<NSError> DefaultsStore::readFile() {
   const Ref<NSObject> list =
       NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
           data, NSPropertyListImmutable, nullptr, &problem);
-  if (auto values = as<NSDictionary>(list))
+  if (auto values = as<NSDictionary>(list)) {
     saved_ = values;
-  else
-    keepDamagedFile(problem ? problem->UTF8String() : "it is no dictionary");
+    return nullptr;
+  }
+  // Without the lock, what is there by now may be what another process has written since.
+  FileLock lock;
+  const bool isHeld = isLocked || !lock.acquire(lockPath());
+  if (isHeld && !isLocked) return readFile(true);
+  keepDamagedFile(problem ? problem->UTF8String() : "it is no dictionary", isHeld);
   return nullptr;
 }
 
-void DefaultsStore::keepDamagedFile(const std::string& why) const {
+void DefaultsStore::keepDamagedFile(const std::string& why, bool isLocked) {
   const std::string kept = path_ + ".damaged";
-  const bool isKept = ::rename(path_.c_str(), kept.c_str()) == 0;
-  diagnose("The user defaults in " + path_ + " cannot be used: " + why +
-           (isKept ? " (kept as " + kept + ")" : ""));
+  const bool isKept = isLocked && ::rename(path_.c_str(), kept.c_str()) == 0;
+  complaints_.push_back("The user defaults in " + path_ + " cannot be used: " + why +
+                        (isKept ? " (kept as " + kept + ")" : ""));
 }
 
 Ref<NSError> DefaultsStore::exchange() {
@@ -239,8 +257,8 @@ Ref<NSError> DefaultsStore::exchange() {
   std::filesystem::create_directories(directory, failure);
   if (failure) return posixError(failure.value(), "create", pathString(directory));
   FileLock lock;
-  if (Ref<NSError> error = lock.acquire(path_ + ".lock")) return error;
-  if (Ref<NSError> error = readFile()) return error;
+  if (Ref<NSError> error = lock.acquire(lockPath())) return error;
+  if (Ref<NSError> error = readFile(true)) return error;
   const Ref<NSDictionary> values = merged();
   if (Ref<NSError> error = writeFile(values)) return error;
   saved_ = values;

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Platform/Runtime/NSObject.h"
 
@@ -50,16 +51,23 @@ class DefaultsStore {
   static void afterFork();
   static void afterForkInChild();
 
-  // With the mutex held.
+  /// Does `action` with the mutex held, and tells what there is to complain about without it.
+  template <class Action>
+  auto locked(Action action);
+
+  // With the mutex held; `isLocked` says whether the file's lock is, too.
   void readIfNew();
-  Ref<NSError> readFile();
+  Ref<NSError> readFile(bool isLocked);
   Ref<NSError> exchange();
   Ref<NSError> writeFile(NSDictionary* values) const;
-  void keepDamagedFile(const std::string& why) const;
+  void keepDamagedFile(const std::string& why, bool isLocked);
   Ref<NSDictionary> merged() const;
+
+  std::string lockPath() const { return path_ + ".lock"; }
 
   const std::string path_;
   std::mutex mutex_;
+  std::vector<std::string> complaints_;  // not told yet
   bool isRead_ = false;
   bool isNews_ = false;               // others' changes came with a save that nobody asked for
   Ref<NSDictionary> saved_;           // what the file says

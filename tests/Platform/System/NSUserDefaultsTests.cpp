@@ -131,10 +131,18 @@ TEST_F(UserDefaultsOfProcesses, SeveralProcessesWriteAtOnce) {
 
 TEST_F(UserDefaults, ADamagedFileIsKept) {
   static std::string said;
-  NSSetDiagnosticFunction([](std::string_view text) { said = text; });
+  static NSUserDefaults* asked;
+  asked = defaults_;
+  // Whoever is told may ask for a setting, such as where to write it.
+  NSSetDiagnosticFunction([](std::string_view text) {
+    said += text;
+    EXPECT_EQ(asked->objectForKey("log"_ns), nullptr);
+  });
   directory_.write("suite/defaults.plist", "<plist><dict><key>");
   EXPECT_EQ(defaults_->objectForKey("k"_ns), nullptr);
+  EXPECT_TRUE(defaults_->synchronize());
   NSSetDiagnosticFunction(nullptr);
+  EXPECT_EQ(said.find("cannot be used"), said.rfind("cannot be used"));  // once
   EXPECT_NE(said.find("line 1, column"), std::string::npos) << said;
   defaults_->setObject_forKey("v"_ns, "k"_ns);
   EXPECT_TRUE(defaults_->synchronize());
