@@ -1,10 +1,7 @@
 #include "Platform/System/NSBundle.h"
 
-#include <dirent.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <set>
@@ -17,10 +14,12 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/BundlePlaces.h"
+#include "Platform/System/detail/DirectoryReader.h"
 #include "Platform/System/detail/FileBytes.h"
 #include "Platform/System/detail/Languages.h"
 #include "Platform/System/detail/PropertyListReader.h"
 #include "Platform/System/detail/StringTables.h"
+#include "Platform/Values/detail/PathText.h"
 #include "Platform/Values/detail/PosixError.h"
 
 namespace qz {
@@ -28,7 +27,9 @@ namespace {
 
 constexpr std::uint64_t largestInfo = std::uint64_t{16} << 20;
 
-Ref<NSString> toString(std::string_view text) { return NSString::stringWithUTF8String(text); }
+Ref<NSString> toString(std::string_view bytes) {
+  return NSString::stringWithFileSystemRepresentation(bytes);
+}
 
 Ref<NSArray> toArray(const std::vector<std::string>& texts) {
   std::vector<Ref<NSString>> strings;
@@ -38,24 +39,27 @@ Ref<NSArray> toArray(const std::vector<std::string>& texts) {
 
 bool isEmpty(NSString* text) { return text == nullptr || text->length() == 0; }
 
-// A path with a zero in it would name another file than it says.
-bool canBePath(NSString* text) { return text->view().find(u'\0') == std::u16string_view::npos; }
+// Empty for what no file can be called. A path with a zero in it would name another file than it
+// says.
+std::string bytesOf(std::u16string_view path) {
+  const auto bytes = detail::bytesOfPath(path);
+  return bytes && bytes->find('\0') == std::string::npos ? *bytes : "";
+}
 
 std::vector<std::string> namesInDirectory(const std::string& path) {
   std::vector<std::string> names;
-  DIR* directory = ::opendir(path.c_str());
-  if (directory == nullptr) return names;
-  while (const dirent* entry = ::readdir(directory))
-    if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
-  ::closedir(directory);
+  detail::Descriptor directory(detail::os::openat(AT_FDCWD, path.c_str(), O_RDONLY | O_DIRECTORY));
+  if (!directory) return names;
+  detail::DirectoryReader reader(std::move(directory));
+  while (const auto* entry = reader.next())
+    if (!entry->name().starts_with('.')) names.emplace_back(entry->name());
   std::sort(names.begin(), names.end());
   return names;
 }
 
 }  // namespace
 
-// What a bundle knows of its directory
-// --------------------------------------------------------------
+// What a bundle knows of its directory ------------------------------------------------------------
 
 class NSBundle::Contents {
  public:
@@ -69,7 +73,10 @@ class NSBundle::Contents {
   detail::StringTables tables;
 
   Ref<NSDictionary> info() {
-    std::call_once(infoRead_, [this] { info_ = readInfo(); });
+    std::string complaint;
+    std::call_once(infoRead_, [&] { info_ = readInfo(complaint); });
+    // Whoever takes it may come back for the information.
+    if (!complaint.empty()) detail::diagnose(complaint);
     return info_;
   }
 
@@ -118,21 +125,19 @@ class NSBundle::Contents {
     return files;
   }
 
-  Ref<NSDictionary> readInfo() const {
+  Ref<NSDictionary> readInfo(std::string& complaint) const {
+    if (!hasResources) return NSDictionary::dictionary();
     const std::string file = path + "/" + detail::bundleInfoFile;
-    if (hasResources) {
+    if (const auto bytes = detail::bytesOfFile(file, largestInfo)) {
+      NSPropertyListFormat format;
       detail::PropertyListFault fault;
-      const auto bytes = detail::bytesOfFile(file, largestInfo);
-      if (bytes) {
-        NSPropertyListFormat format;
-        const auto list = detail::readPropertyList(*bytes, {}, &format, &fault);
-        if (auto info = as<NSDictionary>(list)) return info;
-        if (list) fault = {"this is no dictionary", 1, 1};
-        detail::diagnose("The bundle information " + file + " cannot be used: " + fault.text());
-      } else if (errno != ENOENT) {
-        detail::diagnose("The bundle information " + file +
-                         " cannot be read: " + detail::posixErrorText(errno));
-      }
+      const auto list = detail::readPropertyList(*bytes, {}, &format, &fault);
+      if (auto info = as<NSDictionary>(list)) return info;
+      if (list) fault = {"this is no dictionary", 1, 1};
+      complaint = "The bundle information " + file + " cannot be used: " + fault.text();
+    } else if (errno != ENOENT) {
+      complaint =
+          "The bundle information " + file + " cannot be read: " + detail::posixErrorText(errno);
     }
     return NSDictionary::dictionary();
   }
@@ -144,8 +149,7 @@ class NSBundle::Contents {
 NSBundle::NSBundle(std::unique_ptr<Contents> contents) : contents_(std::move(contents)) {}
 NSBundle::~NSBundle() = default;
 
-// Finding bundles
-// -----------------------------------------------------------------------------------
+// Finding bundles ---------------------------------------------------------------------------------
 
 namespace {
 
@@ -164,12 +168,6 @@ std::vector<Ref<NSBundle>> madeSoFar() {
   return registry().all;
 }
 
-std::string absolutePath(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                         &std::free);
-  return real ? real.get() : "";
-}
-
 Ref<NSBundle> bundleAt(const std::string& path) {
   return path.empty() ? nullptr : NSBundle::bundleWithPath(toString(path));
 }
@@ -177,8 +175,8 @@ Ref<NSBundle> bundleAt(const std::string& path) {
 }  // namespace
 
 Ref<NSBundle> NSBundle::bundleWithPath(NSString* path) {
-  if (isEmpty(path) || !canBePath(path)) return nullptr;
-  const std::string directory = absolutePath(path->UTF8String());
+  if (path == nullptr) return nullptr;
+  const std::string directory = detail::realPath(bytesOf(path->view()).c_str());
   if (directory.empty() || !detail::isDirectory(directory)) return nullptr;
   const std::lock_guard lock(registry().mutex);
   Ref<NSBundle>& bundle = registry().byPath[directory];
@@ -217,12 +215,12 @@ Ref<NSBundle> NSBundle::bundleForClass(Class* aClass) {
 }
 
 Ref<NSBundle> NSBundle::bundleWithIdentifier(NSString* identifier) {
-  if (isEmpty(identifier) || !canBePath(identifier)) return nullptr;
+  if (isEmpty(identifier)) return nullptr;
   mainBundle();
   for (const Ref<NSBundle>& bundle : madeSoFar())
     if (equal(bundle->bundleIdentifier(), identifier)) return bundle;
 
-  const std::string whole = identifier->UTF8String();
+  const std::string whole = bytesOf(identifier->view());
   std::vector<std::string> modules = detail::loadedLibraries();
   modules.insert(modules.begin(), detail::executablePath());
   std::set<std::string> seen;
@@ -245,8 +243,7 @@ Ref<NSArray> NSBundle::allBundles() {
   return NSArray::fromRange(madeSoFar());
 }
 
-// What it is
-// ----------------------------------------------------------------------------------------
+// What it is --------------------------------------------------------------------------------------
 
 Ref<NSString> NSBundle::bundlePath() const { return toString(contents_->path); }
 
@@ -268,17 +265,17 @@ Ref<NSString> NSBundle::description() const {
   return NSString::stringWithFormat("NSBundle %@"_ns, bundlePath());
 }
 
-// Resources
-// -----------------------------------------------------------------------------------------
+// Resources ---------------------------------------------------------------------------------------
 
 namespace {
 
 std::string resourceName(NSString* name, NSString* type, NSString* directory) {
   if (isEmpty(name)) return "";
-  std::string file = isEmpty(directory) ? "" : directory->UTF8String() + "/";
-  file += name->UTF8String();
-  if (!isEmpty(type)) file += "." + type->UTF8String();
-  return file.find('\0') == file.npos ? file : "";
+  std::u16string file;
+  if (!isEmpty(directory)) file.append(directory->view()) += u'/';
+  file += name->view();
+  if (!isEmpty(type)) (file += u'.') += type->view();
+  return bytesOf(file);
 }
 
 Ref<NSString> pathOrNil(const std::string& path) { return path.empty() ? nullptr : toString(path); }
@@ -301,7 +298,8 @@ Ref<NSString> NSBundle::pathForResource_ofType_inDirectory_forLocalization(
   const std::string file = resourceName(name, type, directory);
   if (file.empty()) return nullptr;
   std::vector<std::string> languages;
-  if (!isEmpty(localization)) languages.push_back(localization->UTF8String());
+  if (!isEmpty(localization)) languages.push_back(bytesOf(localization->view()));
+  std::erase(languages, "");
   return pathOrNil(contents_->resource(file, languages));
 }
 

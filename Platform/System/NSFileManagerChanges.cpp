@@ -5,6 +5,7 @@
 #include "Platform/Runtime/Send.h"
 #include "Platform/System/NSFileManager.h"
 #include "Platform/System/detail/FileAttributes.h"
+#include "Platform/System/detail/FileBytes.h"
 #include "Platform/System/detail/FileErrors.h"
 #include "Platform/System/detail/PathBytes.h"
 #include "Platform/System/detail/TreeCopy.h"
@@ -116,11 +117,6 @@ int makeDirectory(const char* path, NSDictionary* attributes) {
   return number;
 }
 
-bool isDirectory(const std::string& path) {
-  struct ::statx about;
-  return os::statx(AT_FDCWD, path.c_str(), 0, STATX_TYPE, &about) == 0 && S_ISDIR(about.stx_mode);
-}
-
 // The directory and those above it that are missing; `path` ends up as what the answer concerns.
 int makeDirectories(std::string& path, NSDictionary* attributes) {
   const std::string whole = path;
@@ -129,7 +125,7 @@ int makeDirectories(std::string& path, NSDictionary* attributes) {
   for (;;) {
     path.resize(ends.back());
     const int number = makeDirectory(path.c_str(), attributes);
-    if (number == 0 || (number == EEXIST && isDirectory(path))) {
+    if (number == 0 || (number == EEXIST && detail::isDirectory(path))) {
       ends.pop_back();
       if (ends.empty()) return 0;
       path = whole;

@@ -4,17 +4,17 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <ctime>
-#include <fstream>
 #include <mutex>
-#include <sstream>
 #include <string>
 
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/System/detail/BundlePlaces.h"
+#include "Platform/System/detail/FileBytes.h"
 #include "Platform/System/detail/OsRelease.h"
 #include "Platform/Values/NSUUID.h"
 
@@ -25,16 +25,9 @@ Ref<NSString> text(std::string_view bytes) {
   return NSString::stringWithFileSystemRepresentation(bytes);
 }
 
-/// What /proc tells of this process; files there have no length.
-std::string readAll(const char* path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream all;
-  all << file.rdbuf();
-  return std::move(all).str();
-}
-
 Ref<NSArray> commandLine() {
-  const std::string words = readAll("/proc/self/cmdline");
+  constexpr std::uint64_t limit = 256 * 1024 * 1024;
+  const std::string words = detail::bytesOfFile("/proc/self/cmdline", limit).value_or("");
   auto arguments = NSMutableArray::array();
   for (std::size_t at = 0; at < words.size();) {
     const std::size_t end = std::min(words.find('\0', at), words.size());

@@ -5,18 +5,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
 #include <string_view>
 
 #include "Platform/System/detail/FileBytes.h"
 
 namespace qz::detail {
 namespace {
-
-std::string realPath(const char* path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);
-  return real ? real.get() : "";
-}
 
 std::string directoryOf(const std::string& file) { return file.substr(0, file.rfind('/')); }
 std::string nameOf(const std::string& file) { return file.substr(file.rfind('/') + 1); }

@@ -4,10 +4,23 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <memory>
 
 #include "Platform/System/detail/Descriptor.h"
+#include "Platform/System/detail/SystemCalls.h"
 
 namespace qz::detail {
+namespace {
+
+bool typeOf(const std::string& path, mode_t& type) {
+  struct ::statx about;
+  if (os::statx(AT_FDCWD, path.c_str(), 0, STATX_TYPE, &about) != 0) return false;
+  type = about.stx_mode & S_IFMT;
+  return true;
+}
+
+}  // namespace
 
 std::optional<std::string> bytesOfFile(const std::string& path, std::uint64_t limit) {
   // A pipe in the file's place must not make anybody wait.
@@ -22,11 +35,13 @@ std::optional<std::string> bytesOfFile(const std::string& path, std::uint64_t li
     errno = EFBIG;
     return std::nullopt;
   }
-  std::string bytes;
+  // One byte more than the size that was told finds the end without another turn. Files that the
+  // kernel makes up tell none, and are best read in one go.
+  constexpr std::size_t usualSize = 16 * 1024;
+  std::string bytes(about.st_size == 0 ? usualSize : static_cast<std::size_t>(about.st_size) + 1,
+                    '\0');
   for (std::size_t filled = 0;;) {
-    // One byte more than the size that was told finds the end without another turn.
-    if (filled == bytes.size())
-      bytes.resize(filled == 0 ? static_cast<std::size_t>(about.st_size) + 1 : filled * 2);
+    if (filled == bytes.size()) bytes.resize(filled * 2);
     const std::ptrdiff_t count =
         readSome(file.number(), bytes.data() + filled, bytes.size() - filled);
     if (count < 0) return std::nullopt;
@@ -43,13 +58,18 @@ std::optional<std::string> bytesOfFile(const std::string& path, std::uint64_t li
 }
 
 bool isDirectory(const std::string& path) {
-  struct stat about;
-  return ::stat(path.c_str(), &about) == 0 && S_ISDIR(about.st_mode);
+  mode_t type = 0;
+  return typeOf(path, type) && type == S_IFDIR;
 }
 
 bool fileExists(const std::string& path) {
-  struct stat about;
-  return ::stat(path.c_str(), &about) == 0;
+  mode_t type = 0;
+  return typeOf(path, type);
+}
+
+std::string realPath(const char* path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path, nullptr), &std::free);
+  return real ? real.get() : "";
 }
 
 }  // namespace qz::detail

@@ -1,5 +1,5 @@
 /// @file
-/// Private: whole files at once.
+/// Private: whole files at once, and what is at a path.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +14,12 @@ namespace qz::detail {
 /// (EINVAL, or EISDIR) or has more than `limit` bytes (EFBIG); `errno` says which.
 std::optional<std::string> bytesOfFile(const std::string& path, std::uint64_t limit);
 
+/// Whether there is a directory, or anything, at the path, links followed.
 bool isDirectory(const std::string& path);
 bool fileExists(const std::string& path);
+
+/// The path, absolute and without symbolic links; empty, with `errno`, when it leads nowhere.
+std::string realPath(const char* path);
 
 }  // namespace qz::detail
 

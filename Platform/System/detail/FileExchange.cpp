@@ -1,8 +1,8 @@
 #include "Platform/System/detail/FileExchange.h"
 
-#include <cstdlib>
-#include <memory>
+#include <string>
 
+#include "Platform/System/detail/FileBytes.h"
 #include "Platform/System/detail/SystemCalls.h"
 
 namespace qz::detail {
@@ -17,12 +17,12 @@ mode_t kindOf(const char* path, int flags) {
 }  // namespace
 
 bool exchangeFiles(const char* other, const char* path) {
-  std::unique_ptr<char, decltype(&std::free)> target(nullptr, &std::free);
+  std::string target;
   mode_t kind = kindOf(path, AT_SYMLINK_NOFOLLOW);
   if (kind == S_IFLNK) {
     kind = kindOf(path, 0);
-    if (kindOf(other, AT_SYMLINK_NOFOLLOW) == S_IFREG) target.reset(::realpath(path, nullptr));
-    if (target) path = target.get();
+    if (kindOf(other, AT_SYMLINK_NOFOLLOW) == S_IFREG) target = realPath(path);
+    if (!target.empty()) path = target.c_str();
   }
   if (kind == S_IFDIR) {
     errno = EISDIR;

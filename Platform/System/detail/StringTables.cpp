@@ -30,14 +30,18 @@ Ref<NSString> StringTables::textInTable(NSString* key, NSString* table) {
   const bool isUsual = table == nullptr || table->length() == 0;
   const std::string name = isUsual ? "Localizable" : table->UTF8String();
   std::vector<std::string> complaints;
+  std::unique_lock lock(mutex_);
   Table texts;
-  {
-    const std::lock_guard lock(mutex_);
-    Table& current = current_[name];
-    if (!current) current = merged(files_(name), complaints);
-    if (isUsual) usual_.store(current, std::memory_order_release);
-    texts = current;
+  while (!(texts = current_[name])) {
+    // What is asked for the files may complain itself, so not with the lock.
+    const std::uint64_t order = order_;
+    lock.unlock();
+    const std::vector<std::string> files = files_(name);
+    lock.lock();
+    if (order == order_) current_[name] = merged(files, complaints);
   }
+  if (isUsual) usual_.store(texts, std::memory_order_release);
+  lock.unlock();
   // Whoever takes the complaints may come back for a message.
   for (const std::string& each : complaints) diagnose(each);
   return textOf(texts->objectForKey(key));
@@ -45,6 +49,7 @@ Ref<NSString> StringTables::textInTable(NSString* key, NSString* table) {
 
 void StringTables::forgetOrder() {
   const std::lock_guard lock(mutex_);
+  ++order_;
   usual_.store(nullptr, std::memory_order_release);
   current_.clear();
 }

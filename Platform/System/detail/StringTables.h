@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -21,7 +22,7 @@ namespace qz::detail {
 class StringTables {
  public:
   /// `files` answers the files in which a table's texts may stand, the best first. It is called
-  /// again after the languages have changed.
+  /// again after the languages have changed; with no lock held, perhaps by several threads.
   using Files = std::function<std::vector<std::string>(const std::string& table)>;
   explicit StringTables(Files files) : files_(std::move(files)) {}
 
@@ -52,6 +53,7 @@ class StringTables {
   std::atomic<NSDictionary*> usual_{nullptr};  // the default table, kept by merged_
 
   std::mutex mutex_;
+  std::uint64_t order_ = 0;                           // counts the times it was forgotten
   std::map<std::string, Table> current_;              // by table name
   std::map<std::string, Table> byFile_;               // read, once
   std::map<std::vector<std::string>, Table> merged_;  // for ever: readers take no lock

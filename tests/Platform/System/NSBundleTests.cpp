@@ -49,6 +49,38 @@ class NSBundleTest : public ::testing::Test {
   const TemporaryDirectory directory;
 };
 
+TEST_F(NSBundleTest, WhoeverIsToldMayAsk) {
+  static NSBundle* asked;
+  directory.write("Info.plist", "{ broken");
+  asked = bundle();
+  NSSetDiagnosticFunction([](std::string_view message) {
+    said.emplace_back(message);
+    EXPECT_EQ(asked->bundleIdentifier(), nullptr);
+    EXPECT_TRUE(equal(asked->localizedStringForKey_value_table("k"_ns, nullptr, nullptr), "k"_ns));
+  });
+  EXPECT_EQ(message("k"), "k");
+  EXPECT_EQ(said.size(), 1u);
+}
+
+TEST_F(NSBundleTest, PathsNeedBeNoText) {
+  directory.write("\xFF/Info.plist", "{ CFBundleIdentifier = here; }");
+  directory.write("\xFF/locale/en/\xFE.txt", "");
+  const auto odd = NSString::stringWithFileSystemRepresentation(directory.path() + "/\xFF");
+  const Ref<NSBundle> found = NSBundle::bundleWithPath(odd);
+  ASSERT_TRUE(found);
+  EXPECT_TRUE(equal(found->bundlePath(), odd));
+  EXPECT_TRUE(equal(found->bundleIdentifier(), "here"_ns));
+  const auto name = NSString::stringWithFileSystemRepresentation("\xFE");
+  const auto path = [&](NSString* localization) {
+    return found->pathForResource_ofType_inDirectory_forLocalization(name, "txt"_ns, nullptr,
+                                                                     localization);
+  };
+  EXPECT_TRUE(equal(path("en"_ns), odd->stringByAppendingPathComponent("locale/en"_ns)
+                                       ->stringByAppendingPathComponent(name)
+                                       ->stringByAppendingString(".txt"_ns)));
+  EXPECT_FALSE(path(NSString::stringWithCharacters({u"en\0x", 4})));
+}
+
 TEST_F(NSBundleTest, InformationComesFromInfoPlist) {
   directory.write("Info.plist", "{ CFBundleIdentifier = \"a.b\"; CFBundleVersion = \"1.2\"; }");
   EXPECT_TRUE(equal(bundle()->bundleIdentifier(), "a.b"_ns));
