@@ -13,6 +13,8 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/System/detail/ByteCollector.h"
 #include "Platform/System/detail/Descriptor.h"
+#include "Platform/System/detail/PathBytes.h"
+#include "Platform/System/detail/SystemCalls.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/detail/PosixError.h"
@@ -37,15 +39,10 @@ void set(Ref<NSError>* error, int number, const char* operation, NSString* path 
 }
 
 Ref<NSFileHandle> openFile(NSString* path, int flags, Ref<NSError>* error) {
-  if (path == nullptr) {
-    set(error, EINVAL, "open");
-    return nullptr;
-  }
-  const std::string bytes = path->fileSystemRepresentation();
-  int descriptor;
-  do {
-    descriptor = ::open(bytes.c_str(), flags | O_CLOEXEC | O_NOCTTY);
-  } while (descriptor < 0 && errno == EINTR);
+  const detail::PathBytes bytes(path);
+  errno = bytes.error();
+  const int descriptor =
+      errno != 0 ? -1 : detail::os::openat(AT_FDCWD, bytes.c_str(), flags | O_NOCTTY);
   if (descriptor < 0) {
     set(error, errno, "open", path);
     return nullptr;
@@ -223,11 +220,9 @@ void NSFileHandle::seekToFileOffset(std::uint64_t offset) {
 
 bool NSFileHandle::truncateAtOffset_error(std::uint64_t offset, Ref<NSError>* error) {
   const auto length = static_cast<off_t>(offset);
-  int result;
-  do {
-    result = ::ftruncate(descriptor_, length);
-  } while (result != 0 && errno == EINTR);
-  if (result == 0 && ::lseek(descriptor_, length, SEEK_SET) == length) return true;
+  if (detail::os::ftruncate(descriptor_, length) == 0 &&
+      ::lseek(descriptor_, length, SEEK_SET) == length)
+    return true;
   set(error, errno, "truncate");
   return false;
 }
@@ -238,7 +233,11 @@ void NSFileHandle::truncateFileAtOffset(std::uint64_t offset) {
 }
 
 bool NSFileHandle::synchronizeAndReturnError(Ref<NSError>* error) {
-  if (::fsync(descriptor_) == 0) return true;
+  int result;
+  do {
+    result = ::fsync(descriptor_);
+  } while (result != 0 && errno == EINTR);
+  if (result == 0) return true;
   set(error, errno, "synchronize");
   return false;
 }

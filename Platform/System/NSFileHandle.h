@@ -50,7 +50,8 @@ class NSFileHandle : public Derives<NSFileHandle, NSObject> {
                                                                  bool closes);
 
   /// An existing file, opened for reading from its start, for writing over what it has from its
-  /// start, or for both. Nil when that fails, and for nil. Closed with the handle.
+  /// start, or for both. Nil when that fails, and for what no file can be called: nil and the empty
+  /// path (ENOENT), one with a zero (EINVAL). Closed with the handle.
   static Ref<NSFileHandle> fileHandleForReadingAtPath(NSString* path);
   static Ref<NSFileHandle> fileHandleForWritingAtPath(NSString* path);
   static Ref<NSFileHandle> fileHandleForUpdatingAtPath(NSString* path);

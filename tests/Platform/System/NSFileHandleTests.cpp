@@ -44,6 +44,11 @@ TEST(NSFileHandle, FailuresAreErrorsOrExceptions) {
   EXPECT_EQ(error->code(), ENOENT);
   EXPECT_NE(to_string(error->localizedDescription()).find(missing), std::string::npos);
 
+  for (NSString* never : {"a\0b"_ns, ""_ns, static_cast<NSString*>(nullptr)}) {
+    EXPECT_EQ(NSFileHandle::fileHandleForReadingAtPath_error(never, &error), nullptr);
+    EXPECT_EQ(error->code(), never != nullptr && never->length() != 0 ? EINVAL : ENOENT);
+  }
+
   auto reading = NSFileHandle::fileHandleForReadingAtPath(ns(directory.write("f", "abc")));
   error = nullptr;
   EXPECT_FALSE(reading->writeData_error(bytes("x"), &error));
