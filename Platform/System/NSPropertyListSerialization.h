@@ -50,6 +50,8 @@ enum NSPropertyListMutabilityOptions : std::uint32_t {
 /// - XML holds Dates by the second, from the year 1 to 9999: fractions are cut off. It holds no
 ///   UIDs, and no String with what XML has no room for (U+0000 to U+001F except tab, LF and CR,
 ///   U+FFFE, U+FFFF, half a surrogate pair).
+/// - Binary lists count Dates from 2001, so that a Date before that may change by less than a
+///   microsecond. No format holds one that is infinite or no number.
 /// - Integers go from -2^63 to 2^64 - 1. They are read as Int, LongLong or UnsignedLongLong, the
 ///   first that has room; truth values stay truth values. The other kind of number is read as
 ///   Double, four-byte ones in a binary list as Float. Infinities and NaN are values like others.

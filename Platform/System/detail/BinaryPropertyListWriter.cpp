@@ -1,5 +1,5 @@
 #include <bit>
-#include <cstring>
+#include <cmath>
 #include <vector>
 
 #include "Platform/Collections/NSArray.h"
@@ -73,6 +73,7 @@ class Writer {
         return numberOf(*static_cast<NSNumber*>(object));
       case PropertyListType::Date: {
         const double seconds = static_cast<NSDate*>(object)->timeIntervalSince1970();
+        if (!std::isfinite(seconds)) walk_.refuse("the date is infinite or no number");
         return numberOf(Kind::Date, std::bit_cast<std::uint64_t>(seconds - secondsFrom1970To2001));
       }
       case PropertyListType::UID:

@@ -8,6 +8,7 @@
 #include "Platform/System/detail/PropertyListBuilder.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSNumber.h"
+#include "Platform/Values/detail/NumberText.h"
 
 namespace qz::detail {
 namespace {
@@ -67,9 +68,9 @@ Ref<NSNumber> readPropertyListReal(std::string_view text) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (stop != end || error == std::errc::invalid_argument || text.ends_with(')')) return nullptr;
-  // Beyond the range nothing is stored; the C library says which limit is nearest.
+  // Beyond the range nothing is stored; the nearest limit is asked for elsewhere.
   if (error == std::errc::result_out_of_range)
-    value = std::strtod(std::string(text).c_str(), nullptr);
+    value = readFloating<double>(std::u16string(text.begin(), text.end())).value;
   return NSNumber::numberWithDouble(isNegative ? -value : value);
 }
 

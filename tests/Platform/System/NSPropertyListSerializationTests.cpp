@@ -166,7 +166,8 @@ TEST(PropertyList, XmlIsReadByTheRules) {
   expectText("<string> </string>", " ");
   expectText("<integer> 0x1F </integer>", "31");
   expectText("<real> 1e3\n</real>", "1000");
-  expectText("<real>1e999</real>", "inf");
+  expectText("<real>1.5e999</real>", "inf");
+  expectText("<real>-1.5e-999</real>", "-0");
   expectText("<data> /w== </data>", "<ff>");
   auto seconds = [](const std::string& date) {
     return as<NSDate>(read(plist("<date>" + date + "</date>")))->timeIntervalSince1970();
@@ -352,6 +353,9 @@ TEST(PropertyList, WhatCannotBeWrittenIsRefusedByItsPath) {
   EXPECT_EQ(written(at(NSPropertyListUID::UIDWithUnsignedLongLong(1)), xml),
             "refused: root.a[1]: a value of the class NSPropertyListUID cannot stand in a property "
             "list");
+  for (const double never : {HUGE_VAL, -HUGE_VAL, std::nan("")})
+    EXPECT_EQ(written(at(make<NSDate>(never)), NSPropertyListBinaryFormat),
+              "refused: root.a[1]: the date is infinite or no number");
   EXPECT_EQ(written(NSNumber::of(1), NSPropertyListOldStyleFormat),
             "refused: root: old-style text has no numbers");
   EXPECT_EQ(written(""_ns, static_cast<NSPropertyListFormat>(3)),
