@@ -4,6 +4,7 @@
 #include <pwd.h>
 #include <sys/sysmacros.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -131,7 +132,10 @@ std::optional<::timespec> timeOf(NSDate* date) {
   if (!(seconds > -9e15 && seconds < 9e15)) return std::nullopt;
   ::timespec time{};
   time.tv_sec = static_cast<time_t>(seconds);
-  time.tv_nsec = static_cast<long>((date->timeIntervalSince1970() - seconds) * nanosecondsInSecond);
+  // A fraction just below 0 comes to the whole next second.
+  time.tv_nsec =
+      std::min(static_cast<long>((date->timeIntervalSince1970() - seconds) * nanosecondsInSecond),
+               999'999'999L);
   return time;
 }
 
@@ -241,10 +245,14 @@ Ref<NSDictionary> attributesOfFile(const char* path, bool followsLinks) {
 
 int changeAttributes(const char* path, NSDictionary* attributes) {
   if (attributes == nullptr) return 0;
-  for (auto change :
-       {&changeOwner, &changePermissions, &changeCreationDate, &changeModificationDate})
-    if (const int number = change(path, attributes); number != 0) return number;
-  return 0;
+  if (const int number = changeOwner(path, attributes); number != 0) return number;
+  // The creation date takes the right to write, which the permissions may take away, or give.
+  const int early = changeCreationDate(path, attributes);
+  if (early != 0 && early != EACCES) return early;
+  if (const int number = changePermissions(path, attributes); number != 0) return number;
+  if (early != 0)
+    if (const int number = changeCreationDate(path, attributes); number != 0) return number;
+  return changeModificationDate(path, attributes);
 }
 
 int setCreationTime(const char* path, std::int64_t seconds, std::uint32_t nanoseconds) {

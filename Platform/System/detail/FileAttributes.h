@@ -11,7 +11,7 @@ Ref<NSDictionary> attributesOfFile(const char* path, bool followsLinks);
 
 /// Changes what `attributes` has of those that can be changed, links followed; other keys and
 /// Objects of other classes count for nothing, nil for an empty Dictionary. In the order owner,
-/// permissions, creation date, modification date; the first that fails ends it. 0, or an `errno`.
+/// creation date, permissions, modification date; the first that fails ends it. 0, or an `errno`.
 int changeAttributes(const char* path, NSDictionary* attributes);
 
 /// Sets the creation date that `attributesOfFile` reads. 0, or the `errno` with which the file

@@ -410,6 +410,20 @@ TEST_F(FileManagerTest, AttributesAreReadAndChanged) {
     EXPECT_EQ(errno, EOPNOTSUPP) << key;
     system.heal();
   }
+  // Who may write to the file either before or afterwards can set its date.
+  for (const bool mayBefore : {false, true}) {
+    if (!mayBefore) system.failAll(SystemCall::SetAttribute, EACCES);
+    system.listener = [&](SystemCall kind, const char*) {
+      if (kind != SystemCall::ChangeMode) return;
+      system.heal();
+      if (mayBefore) system.failAll(SystemCall::SetAttribute, EACCES);
+    };
+    EXPECT_TRUE(manager->changeFileAttributes_atPath(changes, path("file"))) << mayBefore;
+    system.listener = nullptr;
+    system.heal();
+  }
+  auto nearly = NSDictionary::of({{NSFileModificationDate, make<NSDate>(-1e-20)}});
+  EXPECT_TRUE(manager->changeFileAttributes_atPath(nearly, path("file"))) << errno;
   auto never = NSDictionary::of({{NSFileModificationDate, make<NSDate>(1e300)}});
   EXPECT_FALSE(manager->changeFileAttributes_atPath(never, path("file")));
 }
