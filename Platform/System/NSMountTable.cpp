@@ -6,10 +6,10 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <string_view>
@@ -44,9 +44,9 @@ std::string deviceNameDecoded(std::string_view text) {
   std::string plain;
   for (std::size_t i = 0; i < text.size(); ++i) {
     unsigned value = 0;
-    const char* const digits = text.data() + i + 2;
-    if (text.substr(i, 2) == "\\x" && i + 3 < text.size() &&
-        std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
+    const std::string_view digits = text.substr(std::min(i + 2, text.size()), 2);
+    if (text.substr(i, 2) == "\\x" && digits.size() == 2 &&
+        std::from_chars(digits.begin(), digits.end(), value, 16).ptr == digits.end()) {
       plain += static_cast<char>(value);
       i += 3;
     } else {
@@ -58,13 +58,14 @@ std::string deviceNameDecoded(std::string_view text) {
 
 /// From the links by label that the device manager makes, for the other kinds.
 std::string labelOfDevice(const std::string& device) {
+  if (!device.starts_with('/')) return "";
+  const std::string wanted = detail::realPath(device.c_str());
+  if (wanted.empty()) return "";
   std::error_code problem;
-  const fs::path wanted = fs::canonical(device, problem);
-  if (problem || !device.starts_with('/')) return "";
-  for (const fs::directory_entry& link : fs::directory_iterator("/dev/disk/by-label", problem)) {
-    const fs::path target = fs::canonical(link.path(), problem);
-    if (!problem && target == wanted) return deviceNameDecoded(link.path().filename().string());
-  }
+  fs::directory_iterator link("/dev/disk/by-label", problem);
+  for (; link != fs::directory_iterator(); link.increment(problem))
+    if (detail::realPath(link->path().c_str()) == wanted)
+      return deviceNameDecoded(link->path().filename().string());
   return "";
 }
 
@@ -90,8 +91,7 @@ class SystemMountTable final : public NSMountTable {
       errno = ENOENT;  // mounted where this process cannot see it
       return std::nullopt;
     }
-    std::error_code problem;
-    const std::string real = fs::canonical(path, problem).string();
+    const std::string real = detail::realPath(path.c_str());
     if (const auto* entry = detail::deepestMount(*entries, real)) return entry->record;
     errno = ENOENT;
     return std::nullopt;

@@ -26,9 +26,10 @@ std::string unescaped(std::string_view text) {
   std::string plain;
   for (std::size_t i = 0; i < text.size(); ++i) {
     unsigned value = 0;
-    const char* const digits = text.data() + i + 1;
-    if (text[i] == '\\' && i + 3 < text.size() &&
-        std::from_chars(digits, digits + 3, value, 8).ptr == digits + 3 && value < 256) {
+    const std::string_view digits = text.substr(i + 1, 3);
+    if (text[i] == '\\' && digits.size() == 3 &&
+        std::from_chars(digits.begin(), digits.end(), value, 8).ptr == digits.end() &&
+        value < 256) {
       plain += static_cast<char>(value);
       i += 3;
     } else {
