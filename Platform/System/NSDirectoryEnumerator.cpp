@@ -93,8 +93,8 @@ Ref<NSObject> NSDirectoryEnumerator::nextObject() {
   Walk& walk = *walk_;
   if (walk.goesBelow)
     if (const int number = walk.enter(); number != 0 && !error_)
-      error_ = detail::fileError(
-          NSString::stringWithFileSystemRepresentation(walk.absolute()), number);
+      error_ =
+          detail::fileError(NSString::stringWithFileSystemRepresentation(walk.absolute()), number);
   while (!walk.levels.empty() && walk.levels.back().next == walk.levels.back().entries.size())
     walk.levels.pop_back();
   if (walk.levels.empty()) return nullptr;

@@ -29,9 +29,9 @@ class NSData;
 /// can be called is EINVAL.
 ///
 /// There are two generations of operations. Both tell what the system said in `errno`.
-/// - Those with `error:` answer whether they succeeded, and put an Error in NSPOSIXErrorDomain, with
-///   the path under NSFilePathErrorKey, in the place given, which may be null; it is left alone
-///   otherwise.
+/// - Those with `error:` answer whether they succeeded. When not, they put an Error in
+///   NSPOSIXErrorDomain, with the path under NSFilePathErrorKey, in the place given, which may be
+///   null; it is left alone otherwise.
 /// - Those with `handler:` send a handler, which may be nil, `fileManager:shouldProceedAfterError:`
 ///   for each failure, with this manager and a Dictionary: "Error" is a text for people, "Path"
 ///   what it concerns. When that answers true, the operation goes on with what is left. They answer

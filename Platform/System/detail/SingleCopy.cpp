@@ -74,9 +74,9 @@ Descriptor openToCopy(const CopyStep& step, struct ::statx& about, CopyOutcome& 
     return in;
   }
   const int refusal = errno;
-  bool isAsked = in ? statusOf(in.number(), about)
-                    : os::statx(step.fromFolder, step.from, AT_SYMLINK_NOFOLLOW, statusMask,
-                                &about) == 0;
+  bool isAsked =
+      in ? statusOf(in.number(), about)
+         : os::statx(step.fromFolder, step.from, AT_SYMLINK_NOFOLLOW, statusMask, &about) == 0;
   if (!in && isAsked && S_ISREG(about.stx_mode)) {  // and was a link or a socket a moment ago
     errno = refusal;
     isAsked = false;

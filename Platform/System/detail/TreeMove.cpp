@@ -72,9 +72,13 @@ bool moveTree(const std::string& from, const std::string& to, const FailureListe
   if (renameUnlessThere(from, to)) return true;
   const int number = errno;
   if (number == EXDEV && !exists(to)) return moveByCopying(from, to, onFailure);
-  errno = number == EXDEV ? EEXIST : number;
+  const int told = number == EXDEV ? EEXIST : number;
   // Which of the two names is meant, the system does not say.
-  onFailure(errno == ENOENT && exists(from) ? folderOf(to) : errno == EEXIST ? to : from, errno);
+  const std::string path = told == ENOENT && exists(from) ? folderOf(to)
+                           : told == EEXIST               ? to
+                                                          : from;
+  errno = told;
+  onFailure(path, told);
   return false;
 }
 
