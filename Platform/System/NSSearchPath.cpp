@@ -1,23 +1,20 @@
 #include "Platform/System/NSSearchPath.h"
 
-#include <cstdlib>
 #include <string>
 
 #include "Platform/Collections/NSMutableArray.h"
+#include "Platform/System/detail/BaseDirectory.h"
 #include "Platform/System/detail/FileBytes.h"
 #include "Platform/System/detail/OsRelease.h"
 #include "Platform/Values/NSPathUtilities.h"
 
 namespace qz {
+
+using detail::baseDirectory;
+
 namespace {
 
 std::string home() { return NSHomeDirectory()->fileSystemRepresentation(); }
-
-/// A base directory: relative ones in the environment count for nothing, as the standard says.
-std::string baseDirectory(const char* variable, const char* underHome) {
-  const char* given = std::getenv(variable);
-  return given != nullptr && given[0] == '/' ? given : home() + underHome;
-}
 
 /// What the user calls the directory: a line such as XDG_MUSIC_DIR="$HOME/Musik" tells.
 std::string userDirectory(const char* name, const char* otherwise) {

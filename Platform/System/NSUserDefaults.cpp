@@ -1,9 +1,5 @@
 #include "Platform/System/NSUserDefaults.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -17,29 +13,17 @@
 #include "Platform/System/NSProcessInfo.h"
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/System/detail/ArgumentDefaults.h"
+#include "Platform/System/detail/BaseDirectory.h"
 #include "Platform/System/detail/DefaultsStore.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/NSNumber.h"
-#include "Platform/Values/detail/PathText.h"
 
 namespace qz {
 namespace {
 
-// "~" of a user without HOME is what the system's list of users says.
-std::string configurationFolder() {
-  if (const char* folder = std::getenv("XDG_CONFIG_HOME"); folder != nullptr && folder[0] == '/')
-    return folder;
-  const char* home = std::getenv("HOME");
-  if (home == nullptr || home[0] != '/') {
-    const passwd* const user = ::getpwuid(::getuid());
-    home = user != nullptr ? user->pw_dir : "/";
-  }
-  return std::string(home) + "/.config";
-}
-
 std::string fileOf(const std::string& name) {
-  return configurationFolder() + "/" + name + "/defaults.plist";
+  return detail::baseDirectory("XDG_CONFIG_HOME", "/.config") + "/" + name + "/defaults.plist";
 }
 
 std::string nameOfProgram() {
@@ -262,7 +246,7 @@ void NSUserDefaults::announceChange() {
 }
 
 Ref<NSString> NSUserDefaults::path() const {
-  return NSString::stringWithCharacters(detail::pathOfBytes(contents_->store.path()));
+  return NSString::stringWithFileSystemRepresentation(contents_->store.path());
 }
 
 // The other domains -------------------------------------------------------------------------------

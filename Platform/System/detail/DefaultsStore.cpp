@@ -22,7 +22,6 @@
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSString.h"
-#include "Platform/Values/detail/PathText.h"
 #include "Platform/Values/detail/PosixError.h"
 
 namespace qz::detail {
@@ -37,7 +36,7 @@ constexpr auto delay = 500ms;
 constexpr auto longestWait = 10s;
 
 Ref<NSString> pathString(const std::string& path) {
-  return NSString::stringWithCharacters(pathOfBytes(path));
+  return NSString::stringWithFileSystemRepresentation(path);
 }
 
 /// Holds the lock as long as it lives.
@@ -45,14 +44,13 @@ class FileLock {
  public:
   /// Nil once the lock is held. A process that hangs must not make others hang.
   Ref<NSError> acquire(const std::string& path) {
+    const Ref<NSString> file = pathString(path);
     file_ = Descriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    if (!file_) return posixError(errno, "open", pathString(path));
+    if (!file_) return posixError(errno, "open", file);
     const auto end = std::chrono::steady_clock::now() + longestWait;
     while (::flock(file_.number(), LOCK_EX | LOCK_NB) != 0) {
-      if (errno != EWOULDBLOCK && errno != EINTR)
-        return posixError(errno, "lock", pathString(path));
-      if (std::chrono::steady_clock::now() > end)
-        return posixError(ETIMEDOUT, "lock", pathString(path));
+      if (errno != EWOULDBLOCK && errno != EINTR) return posixError(errno, "lock", file);
+      if (std::chrono::steady_clock::now() > end) return posixError(ETIMEDOUT, "lock", file);
       std::this_thread::sleep_for(5ms);
     }
     return nullptr;

@@ -1,6 +1,5 @@
 #include "Platform/System/detail/VnodeEvents.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
