@@ -227,6 +227,7 @@ void NSTask::interrupt() { requireLaunched("interrupt").sendSignal(SIGINT); }
 void NSTask::terminate() { requireLaunched("terminate").sendSignal(SIGTERM); }
 void NSTask::suspend() { requireLaunched("suspend").sendSignal(SIGSTOP); }
 void NSTask::resume() { requireLaunched("resume").sendSignal(SIGCONT); }
+
 void NSTask::callWhenEnded(std::function<void()> function) const {
   if (!function) detail::raise(NSInvalidArgumentException, "callWhenEnded: needs a function");
   requireLaunched("callWhenEnded").whenEnded(quiet(std::move(function)));

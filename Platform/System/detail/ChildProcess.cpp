@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 
@@ -109,7 +110,7 @@ class ChildProcess::Watcher {
     event.events = EPOLLIN;
     event.data.fd = handle.number();
     const std::lock_guard lock(mutex_);
-    if (handle && ::epoll_ctl(queue_, EPOLL_CTL_ADD, handle.number(), &event) == 0) {
+    if (handle && ::epoll_ctl(queue_.number(), EPOLL_CTL_ADD, handle.number(), &event) == 0) {
       children_.emplace(handle.release(), std::move(child));
       return;
     }
@@ -118,13 +119,13 @@ class ChildProcess::Watcher {
 
  private:
   Watcher() : queue_(::epoll_create1(EPOLL_CLOEXEC)) {
-    if (queue_ >= 0) startThread([this] { run(); });
+    if (queue_) startThread([this] { run(); });
   }
 
   [[noreturn]] void run() {
     for (;;) {
       epoll_event event{};
-      if (::epoll_wait(queue_, &event, 1, -1) == 1) take(event.data.fd)->collect();
+      if (::epoll_wait(queue_.number(), &event, 1, -1) == 1) take(event.data.fd)->collect();
     }
   }
 
@@ -132,18 +133,22 @@ class ChildProcess::Watcher {
     const std::lock_guard lock(mutex_);
     const Descriptor closing(descriptor);
     // Closing alone would not do: a program that is just being started has a copy for a moment.
-    ::epoll_ctl(queue_, EPOLL_CTL_DEL, descriptor, nullptr);
+    ::epoll_ctl(queue_.number(), EPOLL_CTL_DEL, descriptor, nullptr);
     return std::move(children_.extract(descriptor).mapped());
   }
 
-  const int queue_;
+  const Descriptor queue_;
   std::mutex mutex_;
   std::unordered_map<int, std::shared_ptr<ChildProcess>> children_;
 };
 
 int ChildProcess::start(const ChildRequest& request, std::function<void()> atEnd,
                         std::shared_ptr<ChildProcess>& child) {
-  Watcher& watcher = Watcher::shared();
+  try {
+    Watcher::shared();
+  } catch (const std::system_error& noThread) {
+    return noThread.code().value();
+  }
   SpawnActions actions;
   int problem = actions.setSignals();
   if (problem == 0) problem = actions.setDirectory(request.directory);
@@ -153,7 +158,7 @@ int ChildProcess::start(const ChildRequest& request, std::function<void()> atEnd
   if (problem == 0) problem = actions.spawn(request, &started->identifier_);
   if (problem != 0) return problem;
   child = started;
-  watcher.watch(std::move(started));
+  Watcher::shared().watch(std::move(started));
   return 0;
 }
 
