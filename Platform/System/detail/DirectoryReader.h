@@ -58,10 +58,14 @@ class DirectoryReader {
   std::size_t place_ = 0;
 };
 
+}  // namespace qz::detail
+
+#pragma GCC visibility pop
+
+namespace qz::detail {
+
 /// Whether an entry of the open directory `folder` is a directory itself; false when that cannot be
 /// asked.
 bool isFolderIn(int folder, const DirectoryReader::Entry& entry) noexcept;
 
 }  // namespace qz::detail
-
-#pragma GCC visibility pop

@@ -18,9 +18,13 @@ std::optional<std::string> bytesOfFile(const std::string& path, std::uint64_t li
 bool isDirectory(const std::string& path);
 bool fileExists(const std::string& path);
 
+}  // namespace qz::detail
+
+#pragma GCC visibility pop
+
+namespace qz::detail {
+
 /// The path, absolute and without symbolic links; empty, with `errno`, when it leads nowhere.
 std::string realPath(const char* path);
 
 }  // namespace qz::detail
-
-#pragma GCC visibility pop
