@@ -39,10 +39,9 @@ bool canNameDirectory(NSString* name) {
          text != u"..";
 }
 
-NSString& requireKey(NSString* key, const char* operation) {
+void requireKey(NSString* key, const char* operation) {
   if (key == nullptr)
     detail::raise(NSInvalidArgumentException, std::string(operation) + ": nil key");
-  return *key;
 }
 
 /// An immutable copy of a property list, which shares nothing with it.

@@ -67,6 +67,20 @@ TEST_F(FileFaults, LargeFilesDoNotReplaceWhatIsThere) {
   EXPECT_EQ(contentsOf(at("there")), "old");
 }
 
+// It is copied as what it is when it is opened.
+TEST_F(FileFaults, AFileMayBecomeALinkMeanwhile) {
+  directory.write("file", "bytes");
+  FaultySystem system;
+  system.listener = [&](SystemCall kind, const char* opened) {
+    if (kind != SystemCall::Open || opened != at("file")) return;
+    fs::remove(at("file"));
+    fs::create_symlink("elsewhere", at("file"));
+  };
+  EXPECT_EQ(copyError("file", "copy"), 0);
+  system.listener = nullptr;
+  EXPECT_EQ(fs::read_symlink(at("copy")), "elsewhere");
+}
+
 // A directory far above is opened again on the way back. When that fails, so has the copy.
 TEST_F(FileFaults, TheWayBackMayBeBarred) {
   std::string deep = "deep";
