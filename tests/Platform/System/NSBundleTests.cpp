@@ -52,7 +52,8 @@ class NSBundleTest : public ::testing::Test {
 TEST_F(NSBundleTest, WhoeverIsToldMayAsk) {
   static NSBundle* asked;
   directory.write("Info.plist", "{ broken");
-  asked = bundle();
+  const Ref<NSBundle> broken = bundle();
+  asked = broken;
   NSSetDiagnosticFunction([](std::string_view message) {
     said.emplace_back(message);
     EXPECT_EQ(asked->bundleIdentifier(), nullptr);
