@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+
+#include "tests/support/Files.h"
 
 namespace qz::test {
 
@@ -36,9 +36,7 @@ void CommandTest::expect(const std::string& arguments, int status,
 }
 
 std::string CommandTest::contents(const std::string& name) const {
-  std::ostringstream text;
-  text << std::ifstream(directory_.path() + "/" + name).rdbuf();
-  return text.str();
+  return contentsOf(directory_.path() + "/" + name);
 }
 
 }  // namespace qz::test

@@ -66,6 +66,10 @@ TEST_F(Qzplist, RefusesWrongUse) {
   for (const char* arguments : {"frob", "convert", "convert yaml x", "convert xml x -o", "get x",
                                 "set x y", "set x y -t colour z", "print a b"})
     EXPECT_EQ(run(arguments).status, 2) << arguments;
+  expect("frob", 2, "qzplist: there is no command \"frob\" (see qzplist --help)\n");
+  directory_.write("list", "{ a = b; }");
+  for (const std::string arguments : {"print list", "get list '' binary", "check list"})
+    EXPECT_EQ(run(arguments + " >/dev/full").status, 1) << arguments;
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // qzformat: shows durations, sizes and versions, and what value transformers make of values.
-#include <cstdio>
-#include <exception>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -17,6 +15,7 @@
 #include "QZFoundation/QZStorageSizeFormatter.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "QZFoundation/QZWordSeparator.h"
+#include "tools/Command.h"
 
 namespace qz::tool {
 namespace {
@@ -34,12 +33,6 @@ that cannot be shown are reported and left out.
 
 Status: 0 done; 1 some values are no good; 2 the command is not.
 )";
-
-enum Status { Done = 0, Failed = 1, Misused = 2 };
-
-struct Failure {
-  std::string reason;
-};
 
 // Options and values of the command line.
 struct Request {
@@ -73,12 +66,12 @@ Show formatting(const Ref<NSFormatter>& formatter, bool isReverse) {
       Ref<NSObject> value;
       Ref<NSString> error;
       if (!formatter->getObjectValue_forString_errorDescription(&value, text, &error))
-        throw Failure{error->UTF8String()};
+        fail(error->UTF8String());
       return value;
     };
   return [formatter](NSString* text) -> Ref<NSObject> {
     const Ref<NSNumber> number = numberFrom(text);
-    if (!number) throw Failure{"not a number"};
+    if (!number) fail("not a number");
     return formatter->stringForObjectValue(number);
   };
 }
@@ -87,7 +80,7 @@ Show transforming(const std::string& name, bool isReverse) {
   classOf<QZWordSeparator>()->ensureInitialized();  // which registers its name
   const Ref<NSValueTransformer> transformer =
       valueTransformerWithDynamicName(NSString::stringWithUTF8String(name));
-  if (!transformer) throw Failure{"there is no value transformer \"" + name + "\""};
+  if (!transformer) misuse("there is no value transformer \"" + name + "\"");
   return [transformer, isReverse](NSString* text) {
     const Ref<NSNumber> number = numberFrom(text);
     const Ref<NSObject> value = number ? Ref<NSObject>(number) : Ref<NSObject>(text);
@@ -109,7 +102,7 @@ Show showFor(std::string_view kind, const Request& request) {
       return QZVersionNumber::versionWithString(text)->versionString();
     };
   if (kind == "transform") return transforming(request.name, request.isReverse);
-  throw Failure{"there is no \"" + std::string(kind) + "\" like this"};
+  misuse("there is no \"" + std::string(kind) + "\" like this");
 }
 
 Request requestFrom(std::string_view kind, std::vector<std::string> arguments) {
@@ -129,7 +122,7 @@ Request requestFrom(std::string_view kind, std::vector<std::string> arguments) {
       break;
     }
   }
-  if (kind == "transform" && request.name.empty()) throw Failure{"a name is missing"};
+  if (kind == "transform" && request.name.empty()) misuse("a name is missing");
   request.values.assign(arguments.begin() + static_cast<std::ptrdiff_t>(at), arguments.end());
   return request;
 }
@@ -143,7 +136,7 @@ bool print(const Show& show, const std::string& value) {
       return true;
     }
   } catch (const Failure& failure) {
-    reason = failure.reason;
+    reason = failure.what();
   } catch (const Raised& raised) {
     reason = to_string(raised->reason());
   }
@@ -151,36 +144,24 @@ bool print(const Show& show, const std::string& value) {
   return false;
 }
 
-Status misused(const std::string& reason) {
-  std::cerr << "qzformat: " << reason << " (see qzformat --help)\n";
-  return Misused;
-}
-
-int run(std::vector<std::string> arguments) {
+Status run(std::vector<std::string> arguments) {
   if (arguments.empty() || arguments[0] == "--help") {
     (arguments.empty() ? std::cerr : std::cout) << usage;
     return arguments.empty() ? Misused : Done;
   }
   const std::string kind = arguments[0];
   arguments.erase(arguments.begin());
-  Request request;
+  const Request request = requestFrom(kind, std::move(arguments));
   Show show;
   try {
-    request = requestFrom(kind, std::move(arguments));
     show = showFor(kind, request);
-  } catch (const Failure& failure) {
-    return misused(failure.reason);
   } catch (const Raised& raised) {  // by a transformer that does not take these arguments
-    return misused(to_string(raised->reason()));
+    misuse(to_string(raised->reason()));
   }
   bool isDone = true;
   for (const std::string& value : request.values) isDone &= print(show, value);
   if (request.values.empty())
     for (std::string line; std::getline(std::cin, line);) isDone &= print(show, line);
-  if (!std::cout.flush()) {
-    std::cerr << "qzformat: the output cannot be written\n";
-    return Failed;
-  }
   return isDone ? Done : Failed;
 }
 
@@ -188,10 +169,5 @@ int run(std::vector<std::string> arguments) {
 }  // namespace qz::tool
 
 int main(int count, char** words) {
-  try {
-    return qz::tool::run({words + 1, words + count});
-  } catch (const std::exception& problem) {
-    std::cerr << "qzformat: " << problem.what() << '\n';
-    return qz::tool::Failed;
-  }
+  return qz::tool::runCommand("qzformat", &qz::tool::run, count, words);
 }

@@ -1,15 +1,14 @@
 // qzfoundation-inspect: prints what the run-time knows of classes.
 #include <dlfcn.h>
 
-#include <exception>
 #include <iostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Platform/Runtime/ClassList.h"
-#include "Platform/Runtime/NSException.h"
 #include "QZFoundation/QZFoundation.h"
+#include "tools/Command.h"
 #include "tools/qzfoundation-inspect/Listing.h"
 
 namespace qz::tool {
@@ -33,13 +32,6 @@ Every operation that can be sent by Selector, class by class, as the run-time ha
 Objects are taken as pointers and answered as a `Ref`. What NSFileAttributes and QZFoundation have added to a class is a function in C++, whose first argument is the receiver, unless that is a class.
 )";
 
-enum Status { Done = 0, Failed = 1, Misused = 2 };
-
-int complain(Status status, const std::string& what) {
-  std::cerr << "qzfoundation-inspect: " << what << '\n';
-  return status;
-}
-
 enum class Form { List, Tree, Markdown };
 
 void print(Form form, const std::vector<Class*>& classes) {
@@ -49,7 +41,7 @@ void print(Form form, const std::vector<Class*>& classes) {
     form == Form::Markdown ? listAsMarkdown(std::cout, each) : list(std::cout, each);
 }
 
-int run(const std::vector<std::string>& words) {
+Status run(std::vector<std::string> words) {
   Form form = Form::List;
   std::vector<std::string> names;
   for (std::size_t i = 0; i < words.size(); ++i) {
@@ -63,9 +55,9 @@ int run(const std::vector<std::string>& words) {
       return Done;
     } else if (word == "--load" && i + 1 < words.size()) {
       // Never closed: classes stay for ever.
-      if (::dlopen(words[++i].c_str(), RTLD_NOW) == nullptr) return complain(Failed, ::dlerror());
+      if (::dlopen(words[++i].c_str(), RTLD_NOW) == nullptr) fail(::dlerror());
     } else if (word.starts_with('-')) {
-      return complain(Misused, "no such option: " + word + "\n" + std::string(usage));
+      misuse("there is no option " + word);
     } else {
       names.push_back(word);
     }
@@ -73,20 +65,16 @@ int run(const std::vector<std::string>& words) {
   std::vector<Class*> classes;
   for (const std::string& name : names) {
     Class* found = Class::named(name);
-    if (found == nullptr) return complain(Failed, name + ": there is no such class");
+    if (found == nullptr) fail(name, "there is no such class");
     classes.push_back(found);
   }
   print(form, names.empty() ? allClasses() : classes);
-  return std::cout.flush() ? Done : complain(Failed, "the output cannot be written");
+  return Done;
 }
 
 }  // namespace
 }  // namespace qz::tool
 
 int main(int count, char** words) {
-  try {
-    return qz::tool::run({words + 1, words + count});
-  } catch (const std::exception& problem) {
-    return qz::tool::complain(qz::tool::Failed, problem.what());
-  }
+  return qz::tool::runCommand("qzfoundation-inspect", &qz::tool::run, count, words);
 }

@@ -7,14 +7,15 @@
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Values/NSString.h"
+#include "tools/Command.h"
 
 namespace qz::tool {
 namespace {
 
 using Steps = std::span<const std::string>;
 
-[[noreturn]] void fail(const std::string& step, const std::string& reason) {
-  throw PathFailure{"\"" + step + "\": " + reason};
+[[noreturn]] void failAt(const std::string& step, const std::string& reason) {
+  fail("\"" + step + "\"", reason);
 }
 
 // The index of an element, or of the place behind the last one if `behind`.
@@ -22,9 +23,9 @@ std::uint32_t indexIn(NSArray* array, const std::string& step, bool behind) {
   std::uint32_t index = 0;
   const char* const end = step.data() + step.size();
   const auto [stop, error] = std::from_chars(step.data(), end, index);
-  if (error != std::errc() || stop != end) fail(step, "an array is indexed by numbers");
+  if (error != std::errc() || stop != end) failAt(step, "an array is indexed by numbers");
   if (index >= array->count() + (behind ? 1u : 0u))
-    fail(step, "the array has " + std::to_string(array->count()) + " elements");
+    failAt(step, "the array has " + std::to_string(array->count()) + " elements");
   return index;
 }
 
@@ -34,14 +35,14 @@ Ref<NSString> keyOf(const std::string& step) { return NSString::stringWithUTF8St
 Ref<NSObject> child(NSObject* parent, const std::string& step) {
   if (auto* dictionary = as<NSDictionary>(parent)) return dictionary->objectForKey(keyOf(step));
   if (auto* array = as<NSArray>(parent)) return array->objectAtIndex(indexIn(array, step, false));
-  fail(step, "the value before is no dictionary or array");
+  failAt(step, "the value before is no dictionary or array");
 }
 
 Ref<NSObject> parentOf(NSObject* root, Steps path) {
   Ref<NSObject> parent = root;
   for (const std::string& step : path.first(path.size() - 1)) {
     parent = child(parent, step);
-    if (!parent) fail(step, "there is no such key");
+    if (!parent) failAt(step, "there is no such key");
   }
   return parent;
 }
@@ -56,7 +57,7 @@ void put(NSObject* parent, const std::string& step, NSObject* value) {
     else
       array->replaceObjectAtIndex_withObject(index, value);
   } else {
-    fail(step, "the value before is no dictionary or array");
+    failAt(step, "the value before is no dictionary or array");
   }
 }
 
@@ -82,7 +83,7 @@ Ref<NSObject> valueAt(NSObject* root, const KeyPath& path) {
   Ref<NSObject> value = root;
   for (const std::string& step : path) {
     value = child(value, step);
-    if (!value) fail(step, "there is no such key");
+    if (!value) failAt(step, "there is no such key");
   }
   return value;
 }
@@ -103,15 +104,14 @@ Ref<NSObject> settingValueAt(NSObject* root, const KeyPath& path, NSObject* valu
 }
 
 void removeValueAt(NSObject* root, const KeyPath& path) {
-  if (path.empty()) throw PathFailure{"the root cannot be removed"};
+  if (path.empty()) fail("the root cannot be removed");
   const Ref<NSObject> parent = parentOf(root, path);
   const std::string& step = path.back();
-  if (!child(parent, step)) fail(step, "there is no such key");
+  if (!child(parent, step)) failAt(step, "there is no such key");
   if (auto dictionary = as<NSMutableDictionary>(parent))
     dictionary->removeObjectForKey(keyOf(step));
-  else
-    as<NSMutableArray>(parent)->removeObjectAtIndex(
-        indexIn(as<NSArray>(static_cast<NSObject*>(parent)), step, false));
+  else if (auto array = as<NSMutableArray>(parent))
+    array->removeObjectAtIndex(indexIn(array, step, false));
 }
 
 }  // namespace qz::tool

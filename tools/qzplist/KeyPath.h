@@ -16,12 +16,7 @@ using KeyPath = std::vector<std::string>;
 
 KeyPath parseKeyPath(std::string_view text);
 
-// Why a path leads nowhere.
-struct PathFailure {
-  std::string reason;
-};
-
-// The value at the end. Throws PathFailure when there is none.
+// The value at the end. Like those below, it fails for a path that leads nowhere.
 Ref<NSObject> valueAt(NSObject* root, const KeyPath& path);
 
 // Puts `value` at the end and answers the root, which is another one for the empty path. Entries

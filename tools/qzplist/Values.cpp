@@ -1,15 +1,13 @@
 #include "tools/qzplist/Values.h"
 
-#include <cstdint>
-
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSDictionary.h"
 #include "Platform/System/NSPropertyListSerialization.h"
-#include "Platform/System/NSPropertyListUID.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSDate.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSString.h"
+#include "tools/Command.h"
 
 namespace qz::tool {
 namespace {
@@ -95,7 +93,7 @@ Ref<NSObject> parsedList(const std::string& text) {
   auto list =
       NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
           NSData::dataWithBytes(text), NSPropertyListMutableContainers, nullptr, &problem);
-  if (!list) throw problem->UTF8String();
+  if (!list) fail(problem->UTF8String());
   return list;
 }
 
@@ -122,7 +120,7 @@ Ref<NSObject> parsedValue(std::string_view type, const std::string& text) {
   if (type == "array" || type == "dictionary") {
     Ref<NSObject> list = parsedList(text);
     const bool fits = type == "array" ? isKind<NSArray>(list) : isKind<NSDictionary>(list);
-    if (!fits) throw "this is no " + std::string(type);
+    if (!fits) fail("this is no " + std::string(type));
     return list;
   }
   Ref<NSObject> value;
@@ -131,9 +129,9 @@ Ref<NSObject> parsedValue(std::string_view type, const std::string& text) {
   } else if (type == "integer" || type == "real" || type == "date" || type == "data") {
     value = readLeaf(std::string(type), text);
   } else {
-    return nullptr;
+    misuse("there is no type \"" + std::string(type) + "\"");
   }
-  if (!value) throw "\"" + text + "\" is no value of the type " + std::string(type);
+  if (!value) fail("\"" + text + "\" is no value of the type " + std::string(type));
   return value;
 }
 

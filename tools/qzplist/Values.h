@@ -25,8 +25,8 @@ std::string shown(NSObject* list);
 std::string plain(NSObject* value);
 
 // The value of a type that a text says: string, integer, real, bool, date, data (in base 64), array
-// or dictionary (in any format of property lists). Nil for an unknown type; throws std::string for
-// a text that is no such value.
+// or dictionary (in any format of property lists). Fails for a text that is no such value; an
+// unknown type is misuse.
 Ref<NSObject> parsedValue(std::string_view type, const std::string& text);
 
 }  // namespace qz::tool

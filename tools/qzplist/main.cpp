@@ -1,22 +1,17 @@
 // qzplist: looks at property lists, converts and changes them.
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <exception>
+#include <cstdint>
 #include <iostream>
 #include <iterator>
 #include <span>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/NSString.h"
-#include "Platform/Values/detail/PathText.h"
+#include "tools/Command.h"
 #include "tools/qzplist/KeyPath.h"
 #include "tools/qzplist/Values.h"
 
@@ -40,25 +35,11 @@ or output, as is a missing FILE. Files are replaced whole or not at all.
 Status: 0 done; 1 a file or path is no good; 2 the command is.
 )";
 
-enum Status { Done = 0, Failed = 1, Misused = 2 };
-
-struct Failure {
-  Status status;
-  std::string reason;
-};
-
-[[noreturn]] void misuse(const std::string& reason) {
-  throw Failure{Misused, reason + " (see qzplist --help)"};
-}
-[[noreturn]] void fail(const std::string& file, const std::string& reason) {
-  throw Failure{Failed, file + ": " + reason};
-}
-
 using Arguments = std::span<const std::string>;
 
 // A path as the shell says it, in whatever encoding.
 Ref<NSString> pathFrom(const std::string& bytes) {
-  return NSString::stringWithCharacters(detail::pathOfBytes(bytes));
+  return NSString::stringWithFileSystemRepresentation(bytes);
 }
 
 // Files -------------------------------------------------------------------------------------------
@@ -85,7 +66,7 @@ Document read(const std::string& file) {
   Document document;
   Ref<NSError> error;
   const Ref<NSData> data = NSData::dataWithContentsOfFile_options_error(pathFrom(file), 0, &error);
-  if (!data) fail(file, std::string(std::generic_category().message(error->code())));
+  if (!data) fail(file, error->errorCode().message());
   Ref<NSString> problem;
   document.list =
       NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
@@ -101,19 +82,12 @@ void write(NSObject* list, NSPropertyListFormat format, const std::string& file)
                                                                                 &problem);
   if (!data) fail(file, problem->UTF8String());
   if (file == "-") {
-    if (std::fwrite(data->bytes(), 1, data->length(), stdout) != data->length() ||
-        std::fflush(stdout) != 0)
-      fail("standard output", std::generic_category().message(errno));
+    std::cout << data->view();
     return;
   }
   Ref<NSError> error;
   if (!data->writeToFile_options_error(pathFrom(file), NSDataWritingAtomic, &error))
-    fail(file, std::generic_category().message(error->code()));
-}
-
-void printLine(const std::string& text) {
-  std::cout << text << std::endl;
-  if (!std::cout) fail("standard output", std::generic_category().message(errno));
+    fail(file, error->errorCode().message());
 }
 
 NSPropertyListFormat formatNamed(const std::string& name) {
@@ -148,28 +122,28 @@ std::string takeOption(std::vector<std::string>& arguments, std::string_view opt
   return "";
 }
 
-int print(Arguments arguments) {
+Status print(Arguments arguments) {
   requireCount(arguments, 0, 1);
-  printLine(shown(read(arguments.empty() ? "-" : arguments[0]).list));
+  std::cout << shown(read(arguments.empty() ? "-" : arguments[0]).list) << '\n';
   return Done;
 }
 
-int check(Arguments arguments) {
+Status check(Arguments arguments) {
   requireCount(arguments, 1, SIZE_MAX);
-  int status = Done;
+  Status status = Done;
   for (const std::string& file : arguments) {
     try {
       const Document document = read(file);
-      printLine(file + ": " + nameOf(document.format));
+      std::cout << file << ": " << nameOf(document.format) << '\n';
     } catch (const Failure& failure) {
-      std::cerr << "qzplist: " << failure.reason << '\n';
+      std::cerr << "qzplist: " << failure.what() << '\n';
       status = failure.status;
     }
   }
   return status;
 }
 
-int convert(std::vector<std::string> arguments) {
+Status convert(std::vector<std::string> arguments) {
   std::string out = takeOption(arguments, "-o");
   requireCount(arguments, 1, 2);
   const NSPropertyListFormat format = formatNamed(arguments[0]);
@@ -178,17 +152,17 @@ int convert(std::vector<std::string> arguments) {
   return Done;
 }
 
-int get(Arguments arguments) {
+Status get(Arguments arguments) {
   requireCount(arguments, 2, 3);
   const Ref<NSObject> value = valueAt(read(arguments[0]).list, parseKeyPath(arguments[1]));
   if (arguments.size() == 3)
     write(value, formatNamed(arguments[2]), "-");
   else
-    printLine(plain(value));
+    std::cout << plain(value) << '\n';
   return Done;
 }
 
-int set(std::vector<std::string> arguments) {
+Status set(std::vector<std::string> arguments) {
   // Only before the value, which may be anything.
   std::string type = "string";
   if (arguments.size() == 5 && arguments[2] == "-t") {
@@ -196,20 +170,14 @@ int set(std::vector<std::string> arguments) {
     arguments.erase(arguments.begin() + 2, arguments.begin() + 4);
   }
   requireCount(arguments, 3, 3);
-  Ref<NSObject> value;
-  try {
-    value = parsedValue(type, arguments[2]);
-  } catch (const std::string& reason) {
-    throw Failure{Failed, reason};
-  }
-  if (!value) misuse("there is no type \"" + type + "\"");
+  const Ref<NSObject> value = parsedValue(type, arguments[2]);
   const Document document = read(arguments[0]);
   write(settingValueAt(document.list, parseKeyPath(arguments[1]), value), document.format,
         arguments[0]);
   return Done;
 }
 
-int remove(Arguments arguments) {
+Status remove(Arguments arguments) {
   requireCount(arguments, 2, 2);
   const Document document = read(arguments[0]);
   removeValueAt(document.list, parseKeyPath(arguments[1]));
@@ -217,7 +185,7 @@ int remove(Arguments arguments) {
   return Done;
 }
 
-int run(std::vector<std::string> arguments) {
+Status run(std::vector<std::string> arguments) {
   if (arguments.empty()) {
     std::cerr << usage;
     return Misused;
@@ -240,18 +208,6 @@ int run(std::vector<std::string> arguments) {
 }  // namespace
 }  // namespace qz::tool
 
-int main(int argc, char** argv) {
-  using namespace qz::tool;
-  try {
-    return run({argv + 1, argv + argc});
-  } catch (const Failure& failure) {
-    std::cerr << "qzplist: " << failure.reason << '\n';
-    return failure.status;
-  } catch (const PathFailure& failure) {
-    std::cerr << "qzplist: " << failure.reason << '\n';
-    return Failed;
-  } catch (const std::exception& exception) {
-    std::cerr << "qzplist: " << exception.what() << '\n';
-    return Failed;
-  }
+int main(int count, char** words) {
+  return qz::tool::runCommand("qzplist", &qz::tool::run, count, words);
 }
