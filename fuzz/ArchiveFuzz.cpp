@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 #include <vector>
 
@@ -28,14 +27,12 @@
 #include "Platform/Values/NSURL.h"
 #include "Platform/Values/NSUUID.h"
 #include "QZFoundation/QZFoundation.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 std::string_view take(std::string_view& text, char end) {
   const std::size_t at = std::min(text.find(end), text.size());

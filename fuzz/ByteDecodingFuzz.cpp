@@ -3,20 +3,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/NSNumber-QZFoundation.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 void readNumber(NSData* data, bool isSigned, std::int32_t order) {
   const Ref<NSNumber> number = numberWithData_isSigned_byteOrder(data, isSigned, order);

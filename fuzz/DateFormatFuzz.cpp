@@ -4,22 +4,15 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "Platform/Text/NSDateFormatter.h"
 #include "Platform/Text/NSLocale.h"
 #include "Platform/Text/NSTimeZone.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
-
-namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
+using fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,14 +10,12 @@
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Runtime/Describe.h"
 #include "QZFoundation/NSArray-QZDelimitedText.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 constexpr const char* keyNames[] = {"a", "b", "c"};
 

@@ -2,22 +2,15 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/NSStringEncoding.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
-
-namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
+using fuzz::require;
 
 // The first byte chooses the encoding.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

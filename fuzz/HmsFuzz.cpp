@@ -3,21 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "Platform/Values/NSNumber.h"
 #include "QZFoundation/QZFoundation.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
-
-namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
+using fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto text = NSString::stringWithUTF8String({reinterpret_cast<const char*>(data), size});

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -13,14 +12,12 @@
 #include "Platform/Text/NSLocale.h"
 #include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Values/NSNumber.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 std::string_view takeLine(std::string_view& text) {
   const std::size_t end = std::min(text.find('\n'), text.size());

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -11,14 +10,12 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSURL.h"
 #include "QZFoundation/NSString-QZFoundation.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 // Without what means nothing in a path: "." beside other components, and extra slashes.
 Ref<NSString> canonical(NSString* path) {

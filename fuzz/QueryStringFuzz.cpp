@@ -1,18 +1,15 @@
 // Query strings, lines and pieces of any text: nothing is lost, and counts agree.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "QZFoundation/NSString-QZSearch.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 void checkQuery(NSString* text) {
   Ref<NSDictionary> pairs = parseQueryString(text);

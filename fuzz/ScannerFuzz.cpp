@@ -3,20 +3,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSScanner.h"
 #include "Platform/Values/NSString.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 bool read(NSScanner* scanner, NSString* wanted, int how, Ref<NSString>* found) {
   std::int32_t i = 0;

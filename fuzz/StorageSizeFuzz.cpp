@@ -3,19 +3,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "Platform/Text/NSLocale.h"
 #include "Platform/Values/NSNumber.h"
 #include "QZFoundation/QZFoundation.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 Ref<QZStorageSizeFormatter> makeFormatter(std::int32_t mode) {
   auto made = QZStorageSizeFormatter::init();

@@ -9,14 +9,12 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Values/NSNumber.h"
 #include "Platform/Values/NSURL.h"
+#include "fuzz/support/Require.h"
 
 using namespace qz;
+using fuzz::require;
 
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 void checkUrl(NSURL* url) {
   const auto again = NSURL::URLWithString(url->absoluteString());

@@ -14,7 +14,6 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-extern "C" [[gnu::weak]] int LLVMFuzzerInitialize(int* argc, char*** argv);
 
 namespace {
 
@@ -55,8 +54,6 @@ bool replay(const std::filesystem::path& input) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (LLVMFuzzerInitialize != nullptr) LLVMFuzzerInitialize(&argc, &argv);
-
   bool good = true;
   std::vector<std::filesystem::path> inputs;
   for (int i = 1; i < argc; ++i) good = collect(argv[i], inputs) && good;
