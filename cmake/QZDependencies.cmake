@@ -1,4 +1,4 @@
-# What the platform library links, as pkg-config module names. One line here is all that a further
+# What the two libraries link, as pkg-config module names. One line here is all that a further
 # dependency takes: the build, the exported CMake package and the .pc file all read this list.
 # Each has its entry in docs/dependencies.md and its package in scripts/install-dependencies.
 set(QZ_DEPENDENCIES

@@ -68,11 +68,6 @@ endif()
 
 # One .pc file for each library: name, description, library, what it requires.
 function(qz_pc_file name description library requires_key requires)
-  get_target_property(type ${library} TYPE)
-  set(libs "")
-  if(NOT type STREQUAL "INTERFACE_LIBRARY")
-    set(libs "-L\${libdir} -l${library}")
-  endif()
   configure_file(cmake/library.pc.in "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc" @ONLY)
   install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc" DESTINATION ${QZ_PC_DIR})
 endfunction()

@@ -8,39 +8,30 @@ function(qz_add_library name export_name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${arg_DIRECTORY}/*.cpp")
   file(GLOB_RECURSE headers CONFIGURE_DEPENDS "${arg_DIRECTORY}/*.h")
 
-  if(NOT sources)
-    # Nothing to compile: headers alone.
-    add_library(${name} INTERFACE)
-    target_link_libraries(${name} INTERFACE ${arg_LINK} Threads::Threads)
-    target_compile_features(${name} INTERFACE cxx_std_20)
-    qz_public_includes(${name} INTERFACE)
-    add_library(${name}Static ALIAS ${name})
-  else()
-    add_library(${name}Objects OBJECT ${sources} ${headers})
-    # What a shared library offers is what its public headers mark, and nothing else.
-    set_target_properties(${name}Objects PROPERTIES
-      POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
-    target_link_libraries(${name}Objects PRIVATE
-      ${arg_LINK} ${QZ_DEPENDENCY_TARGETS} Threads::Threads)
-    qz_public_includes(${name}Objects PRIVATE)
-    qz_compile_options(${name}Objects)
-    qz_precompile(${name}Objects)
+  add_library(${name}Objects OBJECT ${sources} ${headers})
+  # What a shared library offers is what its public headers mark, and nothing else.
+  set_target_properties(${name}Objects PROPERTIES
+    POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
+  target_link_libraries(${name}Objects PRIVATE
+    ${arg_LINK} ${QZ_DEPENDENCY_TARGETS} Threads::Threads)
+  qz_public_includes(${name}Objects PRIVATE)
+  qz_compile_options(${name}Objects)
+  qz_precompile(${name}Objects)
 
-    add_library(${name})
-    qz_link_objects(${name} "" ${arg_LINK})
-    set_target_properties(${name} PROPERTIES
-      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
+  add_library(${name})
+  qz_link_objects(${name} "" ${arg_LINK})
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
 
-    if(BUILD_SHARED_LIBS)
-      if(NOT QZ_SANITIZE AND NOT QZ_BUILD_FUZZ)
-        target_link_options(${name} PRIVATE LINKER:-z,defs)
-      endif()
-      add_library(${name}Static STATIC EXCLUDE_FROM_ALL)
-      qz_link_objects(${name}Static Static ${arg_LINK})
-      set_target_properties(${name}Static PROPERTIES OUTPUT_NAME ${name})
-    else()
-      add_library(${name}Static ALIAS ${name})
+  if(BUILD_SHARED_LIBS)
+    if(NOT QZ_SANITIZE AND NOT QZ_BUILD_FUZZ)
+      target_link_options(${name} PRIVATE LINKER:-z,defs)
     endif()
+    add_library(${name}Static STATIC EXCLUDE_FROM_ALL)
+    qz_link_objects(${name}Static Static ${arg_LINK})
+    set_target_properties(${name}Static PROPERTIES OUTPUT_NAME ${name})
+  else()
+    add_library(${name}Static ALIAS ${name})
   endif()
 
   set_target_properties(${name} PROPERTIES EXPORT_NAME ${export_name})
