@@ -1,8 +1,13 @@
 #include "EntryCopy.h"
 
+#include <linux/limits.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
+#include <string>
+#include <vector>
 
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Values/NSDate.h"
@@ -23,6 +28,26 @@ Ref<NSDictionary> permissions(std::uint32_t bits) {
 }
 
 Ref<NSError> systemError(int code) { return POSIXError_description(code, nullptr); }
+
+/// What files get with their copies. What the file system or the user may not have is left out, as
+/// it is there; answers the number of any other error.
+int copyExtendedAttributes(const std::string& from, const std::string& to) {
+  const auto isRefused = [](int number) {
+    return number == ENOTSUP || number == EPERM || number == EACCES || number == ENODATA ||
+           number == EINVAL;
+  };
+  std::vector<char> names(XATTR_LIST_MAX);
+  const ssize_t size = ::listxattr(from.c_str(), names.data(), names.size());
+  if (size <= 0) return size == 0 || isRefused(errno) ? 0 : errno;
+  std::vector<char> value(XATTR_SIZE_MAX);
+  for (const char* name = names.data(); name < names.data() + size; name += std::strlen(name) + 1) {
+    const ssize_t length = ::getxattr(from.c_str(), name, value.data(), value.size());
+    const bool isCopied = length >= 0 && ::setxattr(to.c_str(), name, value.data(),
+                                                    static_cast<std::size_t>(length), 0) == 0;
+    if (!isCopied && !isRefused(errno)) return errno;
+  }
+  return 0;
+}
 
 }  // namespace
 
@@ -124,6 +149,9 @@ Ref<NSError> EntryCopy::finishDirectory(NSString* entry) {
     return nullptr;
   const auto about = manager_->fileAttributesAtPath_traverseLink(from, false);
   if (!about) return systemError(errno);
+  if (const int number =
+          copyExtendedAttributes(from->fileSystemRepresentation(), to->fileSystemRepresentation()))
+    return systemError(number);
   auto kept = NSMutableDictionary::dictionary();
   const auto keep = [&](NSString* key) {
     if (const auto value = about->objectForKey(key)) kept->setObject_forKey(value, key);

@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -42,6 +43,9 @@ TEST_F(Backup, CopiesEverythingAndOverwrites) {
   fs::create_symlink("nowhere", source + "/a/link");
   fs::permissions(source + "/large", fs::perms(0640));
   fs::permissions(source + "/closed", fs::perms(0555));
+  // Where the file system has such attributes.
+  for (const char* name : {"/a", "/large"})
+    ::setxattr((source + name).c_str(), "user.colour", "red", 3, 0);
   for (const char* name : {"/a/b/file", "/large", "/closed", "/a/b", "/a", ""})
     setTime(source + name, 1'000'000'000, 0);
 
