@@ -5,7 +5,7 @@
 #include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Collections/NSPredicate.h"
 #include "QZFoundation/QZFoundation.h"
-#include "tests/support/Holding.h"
+#include "tests/support/Holder.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Test.h"
 

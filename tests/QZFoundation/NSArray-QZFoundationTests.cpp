@@ -6,7 +6,7 @@
 #include "QZFoundation/NSMutableArray-QZFoundation.h"
 #include "QZFoundation/NSObject-QZFoundation.h"
 #include "QZFoundation/QZKeyPathArray.h"
-#include "tests/support/Holding.h"
+#include "tests/support/Holder.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Test.h"
 

@@ -1,7 +1,7 @@
 #include "QZFoundation/NSMutableArray-QZFoundation.h"
 
 #include "Platform/Collections/NSEnumerator.h"
-#include "tests/support/Holding.h"
+#include "tests/support/Holder.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Test.h"
 

@@ -3,6 +3,7 @@
 #include <signal.h>
 
 #include "Platform/System/NSFileHandle.h"
+#include "tests/support/Shell.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
@@ -39,9 +40,7 @@ TEST(NSTaskQZFoundation, CopiesTheOutputToAHandle) {
   const auto path = NSString::stringWithUTF8String(directory.write("out", "kept "));
   auto handle = NSFileHandle::fileHandleForUpdatingAtPath(path);
   handle->seekToEndOfFile();
-  auto task = make<NSTask>();
-  task->setLaunchPath("/bin/sh"_ns);
-  task->setArguments(script("echo one; echo two"_ns));
+  auto task = shell("echo one; echo two"_ns);
   send<void>(task, "launchAndWriteStandardOutputToFileHandle:"_sel, handle);
   handle->seekToFileOffset(0);
   EXPECT_EQ(handle->readDataToEndOfFile()->view(), "kept one\ntwo\n");

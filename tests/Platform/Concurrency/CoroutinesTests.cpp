@@ -4,7 +4,7 @@
 
 #if defined(__cpp_impl_coroutine) && __has_include(<coroutine>)
 
-#include "Platform/Concurrency/NSThread.h"
+#include "tests/support/LoopThread.h"
 
 namespace qz::test {
 namespace {
@@ -15,20 +15,6 @@ NSString* const wordCame = detail::literal<"wordCame">();
 
 /// The calling thread, to be compared with.
 Ref<NSThread> here() { return NSThread::currentThread(); }
-
-/// A thread that runs its loop for as long as the test lasts.
-class LoopThread {
- public:
-  LoopThread()
-      : thread(NSThread::detachNewThread(
-            [] { NSRunLoop::currentRunLoop()->runUntilDate(NSDate::distantFuture()); })) {}
-  ~LoopThread() { end(); }
-  void end() {
-    if (!thread->isFinished()) thread->runLoop()->stop();
-    thread->waitUntilFinished();
-  }
-  Ref<NSThread> thread;
-};
 
 /// Counts itself while it lives.
 struct Counted {
@@ -227,7 +213,7 @@ TEST_F(CoroutinesTest, GoesOnAfterATime) {
     co_await afterDelay(seconds);
     text += name;
   };
-  start(wait(order, 'c', 0.03));
+  start(wait(order, 'c', 0.1));
   start(wait(order, 'b', 0.005));
   start(wait(order, 'a', -1));
   EXPECT_EQ(order, "") << "a turn of the loop at least";

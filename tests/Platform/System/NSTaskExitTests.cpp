@@ -1,22 +1,15 @@
 #include "Platform/System/NSTaskExit.h"
 
 #include "Platform/Concurrency/Coroutines.h"
-#include "Platform/System/NSTask.h"
+#include "tests/support/Shell.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
 
-Ref<NSTask> shell(const char* command) {
-  auto task = make<NSTask>();
-  task->setLaunchPath("/bin/sh"_ns);
-  task->setArguments(NSArray::arrayWithObjects({"-c"_ns, NSString::stringWithUTF8String(command)}));
-  return task;
-}
-
 TEST(NSTaskEndTest, CallsAllThatWantToKnow) {
   std::atomic<int> called{0};
-  const auto task = shell("exit 3");
+  const auto task = shell("exit 3"_ns);
   EXPECT_TRUE(refuses([&] { task->callWhenEnded([] {}); }, {"not launched"}));
   task->setTerminationHandler([&](NSTask*) { ++called; });
   task->launch();
@@ -37,7 +30,7 @@ TEST(NSTaskEndTest, CallsAllThatWantToKnow) {
 TEST(NSTaskEndTest, IsAwaited) {
   const auto work = []() -> Async<> {
     const auto main = NSThread::currentThread();
-    const auto slow = shell("sleep 0.05; exit 5");
+    const auto slow = shell("sleep 0.05; exit 5"_ns);
     slow->launch();
     EXPECT_EQ(co_await exitOf(slow), 5);
     EXPECT_EQ(NSThread::currentThread(), main);
@@ -45,7 +38,7 @@ TEST(NSTaskEndTest, IsAwaited) {
 
     // On a thread that has nothing else to do.
     co_await onNewThread();
-    const auto sleeping = shell("exec sleep 1000");
+    const auto sleeping = shell("exec sleep 1000"_ns);
     sleeping->launch();
     sleeping->terminate();
     EXPECT_EQ(co_await exitOf(sleeping), SIGTERM);
@@ -53,7 +46,7 @@ TEST(NSTaskEndTest, IsAwaited) {
 
     bool isRefused = false;
     try {
-      co_await exitOf(shell("exit 0"));
+      co_await exitOf(shell("exit 0"_ns));
     } catch (const Raised& raised) {
       isRefused = raised->name()->isEqualToString(NSInvalidArgumentException);
     }

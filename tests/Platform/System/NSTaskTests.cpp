@@ -11,17 +11,11 @@
 #include "Platform/System/NSPipe.h"
 #include "Platform/System/NSProcessInfo.h"
 #include "Platform/System/detail/OsRelease.h"
+#include "tests/support/Shell.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
-
-Ref<NSTask> shell(NSString* script) {
-  auto task = make<NSTask>();
-  task->setLaunchPath("/bin/sh"_ns);
-  task->setArguments(NSArray::arrayWithObjects({"-c"_ns, script}));
-  return task;
-}
 
 /// What a task prints, to its end.
 std::string output(NSTask* task) {

@@ -23,7 +23,7 @@ class UserDefaults : public testing::Test {
 
   std::string contents() const { return contentsOf(file()); }
 
-  /// Runs `work` in another process, to its orderly end; whether that was well.
+  /// Runs `work` in another process, which then ends in good order; answers its number.
   template <class Work>
   static pid_t start(Work work) {
     const pid_t child = ::fork();

@@ -1,0 +1,18 @@
+// Tasks of tests: scripts of the shell.
+#pragma once
+
+#include "Platform/Collections/NSArray.h"
+#include "Platform/System/NSTask.h"
+#include "Platform/Values/NSString.h"
+
+namespace qz::test {
+
+/// A task, not launched yet, that runs a script.
+inline Ref<NSTask> shell(NSString* script) {
+  auto task = make<NSTask>();
+  task->setLaunchPath("/bin/sh"_ns);
+  task->setArguments(NSArray::arrayWithObjects({"-c"_ns, script}));
+  return task;
+}
+
+}  // namespace qz::test
