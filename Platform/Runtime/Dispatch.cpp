@@ -39,20 +39,13 @@ bool sameType(const ValueType& a, const ValueType& b) {
   return (a.kind != Kind::Bytes && a.kind != Kind::Value) || *a.type == *b.type;
 }
 
-void dropAnswer(Word word, const ValueType& type) noexcept {
-  if (type.kind == Kind::Object)
-    release(reinterpret_cast<NSObject*>(word));
-  else if (type.kind == Kind::Value && word != 0)
-    type.destroy(reinterpret_cast<void*>(word));
-}
-
 // The operation's answer as the caller wants it; takes over the answer's ownership.
 Word convertAnswer(Word word, const ValueType& has, const ValueType& wanted,
                    const NSObject* receiver, Selector selector) {
   if (sameType(has, wanted)) return word;
   if (isScalar(has.kind) && isScalar(wanted.kind))
     return convertScalar(word, has.kind, wanted.kind);
-  dropAnswer(word, has);
+  const Reply dropped(word, &has);
   if (wanted.kind == Kind::Void || has.kind == Kind::Void) return 0;
   raise(NSInvalidArgumentException, describeCall(receiver, selector) + " answers " + typeName(has) +
                                         ", not " + typeName(wanted));

@@ -35,6 +35,21 @@ Word converted(TypedWord given, const ValueType& wanted, const char* what) {
   return given.word;
 }
 
+// A copy of a value that fits no word.
+void* copied(Word word, const ValueType& type) {
+  if (type.copy == nullptr)
+    detail::raise(NSInvalidArgumentException, "NSInvocation: a value of type " +
+                                                  detail::typeName(type) +
+                                                  " cannot be kept, because it cannot be copied");
+  return type.copy(reinterpret_cast<const void*>(word));
+}
+
+// Values that fit no word have none that would stand for zero.
+void requireValue(const TypedWord& argument) {
+  if (argument.type->kind == Kind::Value && argument.word == 0)
+    detail::raise(NSInvalidArgumentException, "NSInvocation: the argument has not been set");
+}
+
 }  // namespace
 
 Ref<NSInvocation> NSInvocation::invocationWithMethodSignature(NSMethodSignature* signature) {
@@ -75,12 +90,7 @@ void NSInvocation::setTyped(TypedWord value, std::uint32_t index) {
   const ValueType& wanted = *signature_->argumentTypes()[i];
   Word word = converted(value, wanted, "the argument");
   if (wanted.kind == Kind::Value) {
-    if (wanted.copy == nullptr)
-      detail::raise(NSInvalidArgumentException, "NSInvocation: a value of type " +
-                                                    detail::typeName(wanted) +
-                                                    " cannot be kept, because it cannot be copied");
-    copies_[i] =
-        std::shared_ptr<void>(wanted.copy(reinterpret_cast<const void*>(word)), wanted.destroy);
+    copies_[i] = std::shared_ptr<void>(copied(word, wanted), wanted.destroy);
     word = reinterpret_cast<Word>(copies_[i].get());
   } else if (wanted.kind == Kind::Object && retained_) {
     retain(reinterpret_cast<NSObject*>(word));
@@ -93,8 +103,7 @@ Word NSInvocation::typedArgument(std::uint32_t index, const ValueType& wanted) c
   if (index < 2 || index - 2 >= arguments_.size())
     detail::raiseIndex("NSInvocation argumentAtIndex:", index, arguments_.size() + 2);
   const TypedWord has{arguments_[index - 2], signature_->argumentTypes()[index - 2]};
-  if (has.type->kind == Kind::Value && has.word == 0)
-    detail::raise(NSInvalidArgumentException, "NSInvocation: the argument has not been set");
+  requireValue(has);
   return converted(has, wanted, "what was asked for");
 }
 
@@ -124,11 +133,16 @@ void NSInvocation::invokeWithTarget(NSObject* target) {
   if (target == nullptr) return;
   std::vector<TypedWord> typed;
   typed.reserve(arguments_.size());
-  for (std::size_t i = 0; i < arguments_.size(); ++i)
+  for (std::size_t i = 0; i < arguments_.size(); ++i) {
     typed.push_back({arguments_[i], signature_->argumentTypes()[i]});
+    requireValue(typed.back());
+  }
   const ValueType* answer = signature_->answerType();
   Ref<NSObject> alive(target);
-  return_ = detail::sendSlowly(detail::lookUp(target, selector_), target, selector_, typed, answer);
+  const Word word =
+      detail::sendSlowly(detail::lookUp(target, selector_), target, selector_, typed, answer);
+  dropReturn();  // the operation may have invoked this very invocation
+  return_ = word;
 }
 
 Word NSInvocation::typedReturn(const ValueType& wanted) const {
@@ -143,18 +157,13 @@ void NSInvocation::setTypedReturn(TypedWord value) {
   if (wanted.kind == Kind::Object)
     retain(reinterpret_cast<NSObject*>(word));
   else if (wanted.kind == Kind::Value)
-    word = reinterpret_cast<Word>(wanted.copy(reinterpret_cast<const void*>(word)));
+    word = reinterpret_cast<Word>(copied(word, wanted));
   dropReturn();
   return_ = word;
 }
 
 void NSInvocation::dropReturn() noexcept {
-  const ValueType& type = *signature_->answerType();
-  const Word word = std::exchange(return_, 0);
-  if (type.kind == Kind::Object)
-    release(reinterpret_cast<NSObject*>(word));
-  else if (type.kind == Kind::Value && word != 0)
-    type.destroy(reinterpret_cast<void*>(word));
+  const Reply dropped(std::exchange(return_, 0), signature_->answerType());
 }
 
 void NSInvocation::describe(ClassDescription<NSInvocation>& is) {

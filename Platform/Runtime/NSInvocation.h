@@ -39,9 +39,10 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
   Selector selector() const noexcept { return selector_; }
   void setSelector(Selector selector) noexcept { selector_ = selector; }
 
-  /// Sets argument `index` (2 or more), converting scalars. Raises NSInvalidArgumentException for
-  /// an index out of range, or a value that is not of the argument's type. Values that fit no word
-  /// are copied.
+  /// Sets argument `index` (2 or more), converting scalars, and answers it. Raises NSRangeException
+  /// for an index out of range, NSInvalidArgumentException for a value that is not of the
+  /// argument's type. Values that fit no word are copied; asking for one that has not been set
+  /// raises NSInvalidArgumentException.
   template <class A>
   void setArgument_atIndex(const A& value, std::uint32_t index) {
     setTyped({detail::toWord(value), &detail::valueType<A>}, index);
@@ -67,7 +68,9 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
   /// does.
   Ref<NSObject> copy() const override;
 
-  /// Sends the message to the target (nil: nothing, and the answer is zero).
+  /// Sends the message to the target (nil: nothing, and the answer is zero). Raises
+  /// NSInvalidArgumentException when an argument that fits no word has not been set, and what
+  /// sending raises.
   void invoke();
   void invokeWithTarget(NSObject* target);
 
@@ -85,7 +88,8 @@ class NSInvocation : public Derives<NSInvocation, NSObject> {
       return detail::plainFromWord<R>(word);
   }
 
-  /// Sets the answer, for `forwardInvocation` to answer without another Object.
+  /// Sets the answer, for `forwardInvocation` to answer without another Object. Raises
+  /// NSInvalidArgumentException for a value of another type.
   template <class R>
   void setReturnValue(const R& value) {
     setTypedReturn({detail::toWord(value), &detail::valueType<R>});

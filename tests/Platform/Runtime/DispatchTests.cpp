@@ -39,6 +39,19 @@ class LazyBelow : public Derives<LazyBelow, Lazy> {
   }
 };
 
+/// Invokes once more what invoked it.
+class Nested : public Derives<Nested, NSObject> {
+ public:
+  static void describe(ClassDescription<Nested>& is) {
+    is.named("NestedInvocation").method<&Nested::run>("run");
+  }
+  Ref<Nested> run() {
+    if (NSInvocation* outer = std::exchange(invocation, nullptr)) outer->invoke();
+    return Ref<Nested>(this);
+  }
+  NSInvocation* invocation = nullptr;
+};
+
 Ref<NSString> shout(Person* person, NSString* text) {
   return NSString::stringWithUTF8String(person->name()->UTF8String() + ": " + text->UTF8String() +
                                         "!");
@@ -211,6 +224,33 @@ TEST(Dispatch, InvocationsKeepTheirArgumentsWhenAsked) {
   for (std::uint32_t i = 0; i < 5; ++i) sum->setArgument_atIndex(double(i), i + 2);
   sum->invokeWithTarget(bob);
   EXPECT_EQ(sum->returnValue<std::int64_t>(), 51);
+}
+
+TEST(Dispatch, InvocationsRefuseValuesThatAreMissing) {
+  auto stand = make<Stand>(make<Person>("Bob"_ns, 41));
+  auto join = NSInvocation::invocationWithMethodSignature(
+      stand->methodSignatureForSelector("join:with:"_sel));
+  join->setSelector("join:with:"_sel);
+  join->setArgument_atIndex(std::string("a"), 2);
+  EXPECT_TRUE(refuses([&] { join->argumentAtIndex<std::string>(3); }, {"not been set"}));
+  EXPECT_TRUE(refuses([&] { join->invokeWithTarget(stand); }, {"not been set"}));
+  join->setArgument_atIndex(std::string("b"), 3);
+  join->invokeWithTarget(stand);
+  EXPECT_EQ(join->returnValue<std::string>(), "ab");
+}
+
+TEST(Dispatch, AnInvocationInsideItselfLosesNoAnswer) {
+  auto nested = make<Nested>();
+  {
+    auto invocation =
+        NSInvocation::invocationWithMethodSignature(nested->methodSignatureForSelector("run"_sel));
+    invocation->setTarget(nested);
+    invocation->setSelector("run"_sel);
+    nested->invocation = invocation;
+    invocation->invoke();
+    EXPECT_EQ(invocation->returnValue<Ref<NSObject>>(), nested);
+  }
+  EXPECT_EQ(nested->retainCount(), 1u);
 }
 
 }  // namespace
