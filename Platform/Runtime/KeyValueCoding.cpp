@@ -221,15 +221,27 @@ struct CutPath {
   }
 };
 
+// What runs while the thread ends may still read paths when the cache has gone.
+constinit thread_local bool isCacheGone = false;
+
+struct CutPaths {
+  ~CutPaths() { isCacheGone = true; }
+
+  std::array<CutPath, 32> places;
+};
+
 /// Walks the keys of a path while it lives.
 class PathWalk {
  public:
-  explicit PathWalk(NSString* path) {
-    thread_local std::array<CutPath, 32> cache;
-    CutPath& place = cache[path->hash() % cache.size()];
-    const bool known = place.path && place.path->isEqualToString(path);
-    cut_ = known || place.readers == 0 ? &place : &own_;
-    if (!known) cut_->cut(path);
+  explicit PathWalk(NSString* path) : cut_(&own_) {
+    bool isKnown = false;
+    if (!isCacheGone) [[likely]] {
+      thread_local CutPaths cache;
+      CutPath& place = cache.places[path->hash() % cache.places.size()];
+      isKnown = place.path && place.path->isEqualToString(path);
+      if (isKnown || place.readers == 0) cut_ = &place;
+    }
+    if (!isKnown) cut_->cut(path);
     ++cut_->readers;
   }
   ~PathWalk() { --cut_->readers; }
@@ -279,13 +291,13 @@ void setByKey(NSObject* object, NSObject* value, NSString* key) {
     const detail::DispatchEntry& setter = detail::lookUp(object, known->setter);
     if (setter.method != nullptr && detail::shapeArguments(setter.shape) == 1) [[likely]] {
       const detail::Kind kind = setter.method->arguments[0]->kind;
-      if (kind == detail::Kind::Object) {
-        setter.imp(object, known->setter, detail::toWord(value), 0, 0, nullptr);
-        return;
-      }
-      if (detail::isInteger(kind) || detail::isFloating(kind)) {
-        if (value == nullptr) return object->setNilValueForKey(key);
-        setter.imp(object, known->setter, detail::unboxWord(value, kind), 0, 0, nullptr);
+      const bool isScalar = detail::isScalar(kind);
+      if (isScalar && value == nullptr) return object->setNilValueForKey(key);
+      if (isScalar || kind == detail::Kind::Object) {
+        const auto word = isScalar ? detail::unboxWord(value, kind) : detail::toWord(value);
+        // A setter may answer something, which is let go.
+        const Reply answer(setter.imp(object, known->setter, word, 0, 0, nullptr),
+                           setter.method->answer);
         return;
       }
     }

@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "tests/support/Person.h"
 #include "tests/support/Test.h"
 
@@ -36,6 +38,19 @@ class Nested : public Derives<Nested, NSObject> {
   int depth = 0;
 };
 
+/// Its setter answers the Object itself.
+class Chained : public Derives<Chained, NSObject> {
+ public:
+  static void describe(ClassDescription<Chained>& is) {
+    is.named("Chained").method<&Chained::setName>("setName:");
+  }
+  Ref<Chained> setName(NSString*) { return Ref<Chained>(this); }
+};
+
+std::string lengthByPath() {
+  return to_string(make<Person>("Ann"_ns)->valueForKeyPath("name.length"_ns));
+}
+
 int badge(Worker*) { return 7; }
 
 TEST(KeyValueCoding, BoxesEachScalarAsTheKindItHas) {
@@ -69,6 +84,12 @@ TEST(KeyValueCoding, SetsFromNumbersAndStrings) {
   EXPECT_TRUE(ann->married);
   EXPECT_EQ(ann->nick, "Nick");
   EXPECT_EQ(ann->number, ~0ull);
+}
+
+TEST(KeyValueCoding, LetsGoOfWhatASetterAnswers) {
+  auto chained = make<Chained>();
+  chained->setValue_forKey("a"_ns, "name"_ns);
+  EXPECT_EQ(chained->retainCount(), 1u);
 }
 
 TEST(KeyValueCoding, RefusesWhatCannotBeSet) {
@@ -113,6 +134,19 @@ TEST(KeyValueCoding, WalksPaths) {
   for (NSString* path : {"partner..name"_ns, ".partner"_ns, "partner."_ns, "."_ns})
     EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { ann->valueForKeyPath(path); }));
   EXPECT_EQ(to_string(make<Nested>()->valueForKeyPath("next.next.next.depth"_ns)), "3");
+}
+
+TEST(KeyValueCoding, WalksPathsWhileTheThreadEnds) {
+  static std::string atTheEnd;
+  struct Late {
+    ~Late() { atTheEnd = lengthByPath(); }
+  };
+  std::thread([] {
+    thread_local Late late;  // made before what the thread keeps of paths, and gone after it
+    static_cast<void>(late);
+    lengthByPath();
+  }).join();
+  EXPECT_EQ(atTheEnd, "3");
 }
 
 TEST(KeyValueCoding, ReadsAndSetsManyAtOnce) {
