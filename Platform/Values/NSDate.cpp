@@ -109,11 +109,12 @@ system_clock::time_point NSDate::timePoint() const noexcept {
   constexpr auto lowest = std::chrono::duration<NSTimeInterval>(Unit::min()).count();
   constexpr auto beyond = std::chrono::duration<NSTimeInterval>(Unit::max()).count();
   if (std::isnan(seconds_)) return {};
-  if (seconds_ < lowest) return system_clock::time_point::min();
+  if (seconds_ <= lowest) return system_clock::time_point::min();
   if (seconds_ >= beyond) return system_clock::time_point::max();
-  // In two steps: seconds and units together have more digits than a double. Rounding the
-  // remainder's product up would make the parts of a second overtake the Date.
-  const double whole = std::floor(seconds_);
+  // In two steps: seconds and units together have more digits than a double. Whole seconds are cut
+  // towards zero, where they are within the range; rounding the remainder's product up would make
+  // the parts of a second overtake the Date.
+  const double whole = std::trunc(seconds_);
   const std::chrono::duration<double> rest(seconds_ - whole);
   const Unit units = std::chrono::seconds(static_cast<std::int64_t>(whole));
   return system_clock::time_point(units + std::chrono::floor<Unit>(rest));

@@ -64,8 +64,11 @@ TEST(NSDate, CrossesToTheClockOfTheLibraryAndBack) {
       NSDate::dateWithTimePoint(sys_days(2024y / 2 / 29) + 12h + 30min)->timeIntervalSince1970(),
       1709209800);
   const std::pair<double, system_clock::time_point> cases[] = {
-      {1.5, system_clock::time_point(1500ms)}, {-0.25, system_clock::time_point(-250ms)},
-      {1e10, system_clock::time_point::max()}, {-infinity, system_clock::time_point::min()},
+      {1.5, system_clock::time_point(1500ms)},
+      {-0.25, system_clock::time_point(-250ms)},
+      {1e10, system_clock::time_point::max()},
+      {-infinity, system_clock::time_point::min()},
+      {-9223372036.5, system_clock::time_point(-9223372036500ms)},
       {nan, system_clock::time_point()},
   };
   for (const auto& [seconds, point] : cases) EXPECT_EQ(at(seconds)->timePoint(), point) << seconds;
