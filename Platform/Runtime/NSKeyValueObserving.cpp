@@ -3,6 +3,7 @@
 #include <exception>
 #include <string>
 
+#include "Platform/Collections/detail/ArrayBuilder.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/detail/ChangeFrame.h"
 #include "Platform/Runtime/detail/Observation.h"
@@ -11,11 +12,7 @@ namespace qz {
 namespace {
 
 using detail::Observation;
-
-void requireArgument(const char* operation, const char* what, const void* argument) {
-  if (argument == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": " + what + " is nil");
-}
+using detail::requireArgument;
 
 void start(Observation& observation, NSObject* object) {
   observation.start();

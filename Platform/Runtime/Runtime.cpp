@@ -65,10 +65,9 @@ const DispatchEntry* publish(const SelectorRecord& record, const DispatchEntry& 
   const DispatchTable* old = record.dispatch.load(std::memory_order_relaxed);
   auto table = std::make_unique<const DispatchTable>(
       DispatchTable{VptrTable<DispatchEntry>::with(*old, entry)});
-  const DispatchEntry* added = table->find(entry.key);
-  record.dispatch.store(table.get(), std::memory_order_release);
-  registry.tables.push_back(std::move(table));
-  return added;
+  const DispatchTable& kept = *registry.tables.emplace_back(std::move(table));
+  record.dispatch.store(&kept, std::memory_order_release);
+  return kept.find(entry.key);
 }
 
 // What was looked up before may no longer hold.
@@ -246,18 +245,18 @@ namespace {
 void addTo(MethodTable& methods, Class* owner, std::string_view category, std::string_view name,
            const MethodSpec& spec, const char* what) {
   const Selector selector = Selector::named(name);
-  const std::string full = std::string(owner->name()) + " " + std::string(name);
-  if (selector.numberOfArguments() != spec.arguments.size())
+  const auto refuse = [&](const std::string& why) {
     raise(NSInternalInconsistencyException,
-          std::string(what) + full + " takes " + std::to_string(spec.arguments.size()) +
-              " arguments, its name calls for " + std::to_string(selector.numberOfArguments()));
+          what + std::string(owner->name()) + " " + std::string(name) + why);
+  };
+  if (selector.numberOfArguments() != spec.arguments.size())
+    refuse(" takes " + std::to_string(spec.arguments.size()) + " arguments, its name calls for " +
+           std::to_string(selector.numberOfArguments()));
   const bool added = methods
                          .emplace(selector, Method{selector, spec.imp, spec.shape, spec.answer,
                                                    spec.arguments, owner, category})
                          .second;
-  if (!added)
-    raise(NSInternalInconsistencyException,
-          std::string(what) + full + " exists already: it is described twice");
+  if (!added) refuse(" exists already: it is described twice");
   forget(selector);
 }
 

@@ -36,13 +36,13 @@ WeakBox* weakBoxOf(const NSObject* object) {
   if (ObjectAccess::isImmortal(object)) return new WeakBox{1, nullptr, object};
   WeakShard& shard = shardOf(object);
   std::lock_guard lock(shard.mutex);
-  auto [place, isNew] = shard.boxes.try_emplace(object, nullptr);
-  if (isNew) {
-    place->second = new WeakBox{1, &shard, object};  // this count is the table's
+  WeakBox*& box = shard.boxes[object];
+  if (box == nullptr) {
+    box = new WeakBox{1, &shard, object};  // this count is the table's
     ObjectAccess::markWeak(object);
   }
-  place->second->count.fetch_add(1, std::memory_order_relaxed);
-  return place->second;
+  box->count.fetch_add(1, std::memory_order_relaxed);
+  return box;
 }
 
 void retainBox(WeakBox* box) noexcept {

@@ -95,17 +95,17 @@ ObservedObject& observedObject(const NSObject* object) {
   if (ObservedObject* known = findObserved(object)) return *known;
   Shard& shard = shardOf(object);
   std::lock_guard lock(shard.mutex);
-  auto [place, isNew] = shard.records.try_emplace(object, nullptr);
-  if (isNew) {
+  ObservedObject*& record = shard.records[object];
+  if (record == nullptr) {
     if (shard.unused.empty()) shard.unused.push_back(&shard.all.emplace_back());
-    place->second = std::exchange(shard.unused.back(), nullptr);
+    record = shard.unused.back();
     shard.unused.pop_back();
-    place->second->owner.store(object, std::memory_order_release);
+    record->owner.store(object, std::memory_order_release);
     // The mark of weak references leads its last release to dropObservations.
     ObjectAccess::flags(object).fetch_or(flagObservationRecord, std::memory_order_relaxed);
     if (!ObjectAccess::isImmortal(object)) ObjectAccess::markWeak(object);
   }
-  return *place->second;
+  return *record;
 }
 
 void ObjectAccess::dropObservations(const NSObject* object) noexcept {
@@ -191,6 +191,7 @@ std::shared_ptr<const Dependencies> dependenciesOf(NSObject* object, NSString* k
 namespace qz {
 
 Ref<NSSet> NSObject::keyPathsForValuesAffectingValueForKey(Class* aClass, NSString* key) {
+  if (key == nullptr) return NSSet::set();
   std::string name = key->UTF8String();
   std::vector<Ref<NSString>> paths;
   for (const std::string_view path : detail::ClassTables::dependenciesOf(aClass, name))
