@@ -1,7 +1,6 @@
 #include "Platform/Values/NSAttributedString.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 
 #include "Platform/Collections/NSDictionary.h"
@@ -9,7 +8,6 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSMutableAttributedString.h"
 #include "Platform/Values/NSMutableString.h"
-#include "Platform/Values/detail/StringStorage.h"
 
 namespace qz {
 

@@ -10,6 +10,7 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/Characters.h"
+#include "Platform/Values/detail/StringSearch.h"
 #include "Platform/Values/detail/StringStorage.h"
 
 namespace qz {
@@ -69,10 +70,8 @@ CodePointSet pointsIn(NSRange range, const char* operation) {
   return CodePointSet({{range.location, range.location + range.length}});
 }
 
-const CodePointSet& requireSet(NSCharacterSet* set, const char* operation) {
-  if (set == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": nil argument");
-  return set->members();
+const CodePointSet& membersOf(NSCharacterSet* set, const char* operation) {
+  return detail::requireSet(set, operation).members();
 }
 
 }  // namespace
@@ -158,7 +157,7 @@ bool NSCharacterSet::hasMemberInPlane(std::uint8_t plane) const noexcept {
 }
 
 bool NSCharacterSet::isSupersetOfSet(NSCharacterSet* other) const {
-  return members_.isSupersetOf(requireSet(other, "isSupersetOfSet:"));
+  return members_.isSupersetOf(membersOf(other, "isSupersetOfSet:"));
 }
 
 bool NSCharacterSet::isEqual(NSObject* other) const {
@@ -216,11 +215,11 @@ void NSMutableCharacterSet::removeCharactersInString(NSString* characters) {
 }
 
 void NSMutableCharacterSet::formUnionWithCharacterSet(NSCharacterSet* other) {
-  members_ = members_.unionWith(requireSet(other, "formUnionWithCharacterSet:"));
+  members_ = members_.unionWith(membersOf(other, "formUnionWithCharacterSet:"));
 }
 
 void NSMutableCharacterSet::formIntersectionWithCharacterSet(NSCharacterSet* other) {
-  members_ = members_.intersectionWith(requireSet(other, "formIntersectionWithCharacterSet:"));
+  members_ = members_.intersectionWith(membersOf(other, "formIntersectionWithCharacterSet:"));
 }
 
 void NSMutableCharacterSet::invert() { members_ = members_.inverted(); }

@@ -59,13 +59,6 @@ bool isAscii(std::u16string_view units) noexcept {
   return detail::asciiPrefix(units) == units.size();
 }
 
-template <class Convert>
-Ref<NSString> convertedAscii(std::u16string_view units, Convert convert) {
-  return detail::fillString(units.size(), [&](char16_t* out) {
-    std::transform(units.begin(), units.end(), out, convert);
-  });
-}
-
 // The letters from `first` on, of which there are 26, in the other case.
 template <char16_t first>
 char16_t switched(char16_t unit) noexcept {
@@ -103,10 +96,12 @@ bool isBeforeCapital(char16_t unit) noexcept {
 }
 
 Ref<NSString> capitalizedAscii(std::u16string_view units) {
-  return convertedAscii(units, [atStart = true](char16_t unit) mutable {
-    const char16_t converted = atStart ? detail::toAsciiUpper(unit) : detail::toAsciiLower(unit);
-    atStart = detail::isBlank(unit) || (atStart && isBeforeCapital(unit));
-    return converted;
+  return detail::fillString(units.size(), [units](char16_t* out) {
+    bool atStart = true;
+    for (const char16_t unit : units) {
+      *out++ = atStart ? detail::toAsciiUpper(unit) : detail::toAsciiLower(unit);
+      atStart = detail::isBlank(unit) || (atStart && isBeforeCapital(unit));
+    }
   });
 }
 

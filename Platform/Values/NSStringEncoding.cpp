@@ -98,15 +98,6 @@ char32_t readUnit(const Byte* at, Wide wide) noexcept {
   return unit;
 }
 
-bool hasLoneSurrogate(std::u16string_view units) noexcept {
-  for (std::size_t at = 0; at < units.size();) {
-    const detail::Character each = detail::characterAt(units, at);
-    if (each.width == 1 && (each.point & 0xFFFFF800u) == 0xD800) return true;
-    at += each.width;
-  }
-  return false;
-}
-
 Ref<NSString> decodedWide(const Byte* bytes, std::size_t count, Wide wide) {
   const auto size = static_cast<std::size_t>(wide.size);
   if (count % size != 0) return nullptr;
@@ -124,11 +115,12 @@ Ref<NSString> decodedWide(const Byte* bytes, std::size_t count, Wide wide) {
   char16_t* out = units.room(2 * (count / 4) + 1);
   for (; bytes != end; bytes += size) {
     const char32_t point = readUnit(bytes, wide);
-    if (point >= 0x110000 || (size == 4 && (point & 0xFFFFF800u) == 0xD800)) return nullptr;
+    const bool isLone = size == 4 && detail::isLoneSurrogate({point, 1});
+    if (point >= 0x110000 || isLone) return nullptr;
     out = detail::encodeUtf16(point, out);
   }
   units.commit(out);
-  return hasLoneSurrogate(units.view()) ? nullptr : units.toString();
+  return detail::hasLoneSurrogate(units.view()) ? nullptr : units.toString();
 }
 
 Ref<NSString> decodedListed(const char* bytes, std::size_t count, std::uint32_t encoding) {
@@ -168,14 +160,14 @@ Ref<NSData> encodedNarrow(std::u16string_view text, char32_t limit, bool lossy) 
 }
 
 Ref<NSData> encodedUtf8(std::u16string_view text, bool lossy) {
-  if (!lossy && hasLoneSurrogate(text)) return nullptr;
+  if (!lossy && detail::hasLoneSurrogate(text)) return nullptr;
   return detail::fillData(detail::utf8Length(text), [text](std::byte* out) {
     detail::encodeUtf8(text, reinterpret_cast<char*>(out));
   });
 }
 
 Ref<NSData> encodedWide(std::u16string_view text, Wide wide, bool lossy) {
-  if (!lossy && hasLoneSurrogate(text)) return nullptr;
+  if (!lossy && detail::hasLoneSurrogate(text)) return nullptr;
   std::size_t count = wide.hasMark ? 1 : 0;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t width = detail::characterAt(text, at).width;
@@ -190,8 +182,7 @@ Ref<NSData> encodedWide(std::u16string_view text, Wide wide, bool lossy) {
     if (wide.hasMark) put(0xFEFF);
     for (std::size_t at = 0; at < text.size();) {
       const detail::Character each = detail::characterAt(text, at);
-      const bool isLone = (each.point & 0xFFFFF800u) == 0xD800;
-      if (isLone) {
+      if (detail::isLoneSurrogate(each)) {
         put(detail::replacementCharacter);
       } else if (wide.size == 4) {
         put(each.point);

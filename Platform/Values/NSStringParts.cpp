@@ -13,7 +13,6 @@
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/Characters.h"
-#include "Platform/Values/detail/Folding.h"
 #include "Platform/Values/detail/StringDescriptions.h"
 #include "Platform/Values/detail/StringSearch.h"
 #include "Platform/Values/detail/StringStorage.h"

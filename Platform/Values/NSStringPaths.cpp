@@ -47,11 +47,6 @@ std::u16string_view lastComponentOf(std::u16string_view path) {
   return path.substr(detail::lastComponentStart(path));
 }
 
-void appendComponent(std::u16string& path, std::u16string_view component) {
-  if (!path.empty() && path.back() != u'/') path += u'/';
-  path += component;
-}
-
 }  // namespace
 
 // Components --------------------------------------------------------------------------------------
@@ -69,7 +64,7 @@ Ref<NSString> NSString::pathWithComponents(NSArray* components) {
     std::u16string_view component = detail::withoutTrailingSlashes(each->view());
     if (!path.empty())
       component.remove_prefix(std::min(component.find_first_not_of(u'/'), component.size()));
-    if (!component.empty()) appendComponent(path, component);
+    if (!component.empty()) detail::appendComponent(path, component);
   }
   return stringWithCharacters(path);
 }
@@ -90,7 +85,7 @@ Ref<NSString> NSString::stringByAppendingPathComponent(NSString* component) cons
       detail::withoutTrailingSlashes(requireString(component, "stringByAppendingPathComponent:"));
   std::u16string path(detail::withoutTrailingSlashes(view()));
   if (!path.empty()) added.remove_prefix(std::min(added.find_first_not_of(u'/'), added.size()));
-  if (!added.empty()) appendComponent(path, added);
+  if (!added.empty()) detail::appendComponent(path, added);
   return stringWithCharacters(path);
 }
 
@@ -157,7 +152,7 @@ Ref<NSString> NSString::stringByStandardizingPath() const {
   }
   if (kept.empty()) return "."_ns;
   std::u16string path;
-  for (std::u16string_view each : kept) appendComponent(path, each);
+  for (std::u16string_view each : kept) detail::appendComponent(path, each);
   return stringWithCharacters(path);
 }
 

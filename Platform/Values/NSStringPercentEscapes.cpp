@@ -1,12 +1,15 @@
 // Strings: percent escapes.
 
+#include <string>
+
 #include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/NSException.h"
 #include "Platform/Values/NSCharacterSet.h"
 #include "Platform/Values/NSString.h"
-#include "Platform/Values/detail/PathText.h"
+#include "Platform/Values/detail/Characters.h"
 #include "Platform/Values/detail/PercentEscapes.h"
 #include "Platform/Values/detail/StringDescriptions.h"
+#include "Platform/Values/detail/StringSearch.h"
+#include "Platform/Values/detail/Utf.h"
 
 namespace qz {
 
@@ -20,10 +23,9 @@ void detail::describePercentEscapes(ClassDescription<NSString>& is) {
 namespace {
 
 Ref<NSString> addEscapes(std::u16string_view text, const detail::AsciiSet& allowed) {
-  const Ref<NSString> whole = NSString::stringWithCharacters(text);
-  const std::string bytes = whole->UTF8String();
-  // A lone surrogate has become another character, and the text would not come back.
-  if (NSString::stringWithUTF8String(bytes)->view() != text) return nullptr;
+  if (detail::hasLoneSurrogate(text)) return nullptr;
+  std::string bytes(detail::utf8Length(text), '\0');
+  detail::encodeUtf8(text, bytes.data());
   return NSString::stringWithCharacters(detail::addEscapes(bytes, allowed));
 }
 
@@ -31,13 +33,11 @@ Ref<NSString> addEscapes(std::u16string_view text, const detail::AsciiSet& allow
 
 Ref<NSString> NSString::stringByAddingPercentEncodingWithAllowedCharacters(
     NSCharacterSet* allowed) const {
-  if (allowed == nullptr)
-    detail::raise(NSInvalidArgumentException,
-                  "stringByAddingPercentEncodingWithAllowedCharacters: the set is nil");
+  const NSCharacterSet& members =
+      detail::requireSet(allowed, "stringByAddingPercentEncodingWithAllowedCharacters:");
   detail::AsciiSet set;
-  for (int each = 0; each < 128; ++each)
-    if (allowed->characterIsMember(static_cast<char16_t>(each)))
-      set.insert(static_cast<char>(each));
+  for (char16_t each = 0; each < 128; ++each)
+    if (members.characterIsMember(each)) set.insert(static_cast<char>(each));
   return addEscapes(view(), set);
 }
 

@@ -1,5 +1,6 @@
 // Strings: finding texts and characters in them.
 
+#include <algorithm>
 #include <optional>
 #include <string>
 

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
 
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
@@ -15,8 +14,8 @@ namespace qz {
 
 /// 16 bytes that nobody else has.
 ///
-///     Ref<NSString> name = NSUUID::UUID()->UUIDString();   //
-///     "E621E1F8-C36C-495A-93FC-0C247A3E6E5F"
+///     // "E621E1F8-C36C-495A-93FC-0C247A3E6E5F", say
+///     Ref<NSString> name = NSUUID::UUID()->UUIDString();
 ///
 /// Immutable; any thread.
 class NSUUID final : public Derives<NSUUID, NSObject> {

@@ -32,6 +32,20 @@ constexpr Character characterAt(std::u16string_view text, std::size_t at) noexce
   return {unit, 1};
 }
 
+/// Whether the character is a surrogate without its partner.
+constexpr bool isLoneSurrogate(Character each) noexcept {
+  return each.width == 1 && (isHighSurrogate(each.point) || isLowSurrogate(each.point));
+}
+
+constexpr bool hasLoneSurrogate(std::u16string_view text) noexcept {
+  for (std::size_t at = 0; at < text.size();) {
+    const Character each = characterAt(text, at);
+    if (isLoneSurrogate(each)) return true;
+    at += each.width;
+  }
+  return false;
+}
+
 /// The character that ends before `at`, which is above 0.
 constexpr Character characterBefore(std::u16string_view text, std::size_t at) noexcept {
   if (at > 1 && splitsPair(text, at - 1)) return joined(text[at - 2], text[at - 1]);

@@ -21,11 +21,6 @@ bool isUnusable(std::u16string_view path) noexcept {
   return path.empty() || path.find(u'\0') != path.npos;
 }
 
-void appendPosix(std::u16string& path, std::u16string_view component) {
-  if (!path.empty() && path.back() != u'/') path += u'/';
-  path += component;
-}
-
 }  // namespace
 
 std::optional<std::u16string> posixFromClassicPath(std::u16string_view path,
@@ -38,19 +33,19 @@ std::optional<std::u16string> posixFromClassicPath(std::u16string_view path,
     if (volume == u"." || volume == u"..") return std::nullopt;
     posix = u'/';
     if (volume != startupVolume) {
-      appendPosix(posix, volumes);
-      appendPosix(posix, exchanged(volume));
+      appendComponent(posix, volumes);
+      appendComponent(posix, exchanged(volume));
     }
     path.remove_prefix(volumeEnd);
   }
   // Colons and a name, again and again; the last name may be missing.
   while (!path.empty()) {
     const std::size_t colons = std::min(path.find_first_not_of(u':'), path.size());
-    for (std::size_t up = 1; up < colons; ++up) appendPosix(posix, u"..");
+    for (std::size_t up = 1; up < colons; ++up) appendComponent(posix, u"..");
     path.remove_prefix(colons);
     const std::u16string_view name = path.substr(0, path.find(u':'));
     if (name == u"." || name == u"..") return std::nullopt;
-    if (!name.empty()) appendPosix(posix, exchanged(name));
+    if (!name.empty()) appendComponent(posix, exchanged(name));
     path.remove_prefix(name.size());
   }
   return posix.empty() ? u"." : posix;

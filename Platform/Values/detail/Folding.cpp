@@ -5,6 +5,7 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "Platform/Values/detail/Characters.h"
 #include "Platform/Values/detail/UnitKinds.h"
@@ -235,21 +236,17 @@ std::size_t commonPrefix(std::u16string_view a, std::u16string_view b, std::uint
   }
   const Folding folding(options);
   UnitBuffer other;
-  folding.append(b, other);
-  const std::u16string_view wanted = other.view();
-  // Where a character of `b` ends among its remains.
-  UnitBuffer ends;
+  std::vector<bool> endsAt{true};  // for each length of `other`: whether a character of `b` ends
   Remains remains;
-  ends.append(wanted.size() + 1, u'\0');
-  ends.data()[0] = 1;
-  std::size_t sum = 0;
   for (std::size_t at = 0; at < b.size();) {
     const Character each = characterAt(b, at);
     folding.fold(each.point, remains);
-    sum += remains.view().size();
-    ends.data()[sum] = 1;
+    other.append(remains.view());
+    endsAt.resize(other.size() + 1);
+    endsAt.back() = true;
     at += each.width;
   }
+  const std::u16string_view wanted = other.view();
   std::size_t common = 0;
   std::size_t matched = 0;
   for (std::size_t at = 0; at < a.size();) {
@@ -258,7 +255,7 @@ std::size_t commonPrefix(std::u16string_view a, std::u16string_view b, std::uint
     if (!wanted.substr(matched).starts_with(remains.view())) break;
     matched += remains.view().size();
     at += each.width;
-    if (ends.data()[matched] == 1) common = at;
+    if (endsAt[matched]) common = at;
   }
   return common;
 }

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "Platform/Values/NSRange.h"
+#include "Platform/Values/NSStringCompareOptions.h"
 #include "Platform/Values/detail/UnitBuffer.h"
 
 namespace qz::detail {
@@ -35,10 +36,13 @@ class Remains {
 class Folding {
  public:
   /// Which of the compare options change what a character is compared as.
-  static constexpr std::uint32_t mask = 1 | 128 | 256;
+  static constexpr std::uint32_t mask =
+      NSCaseInsensitiveSearch | NSDiacriticInsensitiveSearch | NSWidthInsensitiveSearch;
 
   explicit Folding(std::uint32_t options) noexcept
-      : case_((options & 1) != 0), accents_((options & 128) != 0), width_((options & 256) != 0) {}
+      : case_((options & NSCaseInsensitiveSearch) != 0),
+        accents_((options & NSDiacriticInsensitiveSearch) != 0),
+        width_((options & NSWidthInsensitiveSearch) != 0) {}
 
   void fold(char32_t point, Remains& out) const noexcept;
 

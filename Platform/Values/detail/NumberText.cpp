@@ -11,15 +11,6 @@
 namespace qz::detail {
 namespace {
 
-int digitValue(char16_t unit, int base) noexcept {
-  int value = base;
-  if (isDigit(unit))
-    value = unit - u'0';
-  else if (toAsciiLower(unit) >= u'a' && toAsciiLower(unit) <= u'f')
-    value = toAsciiLower(unit) - u'a' + 10;
-  return value < base ? value : -1;
-}
-
 // Where a decimal number ends, and the power of ten of its first digit that is not zero.
 struct Extent {
   std::size_t length = 0;
@@ -81,8 +72,8 @@ ReadDigits readDigits(std::u16string_view text, int base) noexcept {
   const auto factor = static_cast<std::uint64_t>(base);
   ReadDigits read;
   for (; read.length < text.size(); ++read.length) {
-    const int digit = digitValue(text[read.length], base);
-    if (digit < 0) break;
+    const int digit = hexValue(text[read.length]);
+    if (digit < 0 || digit >= base) break;
     const auto more = static_cast<std::uint64_t>(digit);
     read.value = read.value > (most - more) / factor ? most : read.value * factor + more;
   }

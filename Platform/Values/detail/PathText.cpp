@@ -1,5 +1,8 @@
 #include "Platform/Values/detail/PathText.h"
 
+#include <algorithm>
+
+#include "Platform/Values/detail/Characters.h"
 #include "Platform/Values/detail/Utf.h"
 
 namespace qz::detail {
@@ -35,6 +38,11 @@ std::vector<std::u16string_view> componentsOfPath(std::u16string_view path) {
   return components;
 }
 
+void appendComponent(std::u16string& path, std::u16string_view component) {
+  if (!path.empty() && path.back() != u'/') path += u'/';
+  path += component;
+}
+
 std::size_t extensionStart(std::u16string_view component) noexcept {
   const std::size_t dot = component.rfind(u'.');
   if (dot == component.npos || dot + 1 == component.size()) return component.npos;
@@ -52,10 +60,9 @@ std::optional<std::string> bytesOfPath(std::u16string_view path) {
     // A run of text up to the next lone surrogate.
     std::size_t end = at;
     while (end < path.size()) {
-      const bool isPair =
-          isHighSurrogate(path[end]) && end + 1 < path.size() && isLowSurrogate(path[end + 1]);
-      if (!isPair && (isHighSurrogate(path[end]) || isLowSurrogate(path[end]))) break;
-      end += isPair ? 2 : 1;
+      const Character each = characterAt(path, end);
+      if (isLoneSurrogate(each)) break;
+      end += each.width;
     }
     if (end == at) return std::nullopt;
     const std::u16string_view run = path.substr(at, end - at);

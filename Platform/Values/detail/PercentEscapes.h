@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Values/detail/UnitKinds.h"
+
 namespace qz::detail {
 
 /// A set of ASCII characters.
@@ -44,14 +46,6 @@ inline constexpr AsciiSet unreservedSet(
 /// What may stand in a component of a URL's path, and in the path.
 inline constexpr AsciiSet segmentSet = unreservedSet.with("!$&'()*+,;=:@");
 inline constexpr AsciiSet urlPathSet = segmentSet.with("/");
-
-/// The value of a hexadecimal digit; -1 for anything else.
-constexpr int hexValue(std::uint32_t code) noexcept {
-  if (code >= '0' && code <= '9') return static_cast<int>(code - '0');
-  if (code >= 'A' && code <= 'F') return static_cast<int>(code - 'A' + 10);
-  if (code >= 'a' && code <= 'f') return static_cast<int>(code - 'a' + 10);
-  return -1;
-}
 
 /// The byte of the escape at `at`; -1 when none is there.
 constexpr int escapedByte(std::u16string_view text, std::size_t at) noexcept {

@@ -18,6 +18,14 @@ constexpr char16_t toAsciiLower(char16_t unit) noexcept {
   return static_cast<char16_t>(isAsciiUpper(unit) ? unit + (u'a' - u'A') : unit);
 }
 
+/// The value of a hexadecimal digit; -1 for anything else.
+constexpr int hexValue(char16_t unit) noexcept {
+  if (unit >= u'0' && unit <= u'9') return unit - u'0';
+  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
+  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
+  return -1;
+}
+
 /// Unicode's white space, line ends included.
 constexpr bool isBlank(char16_t unit) noexcept {
   if (unit < 0x80) return unit == u' ' || (unit >= 0x09 && unit <= 0x0D);
