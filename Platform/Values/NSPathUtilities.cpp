@@ -29,10 +29,15 @@ std::optional<User> findUser(Find find) {
   passwd entry{};
   passwd* found = nullptr;
   std::vector<char> room(1024);
-  int error = 0;
-  while ((error = find(&entry, room.data(), room.size(), &found)) == ERANGE)
-    room.resize(room.size() * 2);
-  if (error != 0 || found == nullptr) return std::nullopt;
+  for (;;) {
+    const int error = find(&entry, room.data(), room.size(), &found);
+    if (error == 0) break;
+    if (error == ERANGE)
+      room.resize(room.size() * 2);
+    else if (error != EINTR)
+      return std::nullopt;
+  }
+  if (found == nullptr) return std::nullopt;
   // The field for people may go on, behind a comma, with an office and telephone numbers.
   const std::string about = entry.pw_gecos != nullptr ? entry.pw_gecos : "";
   return User{entry.pw_name, about.substr(0, about.find(',')), entry.pw_dir};

@@ -13,25 +13,12 @@
 
 namespace qz::detail {
 
-/// The changes that a thread has under way, and the frames it keeps for the next ones.
+/// The changes that a thread has under way, and the frames it keeps for the next ones. It needs no
+/// destructor, so that changes may be announced to the very end of the thread.
 struct ChangeStack {
   ChangeFrame* top = nullptr;
   ChangeFrame* spare = nullptr;
-
-  ~ChangeStack() {
-    for (ChangeFrame** list : {&top, &spare})
-      while (ChangeFrame* frame = *list) {
-        *list = frame->below;
-        delete frame;
-      }
-  }
-
-  ChangeFrame* take() {
-    ChangeFrame* frame = spare;
-    if (frame == nullptr) return new ChangeFrame{.stack = this};
-    spare = std::exchange(frame->below, nullptr);
-    return frame;
-  }
+  bool isEnding = false;  ///< Nobody will free what is kept.
 
   void push(ChangeFrame* frame) { frame->below = std::exchange(top, frame); }
 
@@ -46,13 +33,16 @@ struct ChangeStack {
     frame->object = nullptr;
     frame->key = nullptr;
     frame->indexes = nullptr;
-    frame->below = std::exchange(spare, frame);
+    if (isEnding)
+      delete frame;
+    else
+      frame->below = std::exchange(spare, frame);
   }
 };
 
 namespace {
 
-thread_local ChangeStack changes;
+constinit thread_local ChangeStack changes;
 
 /// Notes that a change is under way in this thread; false when one is already.
 bool mark(std::atomic<const void*>& place, const ChangeStack* stack) noexcept {
@@ -66,6 +56,31 @@ void unmark(ChangeFrame& frame) noexcept {
     each.observation->level(each.level).changingIn.store(nullptr, std::memory_order_relaxed);
     if (each.isTold) each.observation->changingIn().store(nullptr, std::memory_order_relaxed);
   }
+}
+
+/// Frees the frames of a thread when it ends.
+struct ChangeSweeper {
+  ~ChangeSweeper() {
+    changes.isEnding = true;
+    for (ChangeFrame** list : {&changes.top, &changes.spare})
+      while (ChangeFrame* frame = *list) {
+        *list = frame->below;
+        unmark(*frame);  // another thread may come to have its stack of changes here
+        delete frame;
+      }
+  }
+};
+
+ChangeFrame* takeFrame(ChangeStack& stack) {
+  if (ChangeFrame* frame = stack.spare) {
+    stack.spare = std::exchange(frame->below, nullptr);
+    return frame;
+  }
+  if (!stack.isEnding) {
+    thread_local ChangeSweeper sweeper;
+    static_cast<void>(sweeper);
+  }
+  return new ChangeFrame{.stack = &stack};
 }
 
 /// Notes those who listen to `key` of `object`, unless a change around this one has them already.
@@ -245,7 +260,7 @@ void closeByHand(const ChangeFrame& frame) {
 ChangeFrame* beginChange(NSObject* object, NSString* key, NSKeyValueChange kind,
                          NSIndexSet* indexes, bool isByHand) {
   ChangeStack& stack = changes;
-  ChangeFrame* frame = stack.take();
+  ChangeFrame* frame = takeFrame(stack);
   frame->object = object;
   frame->key = key;
   frame->kind = kind;

@@ -62,7 +62,6 @@ class Observation final : public NSObject {
   NSString* dependentKey() const noexcept { return dependentKey_; }
   const KeyValueObserver& function() const noexcept { return function_; }
   Ref<NSObject> observer() const { return observer_.load(); }
-  bool hasObserver() const noexcept { return observerAddress_ != nullptr; }
   void* context() const noexcept { return context_; }
 
   const NSKeyValueObservingOptions options;

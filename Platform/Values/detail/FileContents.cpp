@@ -12,6 +12,8 @@
 #include <string_view>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace qz::detail {
 namespace {
 
@@ -113,7 +115,9 @@ class Replacement {
 
   int fill(std::span<const std::byte> bytes) {
     if (const int error = writeAll(file_, bytes)) return error;
-    if (::fsync(file_) != 0 && errno != EINVAL) return errno;
+    // EINVAL is a file system that does not do it.
+    while (::fsync(file_) != 0 && errno != EINVAL)
+      if (errno != EINTR) return errno;
     Descriptor closing(std::exchange(file_, -1));
     return closing.close();
   }
@@ -202,3 +206,5 @@ int replaceFile(const std::string& path, std::span<const std::byte> bytes, bool 
 }
 
 }  // namespace qz::detail
+
+#pragma GCC visibility pop

@@ -22,7 +22,8 @@ std::size_t lastComponentStart(std::u16string_view path) noexcept;
 std::vector<std::u16string_view> componentsOfPath(std::u16string_view path);
 
 /// Adds a component, behind a slash unless the path is empty or ends with one.
-void appendComponent(std::u16string& path, std::u16string_view component);
+[[gnu::visibility("hidden")]] void appendComponent(std::u16string& path,
+                                                   std::u16string_view component);
 
 /// Where the "." of the extension is in a component; `npos` when there is none.
 std::size_t extensionStart(std::u16string_view component) noexcept;

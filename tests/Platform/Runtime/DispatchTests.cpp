@@ -16,6 +16,7 @@ class Stand : public Derives<Stand, NSObject> {
   }
   void forwardInvocation(NSInvocation* invocation) override {
     ++forwarded;
+    if (invocation->selector() == "title"_sel) return invocation->setReturnValue("stand"_ns);
     invocation->invokeWithTarget(behind_);
   }
   int forwarded = 0;
@@ -183,7 +184,8 @@ TEST(Dispatch, ForwardsWhatAnotherObjectAnswers) {
   EXPECT_EQ(send<int>(stand, "sum:b:c:d:e:"_sel, 1, 2, 3, 4, 5.0), 56);
   EXPECT_EQ(to_string(send<Ref<NSString>>(stand, "greet:"_sel, "Hi"_ns)), "Hi, Bob");
   EXPECT_EQ(send<std::string>(stand, "join:with:"_sel, std::string("a"), std::string("b")), "ab");
-  EXPECT_EQ(stand->forwarded, 3);
+  EXPECT_EQ(to_string(send<Ref<NSString>>(stand, "title"_sel)), "stand");
+  EXPECT_EQ(stand->forwarded, 4);
   EXPECT_TRUE(refuses([&] { send<void>(stand, "gone"_sel); }, {"Stand", "gone"}));
   EXPECT_TRUE(refuses([&] { send<int>(stand, "compareByAge:"_sel, "text"_ns); }, {"Person"}));
 }
