@@ -84,12 +84,8 @@ class NSKeyedUnarchiver final : public Derives<NSKeyedUnarchiver, NSCoder> {
 
  private:
   class Contents;
-
- public:
-  /// Private: for the functions above.
   explicit NSKeyedUnarchiver(std::unique_ptr<Contents> contents);
 
- private:
   const std::unique_ptr<Contents> contents_;
 };
 

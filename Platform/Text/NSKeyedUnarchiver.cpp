@@ -77,12 +77,10 @@ class NSKeyedUnarchiver::Contents {
       return object(unarchiver, reference);
     } catch (const Corrupt& corrupt) {
       error_ = errorOf(corrupt.reason);
+    } catch (const Raised& raised) {  // by what is decoded, hashed, compared or copied
+      error_ = errorOf(raised.what());
     }
     return nullptr;
-  }
-
-  void fail(const std::string& reason) {
-    if (!error_) error_ = errorOf(reason);
   }
 
   Ref<NSError> error() const { return error_; }
@@ -154,7 +152,7 @@ class NSKeyedUnarchiver::Contents {
       const auto keys = comparable(unarchiver, values, keysKey);
       const auto objects = elements(unarchiver, values, elementsKey);
       if (keys->count() != objects->count())
-        throw Corrupt{"a dictionary has more keys or objects of the other"};
+        throw Corrupt{"a dictionary has not as many keys as objects"};
       if (name == "NSDictionary") return NSDictionary::dictionaryWithObjects_forKeys(objects, keys);
       return NSMutableDictionary::dictionaryWithObjects_forKeys(objects, keys);
     }
@@ -193,12 +191,8 @@ class NSKeyedUnarchiver::Contents {
     if (aClass->classMethod("initWithCoder:"_sel) == nullptr)
       throw Corrupt{"the class " + name + " has no initWithCoder:"};
     const Ref<NSDictionary> outer = std::exchange(current_, Ref<NSDictionary>(values));
-    Ref<NSObject> object;
-    try {
-      object = send<Ref<NSObject>>(aClass, "initWithCoder:"_sel, static_cast<NSCoder*>(unarchiver));
-    } catch (const Raised& raised) {
-      throw Corrupt{raised.what()};
-    }
+    auto object =
+        send<Ref<NSObject>>(aClass, "initWithCoder:"_sel, static_cast<NSCoder*>(unarchiver));
     current_ = outer;
     if (error_) throw Corrupt{error_->localizedDescription()->UTF8String()};
     return object;
@@ -245,7 +239,8 @@ Ref<NSObject> NSKeyedUnarchiver::unarchivedObjectOfClasses_fromData_error(NSArra
 Ref<NSKeyedUnarchiver> NSKeyedUnarchiver::initForReadingFromData_classes_error(
     NSData* data, NSArray* classes, Ref<NSError>* error) {
   try {
-    return make<NSKeyedUnarchiver>(std::make_unique<Contents>(data, classes));
+    auto contents = std::make_unique<Contents>(data, classes);
+    return Ref<NSKeyedUnarchiver>(new NSKeyedUnarchiver(std::move(contents)), adopt);
   } catch (const Corrupt& corrupt) {
     if (error != nullptr) *error = errorOf(corrupt.reason);
     return nullptr;

@@ -163,13 +163,15 @@ TEST(KeyedArchive, DamagedArchivesAreErrors) {
   }
 
   const auto uid = [](std::uint64_t n) { return NSPropertyListUID::UIDWithUnsignedLongLong(n); };
-  const auto archive = [&](NSObject* object, NSObject* name) {
-    auto list =
-        NSDictionary::of({{"$version"_ns, NSNumber::of(1)},
-                          {"$top"_ns, NSDictionary::of({{"root"_ns, uid(1)}})},
-                          {"$objects"_ns, NSArray::arrayWithObjects({"$null"_ns, object, name})}});
+  const auto archiveOf = [&](std::initializer_list<NSObject*> objects) {
+    auto list = NSDictionary::of({{"$version"_ns, NSNumber::of(1)},
+                                  {"$top"_ns, NSDictionary::of({{"root"_ns, uid(1)}})},
+                                  {"$objects"_ns, NSArray::arrayWithObjects(objects)}});
     return NSPropertyListSerialization::dataFromPropertyList_format_errorDescription(
         list, NSPropertyListBinaryFormat, nullptr);
+  };
+  const auto archive = [&](NSObject* object, NSObject* name) {
+    return archiveOf({"$null"_ns, object, name});
   };
   const auto ofClass = [&](std::uint64_t number, NSString* key, NSObject* value) {
     return NSDictionary::of({{"$class"_ns, uid(number)}, {key, value}});
@@ -196,6 +198,14 @@ TEST(KeyedArchive, DamagedArchivesAreErrors) {
     EXPECT_EQ(unarchived(archive(object, name), &problem), nullptr);
     EXPECT_EQ(problem, expected);
   }
+  const auto node = NSArray::arrayWithObject(uid(3));
+  const auto keyed =
+      NSDictionary::of({{"$class"_ns, uid(2)}, {"NS.keys"_ns, node}, {"NS.objects"_ns, node}});
+  EXPECT_EQ(unarchived(archiveOf({"$null"_ns, keyed, "NSDictionary"_ns,
+                                  ofClass(4, "count"_ns, uid(0)), "ArchivedNode"_ns}),
+                       &problem),
+            nullptr);
+  EXPECT_NE(problem.find("copy"), std::string::npos) << problem << ": a key that has no copy";
   EXPECT_EQ(unarchived(nullptr, &problem), nullptr);
   EXPECT_EQ(problem, "there is no data");
   EXPECT_EQ(unarchived(NSData::dataWithBytes("{ a = b; }"), &problem), nullptr);
