@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Platform/Text/detail/CivilTime.h"
 #include "Platform/Values/detail/UnitKinds.h"
 
 namespace qz::detail {
@@ -186,17 +185,23 @@ bool PercentReader::zoneOffset() {
   return true;
 }
 
-// Fields that were not given come from the default date.
 std::optional<double> PercentReader::time() const {
-  CivilTime civil = civilOfLocal(splitTime(defaultLocalTime(reading_, zone_)));
-  if (year_) {
-    civil.year = *year_;
-  } else if (shortYear_) {
-    CivilTime start =
-        civilOfLocal(splitTime(reading_.twoDigitStart + zone_.offsetAt(reading_.twoDigitStart)));
-    civil.year = start.year - (start.year - floorDivide(start.year, 100) * 100) + *shortYear_;
-    if (civil.year < start.year) civil.year += 100;
-  }
+  const CivilTime defaults = civilOfLocal(splitTime(defaultLocalTime(reading_, zone_)));
+  if (year_) return timeIn(*year_, defaults);
+  if (!shortYear_) return timeIn(defaults.year, defaults);
+  // The first such year in which the date is not before the century's start.
+  const double start = reading_.twoDigitStart;
+  const CivilTime first = civilOfLocal(splitTime(start + zone_.offsetAt(start)));
+  std::int64_t year = floorDivide(first.year, 100) * 100 + *shortYear_;
+  if (year < first.year) year += 100;
+  const auto time = timeIn(year, defaults);
+  return year == first.year && time < start ? timeIn(year + 100, defaults) : time;
+}
+
+// Fields that were not given come from the default date.
+std::optional<double> PercentReader::timeIn(std::int64_t year, const CivilTime& defaults) const {
+  CivilTime civil = defaults;
+  civil.year = year;
   if (yearDay_ && !month_ && !day_) {
     civil.month = 1;
     civil.day = *yearDay_;

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Platform/Text/NSTimeZone.h"
+#include "Platform/Text/detail/CivilTime.h"
 #include "Platform/Text/detail/DateEngine.h"
 #include "Platform/Text/detail/DateNames.h"
 #include "Platform/Text/detail/PercentPattern.h"
@@ -32,6 +33,7 @@ class PercentReader {
   bool zoneOffset();
   bool keep(DateField field, std::int64_t value);
   std::optional<double> time() const;
+  std::optional<double> timeIn(std::int64_t year, const CivilTime& defaults) const;
 
   void skipBlanks() noexcept;
   std::optional<std::int64_t> digits(std::size_t atMost) noexcept;

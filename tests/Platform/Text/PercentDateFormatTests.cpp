@@ -121,6 +121,20 @@ TEST(PercentDateFormat, Reading) {
     }
 }
 
+TEST(PercentDateFormat, TwoDigitYearsAreOfTheCenturyFromItsStart) {
+  const auto reader = formatter("%y-%m-%d"_ns, "en_US", "America/New_York"_ns);
+  const auto years = formatter("%Y"_ns, "en_US", "America/New_York"_ns);
+  const auto yearOf = [&](NSString* string) {
+    return to_string(years->stringFromDate(reader->dateFromString(string)));
+  };
+  EXPECT_EQ(yearOf("50-01-01"_ns), "1950");
+  EXPECT_EQ(yearOf("49-12-30"_ns), "2049");  // 1950 begins on the 31st of December there
+  EXPECT_EQ(yearOf("49-01-01"_ns), "2049");
+  reader->setTwoDigitStartDate(dateAt(1718409600));  // 2024-06-15
+  EXPECT_EQ(yearOf("24-06-16"_ns), "2024");
+  EXPECT_EQ(yearOf("24-06-14"_ns), "2124");
+}
+
 TEST(PercentDateFormat, OneFormatterServesManyThreads) {
   const auto shared = formatter("%a %y-%m-%d %H:%M:%S.%F "_ns, "de_DE", "Europe/Berlin"_ns);
   test::expectServesManyThreads(shared, [](int i) { return dateAt(moment + i); });
