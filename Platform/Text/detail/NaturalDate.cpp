@@ -138,8 +138,7 @@ class Reader {
   }
 
  private:
-  // "in 3 days"
-  // ------------------------------------------------------------------------------------
+  // "in 3 days" -----------------------------------------------------------------------------------
 
   std::optional<double> counted(std::u16string_view words) const {
     const auto digit = std::find_if(words.begin(), words.end(), &isDigit);
@@ -191,8 +190,7 @@ class Reader {
     civil.day = std::min(civil.day, daysInMonth(civil.year, civil.month));
   }
 
-  // "tomorrow at noon"
-  // -----------------------------------------------------------------------------
+  // "tomorrow at noon" ----------------------------------------------------------------------------
 
   const Phrase* phrase(std::u16string_view words) const {
     for (const Language& language : languages_)
@@ -239,9 +237,6 @@ class Reader {
       case UDAT_ABSOLUTE_YEAR:
         addMonths(civil, 12 * phrase.distance);
         break;
-      case UDAT_ABSOLUTE_QUARTER:
-        addMonths(civil, 3 * phrase.distance);
-        break;
       default:
         toWeekday(civil, phrase.unit - UDAT_ABSOLUTE_SUNDAY, phrase.distance);
         break;
@@ -267,12 +262,9 @@ class Reader {
     if (takeWord(rest, u"midnight")) return taken(text, rest, 0);
     std::int32_t parts[3] = {0, 0, 0};
     int count = 0;
-    while (count < 3 && takeNumber(rest, parts[count])) {
-      ++count;
-      if (!rest.starts_with(u':')) break;
-      rest.remove_prefix(1);
-    }
-    if (count == 0) return std::nullopt;
+    do {
+      if (!takeNumber(rest, parts[count])) return std::nullopt;
+    } while (++count < 3 && takeWord(rest, u":"));
     const int half = takeHalf(rest);
     if (count == 1 && half < 0) return std::nullopt;  // a number alone is no time
     std::int32_t hour = parts[0];
@@ -317,8 +309,7 @@ class Reader {
     return -1;
   }
 
-  // "24. Dezember 2024", "2024-12-24 17:30"
-  // --------------------------------------------------------
+  // "24. Dezember 2024", "2024-12-24 17:30" -------------------------------------------------------
 
   std::optional<double> styled(std::u16string_view text) const {
     DateReading reading;

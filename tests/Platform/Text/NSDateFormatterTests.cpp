@@ -181,6 +181,8 @@ TEST(NSDateFormatter, Words) {
       {"en_US", "tomorrow at"_ns, none},
       {"en_US", "25:00 tomorrow"_ns, none},
       {"en_US", "13pm"_ns, none},
+      {"en_US", "17:30:00 tomorrow"_ns, midnight + day + 17.5 * hour},
+      {"en_US", "17:30: tomorrow"_ns, none},
       {"en_US", "in 99999999999999999999 days"_ns, none},
       {"en_US", "now at 5pm"_ns, none},
   };
