@@ -124,10 +124,6 @@ void NSNumberFormatter::dropEngine() noexcept {
 
 namespace {
 
-Ref<NSString> textOf(const NumberSettings::Text& text) {
-  return text ? NSString::stringWithCharacters(*text) : nullptr;
-}
-
 Ref<NSString> messageOf(NumberFault fault, NSString* text, const NumberSettings& settings) {
   switch (fault) {
     case NumberFault::Fraction:
@@ -146,7 +142,7 @@ Ref<NSString> messageOf(NumberFault fault, NSString* text, const NumberSettings&
 }  // namespace
 
 Ref<NSString> NSNumberFormatter::stringFromNumber(NSNumber* number) const {
-  return number == nullptr ? textOf(settings_->nilSymbol) : engine().format(*number);
+  return number == nullptr ? detail::textOf(settings_->nilSymbol) : engine().format(*number);
 }
 
 Ref<NSNumber> NSNumberFormatter::numberFromString(NSString* string) const {

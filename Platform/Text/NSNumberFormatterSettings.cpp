@@ -23,10 +23,6 @@ void NSNumberFormatter::change(T NumberSettings::*field, V value) {
 
 namespace {
 
-Ref<NSString> textOf(const NumberSettings::Text& text) {
-  return text ? NSString::stringWithCharacters(*text) : nullptr;
-}
-
 NumberSettings::Text optionalText(NSString* text) {
   return text == nullptr ? NumberSettings::Text() : std::u16string(text->view());
 }
@@ -117,7 +113,7 @@ void NSNumberFormatter::setFormat(NSString* format) {
 }
 
 Ref<NSString> NSNumberFormatter::positiveFormat() const {
-  if (settings_->positiveFormat) return textOf(settings_->positiveFormat);
+  if (settings_->positiveFormat) return detail::textOf(settings_->positiveFormat);
   const Ref<NSString> all = format();
   const auto sections = detail::splitPattern(all->view());
   return sections ? NSString::stringWithCharacters(sections->positive) : all;
@@ -130,7 +126,7 @@ void NSNumberFormatter::setPositiveFormat(NSString* format) {
 
 Ref<NSString> NSNumberFormatter::negativeFormat() const {
   if (settings_->negativeFormat && !settings_->negativeFormat->empty())
-    return textOf(settings_->negativeFormat);
+    return detail::textOf(settings_->negativeFormat);
   return "-"_ns->stringByAppendingString(positiveFormat());
 }
 
@@ -310,7 +306,7 @@ void NSNumberFormatter::setCurrencySymbol(NSString* symbol) {
 }
 
 Ref<NSString> NSNumberFormatter::currencyCode() const {
-  if (settings_->currencyCode) return textOf(settings_->currencyCode);
+  if (settings_->currencyCode) return detail::textOf(settings_->currencyCode);
   return locale()->currencyCode();
 }
 void NSNumberFormatter::setCurrencyCode(NSString* code) {
@@ -366,12 +362,14 @@ void NSNumberFormatter::setNegativeInfinitySymbol(NSString* symbol) {
   change(&NumberSettings::negativeInfinity, optionalText(symbol));
 }
 
-Ref<NSString> NSNumberFormatter::zeroSymbol() const { return textOf(settings_->zeroSymbol); }
+Ref<NSString> NSNumberFormatter::zeroSymbol() const {
+  return detail::textOf(settings_->zeroSymbol);
+}
 void NSNumberFormatter::setZeroSymbol(NSString* symbol) {
   change(&NumberSettings::zeroSymbol, optionalText(symbol));
 }
 
-Ref<NSString> NSNumberFormatter::nilSymbol() const { return textOf(settings_->nilSymbol); }
+Ref<NSString> NSNumberFormatter::nilSymbol() const { return detail::textOf(settings_->nilSymbol); }
 void NSNumberFormatter::setNilSymbol(NSString* symbol) {
   change(&NumberSettings::nilSymbol, optionalText(symbol));
 }

@@ -223,8 +223,8 @@ Ref<NSTimeZone> NSTimeZone::localTimeZone() { return defaultTimeZone(); }
 
 Ref<NSTimeZone> NSTimeZone::UTC() {
   static NSTimeZone* const zone =
-      (new NSTimeZone("UTC"_ns, std::make_unique<ZoneRules>(std::make_unique<icu::SimpleTimeZone>(
-                                    0, icu::UnicodeString(u"UTC")))));
+      new NSTimeZone("UTC"_ns, std::make_unique<ZoneRules>(std::make_unique<icu::SimpleTimeZone>(
+                                   0, icu::UnicodeString(u"UTC"))));
   return zone;
 }
 

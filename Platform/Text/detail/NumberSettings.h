@@ -36,6 +36,11 @@ struct NumberSettings {
   Ref<NSNumber> minimum, maximum;
 };
 
+/// What was set, as a String; nil for what was not.
+inline Ref<NSString> textOf(const NumberSettings::Text& text) {
+  return text ? NSString::stringWithCharacters(*text) : nullptr;
+}
+
 /// The parts of "positive;zero;negative", with quotes heeded. A part that is missing is none.
 struct PatternSections {
   std::u16string positive;

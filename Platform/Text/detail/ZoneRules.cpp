@@ -7,6 +7,8 @@
 #include <cmath>
 #include <limits>
 
+#include "Platform/Text/detail/CivilTime.h"
+
 namespace qz::detail {
 namespace {
 
@@ -14,12 +16,10 @@ namespace {
 constexpr double firstTime = -2208988800;
 constexpr double lastTime = 4102444800;
 
-// Beyond this ICU has no years.
-constexpr double farthest = 1.8e14;
-
+// Beyond the farthest time ICU has no years.
 double inMilliseconds(double seconds) noexcept {
-  if (!(seconds > -farthest)) return -farthest * 1000;
-  return std::min(seconds, farthest) * 1000;
+  if (!(seconds > -farthestCivilTime)) return -farthestCivilTime * 1000;
+  return std::min(seconds, farthestCivilTime) * 1000;
 }
 
 // When the offset next changes; `offset` is the one before. Some changes are of the name alone.
