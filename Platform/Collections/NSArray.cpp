@@ -163,7 +163,12 @@ void NSArray::getObjects(NSObject** buffer) const {
   }
 }
 
-std::vector<Ref<NSObject>> NSArray::toVector() const { return {begin(), end()}; }
+std::vector<Ref<NSObject>> NSArray::toVector() const {
+  std::vector<Ref<NSObject>> all;
+  all.reserve(count());
+  for (NSObject* each : *this) all.emplace_back(each);
+  return all;
+}
 
 bool NSArray::containsObject(NSObject* object) const { return indexOfObject(object) != NSNotFound; }
 

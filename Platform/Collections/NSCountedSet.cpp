@@ -65,9 +65,7 @@ Ref<NSCountedSet> NSCountedSet::initWithSet_copyItems(NSSet* other, bool copiesI
 }
 
 Ref<NSCountedSet> NSCountedSet::setWithCapacity(std::uint32_t capacity) {
-  Table table;
-  table.reserve(capacity);
-  return with(std::move(table));
+  return with(Table::withRoomFor(capacity));
 }
 
 Ref<NSCountedSet> NSCountedSet::initWithCapacity(std::uint32_t capacity) {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <initializer_list>
+#include <ranges>
+#include <type_traits>
 #include <utility>
 
 #include "Platform/Collections/NSMutableSet.h"
@@ -39,6 +41,14 @@ class NSCountedSet final : public Derives<NSCountedSet, NSMutableSet> {
   static Ref<NSCountedSet> setWithSet(NSSet* other);
   static Ref<NSCountedSet> initWithSet(NSSet* other);
   static Ref<NSCountedSet> initWithSet_copyItems(NSSet* other, bool copiesItems);
+  template <std::ranges::input_range R>
+  requires std::is_convertible_v<std::ranges::range_reference_t<R>,
+                                 NSObject*> static Ref<NSCountedSet>
+  fromRange(R&& objects) {
+    auto made = set();
+    for (auto&& object : objects) made->addObject(object);
+    return made;
+  }
   static Ref<NSCountedSet> setWithCapacity(std::uint32_t capacity);
   static Ref<NSCountedSet> initWithCapacity(std::uint32_t capacity);
 

@@ -3,14 +3,12 @@
 #pragma once
 
 #include <array>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <iterator>
 #include <ranges>
-#include <type_traits>
 
 #include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Collections/detail/HashTable.h"
@@ -101,16 +99,10 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   static Ref<NSDictionary> of(std::initializer_list<Entry> entries);
 
   /// Of any range of pairs of Objects or Refs, the key first, such as a
-  /// `std::map<Ref<NSString>, Ref<NSNumber>>`.
+  /// `std::map<Ref<NSString>, Ref<NSNumber>>` or another Dictionary.
   template <std::ranges::input_range R>
-  requires requires(std::ranges::range_reference_t<R> pair) {
-    { pair.first } -> std::convertible_to<NSObject*>;
-    { pair.second } -> std::convertible_to<NSObject*>;
-  }
   static Ref<NSDictionary> fromRange(R&& pairs) {
-    Table table;
-    for (auto&& [key, object] : pairs) put(table, object, key);
-    return with(std::move(table));
+    return with(tableOfRange(pairs));
   }
 
   /// The Dictionary in a property-list file, in any format; nil when it cannot be read or holds
@@ -121,14 +113,6 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   /// Writes an XML property list, if `atomically` all or nothing. False when that fails or a key or
   /// value has no place in one.
   bool writeToFile_atomically(NSString* path, bool atomically) const;
-
-  /// Of any range of pairs (key, Object), such as a `std::map` of Refs or another Dictionary.
-  template <std::ranges::input_range R>
-  static Ref<NSDictionary> fromRange(R&& pairs) {
-    Table table;
-    for (const auto& [key, object] : pairs) put(table, object, key);
-    return with(std::move(table));
-  }
 
   /// How many entries. Constant time.
   virtual std::uint32_t count() const;
@@ -179,9 +163,9 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
   /// none.
   Ref<NSDate> fileModificationDate() const;
 
-  /// The same keys with equal Objects. False for nil. Those that contain
-  /// themselves are compared as the endless structures they describe; nesting deeper than 1000
-  /// levels raises NSInternalInconsistencyException.
+  /// The same keys with equal Objects. False for nil. Those that contain themselves are compared as
+  /// the endless structures they describe; nesting deeper than 1000 levels raises
+  /// NSInternalInconsistencyException.
   bool isEqualToDictionary(NSDictionary* other) const;
   bool isEqual(NSObject* other) const override;
 
@@ -228,6 +212,12 @@ class NSDictionary : public Derives<NSDictionary, NSObject> {
       const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform);
   static Table tableOf(std::initializer_list<Entry> entries);
   static Table tableOfAlternating(NSObject* const* objectsAndKeys, std::size_t count);
+  template <class R>
+  static Table tableOfRange(R& pairs) {
+    Table table;
+    for (auto&& [key, object] : pairs) put(table, object, key);
+    return table;
+  }
 
   /// The entries; unused by a class that keeps them elsewhere.
   Table table_;

@@ -10,6 +10,7 @@
 #include "Platform/Collections/NSPredicate.h"
 #include "Platform/Collections/detail/ArrayBuilder.h"
 #include "Platform/Collections/detail/ArraySort.h"
+#include "Platform/Collections/detail/HashSupport.h"
 #include "Platform/Collections/detail/Membership.h"
 #include "Platform/Collections/detail/ReleaseElements.h"
 #include "Platform/Runtime/Describe.h"
@@ -19,9 +20,6 @@ namespace qz {
 namespace {
 
 constexpr std::uint32_t smallestCapacity = 4;
-
-// A hint of room for more elements than these is not believed until the elements come.
-constexpr std::uint32_t largestHint = 1U << 24;
 
 void requireObject(const char* operation, NSObject* object) {
   detail::requireArgument(operation, "the object", object);
@@ -40,7 +38,7 @@ Ref<NSMutableArray> NSMutableArray::array() { return make<NSMutableArray>(); }
 
 Ref<NSMutableArray> NSMutableArray::arrayWithCapacity(std::uint32_t capacity) {
   auto array = make<NSMutableArray>();
-  array->reserve(std::min(capacity, largestHint));
+  array->reserve(std::min(capacity, detail::largestHint));
   return array;
 }
 

@@ -65,9 +65,7 @@ Ref<NSMutableDictionary> NSMutableDictionary::of(std::initializer_list<Entry> en
 }
 
 Ref<NSMutableDictionary> NSMutableDictionary::dictionaryWithCapacity(std::uint32_t capacity) {
-  Table table;
-  table.reserve(capacity);
-  return with(std::move(table));
+  return with(Table::withRoomFor(capacity));
 }
 
 Ref<NSMutableDictionary> NSMutableDictionary::initWithCapacity(std::uint32_t capacity) {

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <initializer_list>
+#include <ranges>
 #include <utility>
 
 #include "Platform/Collections/NSDictionary.h"
@@ -51,6 +53,14 @@ class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
   static Ref<NSMutableDictionary> dictionaryWithObjectsAndKeys(const Objects&... objectsAndKeys) {
     return alternating(std::array<NSObject*, sizeof...(Objects)>{objectsAndKeys...});
   }
+  template <class... Objects>
+  static Ref<NSMutableDictionary> initWithObjectsAndKeys(const Objects&... objectsAndKeys) {
+    return dictionaryWithObjectsAndKeys(objectsAndKeys...);
+  }
+  template <std::ranges::input_range R>
+  static Ref<NSMutableDictionary> fromRange(R&& pairs) {
+    return with(tableOfRange(pairs));
+  }
 
   /// The keys of `other`, each with what `transform(key, object)` answers; see NSDictionary's
   /// `dictionaryByMappingObjects`.
@@ -58,7 +68,7 @@ class NSMutableDictionary : public Derives<NSMutableDictionary, NSDictionary> {
       NSDictionary* other,
       const std::function<Ref<NSObject>(NSObject* key, NSObject* object)>& transform);
 
-  /// An empty Dictionary with room for `capacity` entries.
+  /// An empty Dictionary with room for `capacity` entries; a hint.
   static Ref<NSMutableDictionary> dictionaryWithCapacity(std::uint32_t capacity);
   static Ref<NSMutableDictionary> initWithCapacity(std::uint32_t capacity);
 

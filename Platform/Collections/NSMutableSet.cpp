@@ -43,9 +43,7 @@ Ref<NSMutableSet> NSMutableSet::initWithSet_copyItems(NSSet* other, bool copiesI
 }
 
 Ref<NSMutableSet> NSMutableSet::setWithCapacity(std::uint32_t capacity) {
-  Table table;
-  table.reserve(capacity);
-  return with(std::move(table));
+  return with(Table::withRoomFor(capacity));
 }
 
 Ref<NSMutableSet> NSMutableSet::initWithCapacity(std::uint32_t capacity) {

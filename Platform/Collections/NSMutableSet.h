@@ -3,6 +3,8 @@
 #pragma once
 
 #include <initializer_list>
+#include <ranges>
+#include <type_traits>
 #include <utility>
 
 #include "Platform/Collections/NSSet.h"
@@ -37,8 +39,14 @@ class NSMutableSet : public Derives<NSMutableSet, NSSet> {
   static Ref<NSMutableSet> setWithSet(NSSet* other);
   static Ref<NSMutableSet> initWithSet(NSSet* other);
   static Ref<NSMutableSet> initWithSet_copyItems(NSSet* other, bool copiesItems);
+  template <std::ranges::input_range R>
+  requires std::is_convertible_v<std::ranges::range_reference_t<R>,
+                                 NSObject*> static Ref<NSMutableSet>
+  fromRange(R&& objects) {
+    return with(tableOfRange(objects));
+  }
 
-  /// An empty Set with room for `capacity` members.
+  /// An empty Set with room for `capacity` members; a hint.
   static Ref<NSMutableSet> setWithCapacity(std::uint32_t capacity);
   static Ref<NSMutableSet> initWithCapacity(std::uint32_t capacity);
 

@@ -80,7 +80,9 @@ class NotPredicate final : public NSPredicate {
 
 Ref<NSPredicate> compound(std::initializer_list<NSPredicate*> parts, bool decisive) {
   for (NSPredicate* part : parts)
-    detail::requireArgument("+[NSPredicate predicateWithSubpredicates:]", "a predicate", part);
+    detail::requireArgument(decisive ? "+[NSPredicate orPredicateWithSubpredicates:]"
+                                     : "+[NSPredicate andPredicateWithSubpredicates:]",
+                            "a predicate", part);
   return make<CompoundPredicate>(Parts(parts.begin(), parts.end()), decisive);
 }
 

@@ -65,9 +65,7 @@ class NSSet : public Derives<NSSet, NSObject> {
   template <std::ranges::input_range R>
   requires std::is_convertible_v<std::ranges::range_reference_t<R>, NSObject*> static Ref<NSSet>
   fromRange(R&& objects) {
-    Table table;
-    for (auto&& object : objects) put(table, object);
-    return with(std::move(table));
+    return with(tableOfRange(objects));
   }
 
   /// How many members. Constant time.
@@ -159,6 +157,12 @@ class NSSet : public Derives<NSSet, NSObject> {
   /// What the ways of making a Set come to.
   static Table tableOf(NSObject* const* objects, std::size_t count);
   static Table tableOf(const NSArray* array);
+  template <class R>
+  static Table tableOfRange(R& objects) {
+    Table table;
+    for (auto&& object : objects) put(table, object);
+    return table;
+  }
   static Table tableOfCopies(const NSSet* other);
 
   /// The members of `other`, their counts kept or all 1.

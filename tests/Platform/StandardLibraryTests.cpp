@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSEnumerator.h"
 #include "Platform/Concurrency/NSLock.h"
 #include "Platform/Concurrency/NSRunLoop.h"
@@ -93,6 +94,15 @@ TEST(StandardLibraryTest, CollectionsComeFromRangesAndGoThere) {
       {"Ada"_ns, number(35)}, {"Mary"_ns, number(31)}, {"Ada"_ns, number(36)}};
   const auto ages = NSDictionary::of({{"Ada"_ns, number(36)}, {"Mary"_ns, number(31)}});
   EXPECT_TRUE(ages->isEqualToDictionary(NSDictionary::fromRange(pairs)));
+  EXPECT_TRUE(ages->isEqualToDictionary(NSDictionary::fromRange(ages)));
+  // Mutable classes make their own kind.
+  const Ref<NSMutableDictionary> changing = NSMutableDictionary::fromRange(pairs);
+  EXPECT_TRUE(ages->isEqualToDictionary(changing));
+  const Ref<NSMutableSet> members = NSMutableSet::fromRange(sized);
+  EXPECT_EQ(members->count(), 5u);
+  const Ref<NSCountedSet> counted =
+      NSCountedSet::fromRange(std::vector<NSObject*>{"a"_ns, "b"_ns, "a"_ns});
+  EXPECT_EQ(counted->countForObject("a"_ns), 2u);
 }
 
 TEST(StandardLibraryTest, ValuesArePrinted) {

@@ -45,6 +45,7 @@ Ref<NSObject> InlineArray::copy() const { return const_cast<InlineArray*>(this);
 void InlineArray::operator delete(InlineArray* self, std::destroying_delete_t) noexcept {
   const std::size_t size = blockSize(self->capacity_);
   const auto elements = self->elements();
+  self->count_ = 0;  // what the elements' ends bring about finds an empty Array
   releaseElements(elements.data(), elements.size());
   self->~InlineArray();
   poolFree(self, size);

@@ -14,6 +14,9 @@ namespace qz::detail {
 /// As many entries as a count can say and still differ from NSNotFound.
 inline constexpr std::uint32_t maximumCount = NSNotFound - 1;
 
+/// A hint of room for more than these is not believed until they come.
+inline constexpr std::uint32_t largestHint = 1U << 24;
+
 /// Spreads a hash over 32 bits, all of which then depend on all of its bits: the hashes of Numbers
 /// and addresses differ in few places, and often in the highest or lowest only.
 constexpr std::uint32_t mixHash(std::size_t hash) noexcept {

@@ -78,8 +78,12 @@ class HashTable {
 
   ~HashTable() {
     if (block_ == nullptr) return;
-    block_->releaseEntries();
-    block_->free();
+    // What the entries' ends bring about finds an empty table.
+    Block* const block = std::exchange(block_, nullptr);
+    count_ = 0;
+    ++stamp_;
+    block->releaseEntries();
+    block->free();
   }
 
   std::uint32_t count() const noexcept { return count_; }
@@ -90,6 +94,13 @@ class HashTable {
   /// Makes room for `count` entries in all. Raises NSMallocException beyond what there can be.
   void reserve(std::uint32_t count) {
     if (count > (block_ == nullptr ? 0 : block_->capacity)) rebuild(count);
+  }
+
+  /// Empty, with room for `capacity` entries; a hint.
+  static HashTable withRoomFor(std::uint32_t capacity) {
+    HashTable table;
+    table.reserve(std::min(capacity, largestHint));
+    return table;
   }
 
   /// The entry with that key, or null. Raises NSGenericException when the keys' comparison changes

@@ -82,7 +82,7 @@ TYPED_TEST(AnyDictionary, SortsItsKeysByTheirValues) {
 
 TYPED_TEST(AnyDictionary, HandsItsEntriesOut) {
   auto held = NSMutableString::stringWithString("text"_ns);
-  auto d = TypeParam::of({{"a"_ns, held}, {"b"_ns, number(2)}});
+  auto d = NSDictionary::of({{"a"_ns, held}, {"b"_ns, number(2)}});
   NSObject *keys[2], *objects[2];
   d->getObjects_andKeys(objects, keys);
   EXPECT_EQ(objects[0], held);
@@ -108,6 +108,9 @@ TEST(NSDictionary, ConstructorsAgreeAndTheLastOfEqualKeysWins) {
   EXPECT_EQ(to_string(NSDictionary::dictionaryWithObjectsAndKeys(number(3), "a"_ns, number(2),
                                                                  "b"_ns, nullptr, "c"_ns)),
             to_string(expected));
+  const Ref<NSMutableDictionary> changing =
+      NSMutableDictionary::initWithObjectsAndKeys(number(3), "a"_ns, number(2), "b"_ns);
+  EXPECT_EQ(to_string(changing), to_string(expected));
   EXPECT_TRUE(refuses([&] { NSDictionary::initWithObjects_forKeys(values, NSArray::array()); }));
   EXPECT_TRUE(refuses([] { NSDictionary::dictionaryWithObjectsAndKeys("object"_ns); }));
   EXPECT_TRUE(refuses([] { NSDictionary::of({{"key"_ns, nullptr}}); }));
@@ -247,6 +250,23 @@ TEST(NSMutableDictionary, IsWholeWhenWhatItHeldIsDestroyed) {
   d->setDictionary(NSDictionary::of({{"only"_ns, "one"_ns}}));
   EXPECT_EQ(counts.back(), 1u);
   EXPECT_EQ(counts.size(), 4u);
+}
+
+TEST(NSDictionary, IsEmptyForWhatGoesWithIt) {
+  NSDictionary* dying = nullptr;
+  std::uint32_t count = 1;
+  auto held = make<Farewell>([&] { count = dying->count() + dying->allKeys()->count(); });
+  Ref<NSDictionary> d = NSDictionary::of({{"a"_ns, held}, {"b"_ns, "other"_ns}});
+  dying = d;
+  held = nullptr;
+  d = nullptr;
+  EXPECT_EQ(count, 0u);
+}
+
+TEST(NSMutableDictionary, TakesAnyHint) {
+  auto hinted = NSMutableDictionary::dictionaryWithCapacity(0xFFFFFFFF);
+  hinted->setObject_forKey("b"_ns, "a"_ns);
+  EXPECT_EQ(hinted->count(), 1u);
 }
 
 TEST(NSMutableDictionary, NoticesAComparisonThatChangesIt) {
