@@ -51,7 +51,7 @@ struct KeptArgument<A, true> {
 template <class T>
 class MainThreadCaller {
  public:
-  /// Keeps `target` alive; nil is passed on as it is.
+  /// Keeps `target` alive.
   explicit MainThreadCaller(T* target) noexcept : target_(target) {}
 
   /// Calls a member function, or a function that takes the Object first, and answers what it

@@ -10,19 +10,19 @@
 namespace qz {
 namespace {
 
-Ref<NSArray> commonModesOnly() { return NSArray::arrayWithObject(NSRunLoopCommonModes); }
+// A message that keeps what it is about, for loops that serve it later.
+auto keptMessage(NSObject* receiver, Selector selector, NSObject* object) {
+  return [kept = Ref<NSObject>(receiver), selector, with = Ref<NSObject>(object)] {
+    kept->performSelector_withObject(selector, with);
+  };
+}
 
-void performIn(NSRunLoop* loop, NSObject* receiver, Selector selector, NSObject* object, bool wait,
-               NSArray* modes) {
-  if (wait) {
-    loop->performInModesAndWait(modes,
-                                [&] { receiver->performSelector_withObject(selector, object); });
-  } else {
-    loop->performInModes(modes,
-                         [kept = Ref<NSObject>(receiver), selector, with = Ref<NSObject>(object)] {
-                           kept->performSelector_withObject(selector, with);
-                         });
-  }
+void performOn(NSRunLoop* loop, NSObject* receiver, Selector selector, NSObject* object,
+               bool wait) {
+  if (wait)
+    loop->performAndWait([&] { receiver->performSelector_withObject(selector, object); });
+  else
+    loop->perform(keptMessage(receiver, selector, object));
 }
 
 void cancelAll(Class*, NSObject* target) {
@@ -34,31 +34,28 @@ void cancelOne(Class*, NSObject* target, Selector selector, NSObject* object) {
 
 }  // namespace
 
-// The usual one, without an Array of modes.
 void NSObject::performSelectorOnMainThread_withObject_waitUntilDone(Selector selector,
                                                                     NSObject* object, bool wait) {
-  NSRunLoop* loop = detail::mainLoop();
-  if (wait) {
-    loop->performAndWait([&] { performSelector_withObject(selector, object); });
-  } else {
-    loop->perform([kept = Ref<NSObject>(this), selector, with = Ref<NSObject>(object)] {
-      kept->performSelector_withObject(selector, with);
-    });
-  }
+  performOn(detail::mainLoop(), this, selector, object, wait);
 }
 
 void NSObject::performSelectorOnMainThread_withObject_waitUntilDone_modes(Selector selector,
                                                                           NSObject* object,
                                                                           bool wait,
                                                                           NSArray* modes) {
-  performIn(detail::mainLoop(), this, selector, object, wait, modes);
+  NSRunLoop* const loop = detail::mainLoop();
+  if (wait)
+    loop->performInModesAndWait(modes, [&] { performSelector_withObject(selector, object); });
+  else
+    loop->performInModes(modes, keptMessage(this, selector, object));
 }
 
 void NSObject::performSelector_onThread_withObject_waitUntilDone(Selector selector,
                                                                  NSThread* thread, NSObject* object,
                                                                  bool wait) {
   if (thread == nullptr) detail::raise(NSInvalidArgumentException, "nil is no thread");
-  performIn(thread->runLoop(), this, selector, object, wait, commonModesOnly());
+  const Ref<NSRunLoop> loop = thread->runLoop();
+  performOn(loop, this, selector, object, wait);
 }
 
 void NSObject::performSelectorInBackground_withObject(Selector selector, NSObject* object) {

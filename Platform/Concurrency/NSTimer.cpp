@@ -77,7 +77,6 @@ Ref<NSTimer> NSTimer::scheduledTimer(NSTimeInterval seconds, bool repeats, Funct
 
 // What it does may invalidate it, here or on another thread, and so is kept for as long as it runs.
 void NSTimer::perform() {
-  Ref<NSTimer> self(this);
   Ref<NSObject> target;
   std::shared_ptr<Function> function;
   {
@@ -93,6 +92,7 @@ void NSTimer::perform() {
 
 void NSTimer::fire() {
   if (!isValid()) return;
+  const Ref<NSTimer> self(this);  // what it does may let go of it
   perform();
   if (!repeats_) invalidate();
 }

@@ -43,20 +43,30 @@ bool LoopCore::run(ModeMask mode, std::optional<SteadyTime> limit, Until until) 
 
 bool LoopCore::turn(ModeMask mode) {
   // However the turn ends: an inner loop gives the mode back to the outer one, and what an
-  // exception leaves behind is announced again.
+  // exception leaves behind, or an inner loop has put off, is announced again.
   struct Scope {
     LoopCore& core;
-    ModeMask outer;
+    const ModeMask outer;
+    bool isWhole = false;
+    bool leavesWork() const noexcept {
+      const auto runsHere = [&](const LoopTask& task) {
+        return core.runsIn(core.currentMode, task.modes());
+      };
+      return core.next_ < core.batch_.size() ||
+             std::any_of(core.deferred_.begin(), core.deferred_.end(), runsHere);
+    }
     ~Scope() {
+      if (!isWhole || leavesWork()) core.signal->raise();
       core.currentMode = outer;
-      if (core.next_ < core.batch_.size()) core.signal->raise();
     }
   } scope{*this, std::exchange(currentMode, mode)};
   signal->lower();
   bool served = serveDeferred();
   takeIncoming();
   served = serveQueued() || served;
-  return serveTimers() || served;
+  served = serveTimers() || served;
+  scope.isWhole = true;
+  return served;
 }
 
 void LoopCore::takeIncoming() {
@@ -139,7 +149,8 @@ void LoopCore::end() noexcept {
     dropped.swap(incoming_);
   }
   timers->close();
-  later_.clear();
+  // Whatever goes with these may come back here, and finds nothing.
+  const auto later = std::exchange(later_, {});
   std::vector<LoopTask> batch = std::exchange(batch_, {});
   next_ = 0;
   std::list<LoopTask> deferred = std::exchange(deferred_, {});

@@ -51,11 +51,12 @@ void LoopSignal::wait(std::optional<SteadyTime> limit) noexcept {
   spin_.took(AdaptiveSpin::Clock::now() - start);
 }
 
+// The descriptors come first: one that is raised in between then still reads as ready. The other
+// way round it would stay raised while nothing says so, and raising it again would tell nobody.
 void LoopSignal::lower() noexcept {
-  state_.exchange(lowered);
-  if (!hasHost()) return;
   if (const int event = event_.load(); event >= 0) drain(event);
   if (const int timer = timer_.load(); timer >= 0) drain(timer);
+  state_.exchange(lowered);
 }
 
 int LoopSignal::descriptor() {

@@ -42,7 +42,7 @@ class LoopSignal {
   void arm(std::optional<SteadyTime> time) noexcept;
 
  private:
-  bool hasHost() const noexcept { return hosted_.load(std::memory_order_acquire); }
+  bool hasHost() const noexcept { return hosted_.load(); }
 
   enum State : std::uint32_t { lowered, raised, asleep };
 

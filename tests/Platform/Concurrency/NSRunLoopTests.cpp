@@ -164,6 +164,13 @@ TEST_F(NSRunLoopTest, TimersFireInOrderAndKeepToTheirGrid) {
   EXPECT_GE(Clock::now() - start, 99ms);  // 20, then 80 and 100, or later ones
 }
 
+TEST_F(NSRunLoopTest, AFunctionMayLetGoOfItsTimer) {
+  Ref<NSTimer> timer;
+  timer = NSTimer::timer(60, false, [&timer](NSTimer*) { timer = nullptr; });
+  timer->fire();
+  EXPECT_EQ(timer, nullptr);
+}
+
 TEST_F(NSRunLoopTest, TimersSendAndKeepTheirTarget) {
   auto timer = send<Ref<NSTimer>>(
       classOf<NSTimer>(), "scheduledTimerWithTimeInterval:target:selector:userInfo:repeats:"_sel,
@@ -315,6 +322,20 @@ TEST_F(NSRunLoopTest, AnotherEventLoopDrivesIt) {
   EXPECT_TRUE(isReady(0));
   loop->runPending();
   EXPECT_EQ(served, 3);
+  // So are a timer that has not had its turn, and what an inner loop has put off.
+  timer = NSTimer::scheduledTimer(0, false, [&](NSTimer*) { ++served; });
+  loop->perform([] { throw std::runtime_error("no"); });
+  ASSERT_TRUE(isReady(60'000));
+  EXPECT_THROW(loop->runPending(), std::runtime_error);
+  serveOne();
+  loop->perform([&] {
+    loop->perform([&] { ++served; });
+    loop->runMode_beforeDate("Elsewhere"_ns, nullptr);
+  });
+  EXPECT_TRUE(loop->runPending());
+  EXPECT_EQ(std::exchange(served, 0), 4);
+  serveOne();
+  EXPECT_FALSE(isReady(0));
 
   std::atomic<int> called{0};
   loop->setWakeUpFunction([&] { ++called; });
