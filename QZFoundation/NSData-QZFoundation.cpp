@@ -7,9 +7,8 @@
 #include <memory>
 
 #include "Platform/Runtime/Describe.h"
-#include "Platform/Values/NSString.h"
+#include "Platform/System/detail/PathBytes.h"
 #include "Platform/Values/NSUUID.h"
-#include "Platform/Values/detail/PathText.h"
 
 namespace qz {
 namespace {
@@ -18,9 +17,8 @@ const Bytef* bytesOf(NSData* data) { return static_cast<const Bytef*>(data->byte
 
 // Null also for what can be no path. A child process gets no copy of the file ("e").
 gzFile openForWriting(NSString* path) {
-  if (path == nullptr || path->view().find(u'\0') != std::u16string_view::npos) return nullptr;
-  const auto bytes = detail::bytesOfPath(path->view());
-  return bytes ? gzopen(bytes->c_str(), "wbe") : nullptr;
+  const detail::PathBytes bytes(path);
+  return bytes.error() == 0 ? gzopen(bytes.c_str(), "wbe") : nullptr;
 }
 
 }  // namespace

@@ -3,9 +3,8 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
-#include "Platform/System/detail/FileBytes.h"
+#include "Platform/System/NSFileManager.h"
 #include "Platform/Values/NSNumber.h"
-#include "Platform/Values/detail/PathText.h"
 #include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/detail/LibraryBundle.h"
 
@@ -24,9 +23,7 @@ std::int32_t styleNamed(NSObject* name) {
 
 Ref<NSObject> fileExists(NSURL* url) {
   const Ref<NSString> path = CFURLCopyFileSystemPath(url, URLPathStyle::POSIX);
-  const auto bytes = path ? detail::bytesOfPath(path->view()) : std::nullopt;
-  const bool isName = bytes && bytes->find('\0') == bytes->npos;
-  return NSNumber::numberWithBool(isName && detail::fileExists(*bytes));
+  return NSNumber::numberWithBool(NSFileManager::defaultManager()->fileExistsAtPath(path));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/System/detail/NotifyQueue.h"
+#include "Platform/System/detail/PathBytes.h"
 #include "QZFoundation/QZDisk.h"
 #include "QZFoundation/XJKQueue.h"
 #include "QZFoundation/detail/PolledPaths.h"
@@ -25,8 +26,9 @@ constexpr std::uint32_t deletedOrWritten = 0x03;
 constexpr std::uint32_t revoked = 0x40;
 
 bool exists(NSString* path) {
+  const detail::PathBytes bytes(path);
   struct stat is {};
-  return ::stat(path->UTF8String().c_str(), &is) == 0;
+  return bytes.error() == 0 && ::stat(bytes.c_str(), &is) == 0;
 }
 
 // The path itself, or the nearest folder above it that is there; a relative one ends at ".".
@@ -49,7 +51,6 @@ Ref<XJKQueue> sharedQueue() {
   return Ref<XJKQueue>(queue);
 }
 
-/// What reports of polled paths come from when there is no queue.
 NSNotificationCenter* center() {
   static NSNotificationCenter* const common = NSNotificationCenter::defaultCenter().leak();
   return common;
@@ -61,12 +62,11 @@ void startPolling() {
 }
 
 // Looks like a report of the shared queue, so that the same observers receive it.
-void reportPolled(XJKQueue* queue, const std::string& path, detail::PolledPaths::Change change) {
+void reportPolled(XJKQueue* queue, NSString* path, detail::PolledPaths::Change change) {
   const auto notification = make<NSNotification>(
       change == detail::PolledPaths::Change::written ? XJFileWatcherWriteNotification
                                                      : XJFileWatcherDeleteNotification,
-      queue,
-      NSDictionary::dictionaryWithObject_forKey(NSString::stringWithUTF8String(path), "path"_ns));
+      queue, NSDictionary::dictionaryWithObject_forKey(path, "path"_ns));
   center()->performSelectorOnMainThread_withObject_waitUntilDone("postNotification:"_sel,
                                                                  notification, true);
 }
@@ -133,19 +133,19 @@ void QZFileWatcher::unwatchFile() {
 void QZFileWatcher::letGo() {
   if (!watchingPath_) return;
   if (usesTimer_)
-    detail::PolledPaths::shared().remove(watchingPath_->UTF8String());
+    detail::PolledPaths::shared().remove(watchingPath_);
   else
     sharedQueue()->removePathFromQueue(watchingPath_);
   watchingPath_ = nullptr;
 }
 
 void QZFileWatcher::watchPathUsingTimer() {
-  detail::PolledPaths::shared().add(watchingPath_->UTF8String(), &startPolling);
+  if (watchingPath_) detail::PolledPaths::shared().add(watchingPath_, &startPolling);
 }
 
 bool QZFileWatcher::kernelTellsAll() const {
   struct statfs is {};
-  if (::statfs(watchingPath_->UTF8String().c_str(), &is) != 0) return false;
+  if (::statfs(detail::PathBytes(watchingPath_).c_str(), &is) != 0) return false;
   return detail::isToldOfChanges(static_cast<std::uint32_t>(is.f_type));
 }
 
@@ -170,16 +170,13 @@ void QZFileWatcher::watchFilesInBackground() {
 
 void QZFileWatcher::checkFiles(NSTimer*) {
   const Ref<XJKQueue> queue = sharedQueue();
-  detail::PolledPaths::shared().check(
-      [&](const std::string& path, detail::PolledPaths::Change change) {
-        try {
-          reportPolled(queue, path, change);
-        } catch (const RunLoopEnded&) {
-          throw;
-        } catch (const Raised&) {
-          // An observer that fails must not end the watching.
-        }
-      });
+  detail::PolledPaths::shared().check([&](NSString* path, detail::PolledPaths::Change change) {
+    try {
+      reportPolled(queue, path, change);
+    } catch (const Raised&) {
+      // An observer that fails must not end the watching.
+    }
+  });
 }
 
 Ref<NSString> QZFileWatcher::description() const {

@@ -69,7 +69,7 @@ class QZFileWatcher : public Derives<QZFileWatcher, NSObject> {
   /// Stops until `watchFile`.
   void unwatchFile();
 
-  /// Polls the path that is watched now, unless it is polled already.
+  /// Polls the path that is watched now, unless there is none or it is polled already.
   void watchPathUsingTimer();
 
   /// Receives what is reported for all watchers, and takes its own.

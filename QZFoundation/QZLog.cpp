@@ -13,8 +13,10 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/System/NSFileManager.h"
+#include "Platform/System/detail/PathBytes.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/detail/DataStorage.h"
+#include "Platform/Values/detail/StringStorage.h"
 #include "Platform/Values/detail/Utf.h"
 #include "QZFoundation/detail/DebugKeys.h"
 
@@ -45,10 +47,10 @@ NSData* lineFeed() {
   return shared;
 }
 
-bool isSameFile(int descriptor, const std::string& path) {
+bool isSameFile(int descriptor, NSString* path) {
   struct stat open;
   struct stat found;
-  return ::fstat(descriptor, &open) == 0 && ::stat(path.c_str(), &found) == 0 &&
+  return ::fstat(descriptor, &open) == 0 && ::stat(detail::PathBytes(path).c_str(), &found) == 0 &&
          open.st_dev == found.st_dev && open.st_ino == found.st_ino;
 }
 
@@ -70,7 +72,7 @@ Ref<QZLog> QZLog::initWithFilePath(NSString* path) {
 bool QZLog::isKeyEnabled(NSString* key) const { return enabledKeys_->containsObject(key); }
 
 void QZLog::setKey_enabled(NSString* key, bool enabled) {
-  if (key == nullptr) detail::raise(NSInvalidArgumentException, "setKey:enabled:: nil argument");
+  detail::requireString(key, "setKey:enabled:");
   if (enabled)
     enabledKeys_->addObject(as<NSString>(key->copy()));
   else
@@ -140,10 +142,10 @@ void QZLog::openLog() {
 }
 
 void QZLog::open(bool keepsContents) {
-  if (!logFilePath_ || logFilePath_->length() == 0) return;
+  const detail::PathBytes path(logFilePath_);
+  if (path.error() != 0) return;
   // A pipe that nobody reads must not make the program wait, here or later.
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-  const std::string path = logFilePath_->fileSystemRepresentation();
   const int descriptor = ::open(path.c_str(), flags | (keepsContents ? 0 : O_TRUNC), 0666);
   if (descriptor < 0) return;
   ::fcntl(descriptor, F_SETFL, O_APPEND);
@@ -157,8 +159,7 @@ void QZLog::followFile() {
   const std::int64_t second = now(CLOCK_REALTIME_COARSE).tv_sec;
   if (second == followed_ || !logFilePath_) return;
   followed_ = second;
-  if (isSameFile(logOutputHandle_->fileDescriptor(), logFilePath_->fileSystemRepresentation()))
-    return;
+  if (isSameFile(logOutputHandle_->fileDescriptor(), logFilePath_)) return;
   const auto old = std::exchange(logOutputHandle_, nullptr);
   open(true);
   // Where there can be none, as when the folder went too, the old one serves on.

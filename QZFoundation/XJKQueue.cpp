@@ -15,6 +15,7 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/System/detail/PathBytes.h"
 #include "Platform/System/detail/VnodeEvents.h"
 #include "QZFoundation/XJMainThreadProxy.h"
 
@@ -33,7 +34,7 @@ struct detail::KQueueState {
 
   std::mutex mutex;                                   // guards what follows
   std::map<VnodeEvents::Watch, Ref<NSString>> paths;  // in the order they were added
-  std::unordered_map<std::string, std::deque<VnodeEvents::Watch>> byPath;
+  std::unordered_map<std::u16string, std::deque<VnodeEvents::Watch>> byPath;
   WeakRef<NSObject> delegate;
   Ref<XJMainThreadProxy> delegateProxy;
 
@@ -46,15 +47,15 @@ struct detail::KQueueState {
 
 namespace {
 
+constexpr std::uint32_t defaultMask =
+    detail::vnodeDeleted | detail::vnodeWritten | detail::vnodeAttributes | detail::vnodeRenamed;
+
 struct Kind {
   std::uint32_t bit;
   NSString* name;
 };
 
 // In the order of reporting.
-constexpr std::uint32_t defaultMask =
-    detail::vnodeDeleted | detail::vnodeWritten | detail::vnodeAttributes | detail::vnodeRenamed;
-
 const Kind* kinds() {
   static const Kind all[] = {{detail::vnodeRenamed, XJFileWatcherRenameNotification},
                              {detail::vnodeWritten, XJFileWatcherWriteNotification},
@@ -128,15 +129,15 @@ std::int32_t XJKQueue::addPathToQueue(NSString* path) {
 }
 
 std::int32_t XJKQueue::addPathToQueue_notifyingAbout(NSString* path, std::uint32_t mask) {
-  if (path == nullptr) return ENOENT;
+  const detail::PathBytes bytes(path);
+  if (bytes.error() != 0) return bytes.error();
   const Ref<NSString> kept = NSString::stringWithString(path);
-  std::string bytes = kept->UTF8String();
   // Under the lock, so that the thread finds the path of a watch that reports at once.
   std::lock_guard lock(state_->mutex);
-  const VnodeEvents::Watch watch = state_->events->add(bytes, mask);
+  const VnodeEvents::Watch watch = state_->events->add(std::string(bytes.view()), mask);
   if (watch == 0) return errno;
   state_->paths.emplace_hint(state_->paths.end(), watch, kept);
-  state_->byPath[std::move(bytes)].push_back(watch);
+  state_->byPath[std::u16string(kept->view())].push_back(watch);
   return 0;
 }
 
@@ -145,7 +146,7 @@ void XJKQueue::removePath(NSString* path) { removePathFromQueue(path); }
 void XJKQueue::removePathFromQueue(NSString* path) {
   if (path == nullptr) return;
   std::lock_guard lock(state_->mutex);
-  const auto found = state_->byPath.find(path->UTF8String());
+  const auto found = state_->byPath.find(std::u16string(path->view()));
   if (found == state_->byPath.end()) return;
   const VnodeEvents::Watch watch = found->second.front();
   found->second.pop_front();

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Platform/Concurrency/NSRunLoop.h"
+#include "Platform/System/detail/PathBytes.h"
 
 namespace qz::detail {
 
@@ -18,24 +19,32 @@ PolledPaths::Time PolledPaths::timeOf(const std::string& path, bool& exists) noe
   return ModificationTime{is.st_mtim.tv_sec, is.st_mtim.tv_nsec};
 }
 
-void PolledPaths::add(const std::string& path, void (*startThread)()) {
+void PolledPaths::add(NSString* path, void (*startThread)()) {
+  const std::u16string text(path->view());
   {
     std::lock_guard lock(mutex_);
-    if (polled_.contains(path)) return;
+    if (polled_.contains(text)) return;
+    Known& known = known_[text];
+    if (known.bytes.empty()) known.bytes = PathBytes(path).view();
     // What was seen before counts on, so that a change between two watches is not missed.
-    const auto [known, isNew] = times_.try_emplace(path);
     bool exists = false;
-    if (isNew || !known->second) known->second = timeOf(path, exists);
-    polled_.emplace(path, &known->second);
+    if (!known.time) known.time = timeOf(known.bytes, exists);
+    polled_.emplace(text, &known);
     if (running_) return;
     running_ = true;
   }
-  startThread();
+  try {
+    startThread();
+  } catch (...) {
+    std::lock_guard lock(mutex_);
+    running_ = false;
+    throw;
+  }
 }
 
-void PolledPaths::remove(const std::string& path) {
+void PolledPaths::remove(NSString* path) {
   std::lock_guard lock(mutex_);
-  polled_.erase(path);
+  polled_.erase(std::u16string(path->view()));
 }
 
 void PolledPaths::endIfEmpty() {
@@ -64,21 +73,21 @@ void PolledPaths::run(const std::function<Ref<NSTimer>()>& makeTimer) {
   }
 }
 
-void PolledPaths::check(const std::function<void(const std::string& path, Change change)>& report) {
-  std::vector<std::pair<std::string, Time*>> paths;
+void PolledPaths::check(const std::function<void(NSString* path, Change change)>& report) {
+  std::vector<std::pair<std::u16string, Known*>> paths;
   {
     std::lock_guard lock(mutex_);
     paths.assign(polled_.begin(), polled_.end());
   }
   for (const auto& [path, known] : paths) {
     bool exists = false;
-    const Time now = timeOf(path, exists);
+    const Time now = timeOf(known->bytes, exists);
     if (exists) {
       std::lock_guard lock(mutex_);
-      if (*known == now) continue;
-      *known = now;
+      if (known->time == now) continue;
+      known->time = now;
     }
-    report(path, exists ? Change::written : Change::deleted);
+    report(NSString::stringWithCharacters(path), exists ? Change::written : Change::deleted);
   }
 }
 

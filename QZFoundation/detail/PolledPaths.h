@@ -12,6 +12,7 @@
 #include <unordered_map>
 
 #include "Platform/Concurrency/NSTimer.h"
+#include "Platform/Values/NSString.h"
 
 namespace qz::detail {
 
@@ -28,10 +29,11 @@ class PolledPaths {
   static PolledPaths& shared();
 
   /// Adds a path unless it is there already, and has `startThread` called when nobody polls yet.
-  void add(const std::string& path, void (*startThread)());
+  /// What that throws passes through; the path stays, for the next one that has a thread started.
+  void add(NSString* path, void (*startThread)());
 
   /// Removes a path; nothing when it is not there.
-  void remove(const std::string& path);
+  void remove(NSString* path);
 
   /// Wakes the thread to end when no path is left. Apart from removing, so that a path that comes
   /// back at once does not disturb the beat.
@@ -43,15 +45,19 @@ class PolledPaths {
   enum class Change { written, deleted };
 
   /// One pass over the paths as they are at its start: calls `report` for each change.
-  void check(const std::function<void(const std::string& path, Change change)>& report);
+  void check(const std::function<void(NSString* path, Change change)>& report);
 
  private:
   using Time = std::optional<ModificationTime>;
+  struct Known {
+    std::string bytes;  // the path as the system takes it
+    Time time;
+  };
   static Time timeOf(const std::string& path, bool& exists) noexcept;
 
   std::mutex mutex_;
-  std::unordered_map<std::string, Time> times_;  // of every path ever polled
-  std::unordered_map<std::string, Time*> polled_;
+  std::unordered_map<std::u16string, Known> known_;  // every path ever polled
+  std::unordered_map<std::u16string, Known*> polled_;
   bool running_ = false;
   Ref<NSTimer> timer_;
 };

@@ -2,11 +2,14 @@
 
 #include <string>
 
+#include "Platform/System/detail/PathBytes.h"
+
 namespace qz::detail {
 
 std::optional<NSMountRecord> mountRecordForPath(NSString* path) {
-  if (path == nullptr || path->view().find(u'\0') != std::u16string_view::npos) return std::nullopt;
-  return NSMountTable::current()->recordForPath(path->fileSystemRepresentation());
+  const PathBytes bytes(path);
+  if (bytes.error() != 0) return std::nullopt;
+  return NSMountTable::current()->recordForPath(std::string(bytes.view()));
 }
 
 Ref<NSString> volumeNameOf(const NSVolumeAttributes& attributes) {

@@ -10,7 +10,7 @@
 
 namespace qz::detail {
 
-/// The mount that `path` lies on; none for nil, for a path with a zero, and when the system
+/// The mount that `path` lies on; none for nil, for what can be no path, and when the system
 /// refuses.
 std::optional<NSMountRecord> mountRecordForPath(NSString* path);
 

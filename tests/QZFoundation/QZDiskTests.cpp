@@ -7,6 +7,8 @@
 namespace qz::test {
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr const char* mounts =
     "20 1 0:5 / /dev rw - devtmpfs udev rw\n"
     "27 1 254:0 / / rw,relatime - ext4 /dev/vda rw\n"
@@ -32,7 +34,8 @@ TEST(QZDisk, FoundByItsMountPathAlone) {
   EXPECT_EQ(QZDisk::diskForMountPath("/home/folder"_ns), nullptr);
   EXPECT_EQ(QZDisk::diskForMountPath("/home/"_ns), nullptr);
   EXPECT_EQ(QZDisk::diskForMountPath(nullptr), nullptr);
-  EXPECT_EQ(QZDisk::diskForMountPath(NSString::stringWithCharacters({u"/\0x", 3})), nullptr);
+  for (const std::u16string_view noPath : {u"/\0x"sv, u"/\xD800"sv})
+    EXPECT_EQ(QZDisk::diskForMountPath(NSString::stringWithCharacters(noPath)), nullptr);
 }
 
 TEST(QZDisk, FoundByAFilePathThatTheMountPathBeginsWith) {

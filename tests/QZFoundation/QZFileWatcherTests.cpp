@@ -99,6 +99,20 @@ TEST_F(QZFileWatcherTest, FollowsAFileThatComesAndGoes) {
   }
 }
 
+TEST_F(QZFileWatcherTest, NamesNeedNotBeUtf8) {
+  for (const bool kernel : {false, true}) {
+    const std::string file = directory.write("a\xFF", "");
+    watch(path("a\xFF"), kernel);
+    EXPECT_TRUE(equal(watcher->watchingPath(), path("a\xFF")));
+    EXPECT_EQ(watcher->usesTimer(), !kernel);
+    setTime(file, 1);
+    if (kernel) directory.write("a\xFF", "more");
+    EXPECT_GE(kernel ? served(1) : polled(), 1);
+  }
+  watch(NSString::stringWithCharacters({u"/\0x", 3}));
+  EXPECT_TRUE(equal(watcher->watchingPath(), "/"_ns));
+}
+
 TEST_F(QZFileWatcherTest, GoesOnWhenTheDelegateFails) {
   const std::string file = directory.write("a", "");
   delegate->fails = true;
@@ -167,6 +181,10 @@ TEST_F(QZFileWatcherTest, APathIsPolledOnceForAll) {
   EXPECT_EQ(polled(), 0);
   watcher->watchFile();
   EXPECT_EQ(polled(), 1);
+  watcher->unwatchFile();
+  watcher->watchPathUsingTimer();  // there is none now
+  setTime(a, 7);
+  EXPECT_EQ(polled(), 0);
 }
 
 TEST_F(QZFileWatcherTest, AHundredShareOneQueueOfTheKernel) {

@@ -120,6 +120,14 @@ TEST_F(QZLogTest, WhereTheFileCannotBeMade) {
   EXPECT_EQ(messages(directory.path() + "/later/app.log"), (Lines{"found"}));
   logTo(directory.path())->logMessage("a folder"_ns);
   logTo("")->logMessage("no path"_ns);
+  for (const char16_t unit : {u'\0', u'\xD800'}) {
+    auto nowhere = QZLog::initWithFilePath(
+        ns(directory.path() + "/x")
+            ->stringByAppendingString(NSString::stringWithCharacters({&unit, 1})));
+    nowhere->setKey_enabled("all"_ns, true);
+    nowhere->logMessage("what names no file"_ns);
+    EXPECT_EQ(nowhere->logOutputHandle(), nullptr);
+  }
   QZLog::initWithFilePath(nullptr)->logData(NSData::dataWithBytes(std::string_view("x")));
   make<QZLog>()->clearLog();
   // A pipe without a reader would make the program wait.

@@ -87,6 +87,7 @@ TEST_F(XJKQueueTest, ReportsEachKindInTheFixedOrder) {
 TEST_F(XJKQueueTest, RefusesWithErrno) {
   EXPECT_EQ(queue->addPathToQueue("/no/such/file"_ns), ENOENT);
   EXPECT_EQ(queue->addPathToQueue(nullptr), ENOENT);
+  EXPECT_EQ(queue->addPathToQueue(NSString::stringWithCharacters({u"/\0x", 3})), EINVAL);
   queue->addPath("/no/such/file"_ns);
   queue->removePath("/no/such/file"_ns);
   EXPECT_EQ(to_string(queue), "XJKQueue { watchedPaths = (), alwaysNotify = NO }");
@@ -105,6 +106,18 @@ TEST_F(XJKQueueTest, EqualPathsAreWatchedEach) {
   queue->removePath(a);
   queue->removePath(a);
   EXPECT_EQ(toldOfMore(a, 0), "");
+}
+
+TEST_F(XJKQueueTest, NamesNeedNotBeUtf8) {
+  std::vector<Ref<NSString>> paths;
+  for (const char* name : {"a\xFE", "a\xFF"}) {
+    const auto path = NSString::stringWithFileSystemRepresentation(directory.write(name, ""));
+    EXPECT_EQ(queue->addPathToQueue(path), 0);
+    paths.push_back(path);
+  }
+  queue->removePath(paths[1]);  // and not the one whose name shows alike
+  ::chmod(paths[0]->fileSystemRepresentation().c_str(), 0600);
+  EXPECT_EQ(told(1), "AttributesChangedNotification:/a\uFFFD ");
 }
 
 TEST_F(XJKQueueTest, TellsTheDelegateAndTheObserversAsAsked) {
