@@ -4,10 +4,10 @@
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/NestingGuard.h"
+#include "QZFoundation/detail/ValueSearch.h"
 
 namespace qz {
 
@@ -35,28 +35,13 @@ std::int32_t integerForKey(NSDictionary* self, NSObject* key) {
 
 // Matching ----------------------------------------------------------------------------------------
 
-namespace {
-
-bool matches(NSObject* object, NSString* keyPath, Selector selector, NSObject* value) {
-  try {
-    object->valueForKeyPath(keyPath);
-    return performBoolSelector_withObject(object->valueForKeyPath(keyPath), selector, value);
-  } catch (const Raised& raised) {
-    if (!raised.is(NSUndefinedKeyException)) throw;
-    return false;
-  }
-}
-
-}  // namespace
-
 // The walk and what it sends are kept; that the key it stops at is not answered is deliberate.
 Ref<NSObject> keyOfObjectMatchingValue_forKeyPath_usingSelector(NSDictionary* self, NSObject* value,
                                                                 NSString* keyPath,
                                                                 Selector selector) {
+  detail::ValueSearch search(value, keyPath, selector);
   for (NSObject* key : self->keyEnumerator())
-    if (const Ref<NSObject> object = self->objectForKey(key);
-        matches(object, keyPath, selector, value))
-      break;
+    if (const Ref<NSObject> object = self->objectForKey(key); search.matches(object)) break;
   return nullptr;
 }
 

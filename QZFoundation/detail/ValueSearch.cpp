@@ -44,7 +44,7 @@ bool ValueSearch::matches(NSObject* element) {
     reader_.read(element);
     found = reader_.read(element);
   } catch (const Raised& raised) {
-    if (!raised->name()->isEqualToString(NSUndefinedKeyException)) throw;
+    if (!raised.is(NSUndefinedKeyException)) throw;
     return false;
   }
   return found && found->performSelector_withObject(selector_, value_).boolValue();

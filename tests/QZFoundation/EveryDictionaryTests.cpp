@@ -104,6 +104,9 @@ TYPED_TEST(EveryDictionary, AnswersNilWhateverMatches) {
   EXPECT_TRUE(refuses([&] {
     keyOfObjectMatchingValue_forKeyPath_usingSelector(d, "Ann"_ns, "name"_ns, "unknown:"_sel);
   }));
+  EXPECT_TRUE(raises(NSUndefinedKeyException, [&] {  // by the comparison
+    objectMatchingValue_forKeyPath_usingSelector(d, "nowhere"_ns, "name"_ns, "valueForKey:"_sel);
+  }));
 }
 
 TYPED_TEST(EveryDictionary, GivesTheMatchingEntries) {
