@@ -64,9 +64,9 @@ Ref<NSObject> formatterOfInfo(Class* aClass, NSDictionary* info) {
       tolerantly([&] { formatter->setValue_forKey(value, key); });
   };
   const Ref<NSArray> first = propertyOrder(formatter);
-  for (NSObject* key : *first) set(key, properties->objectForKey(key));
+  for (NSObject* key : first) set(key, properties->objectForKey(key));
   for (const auto& [key, value] : *properties)
-    if (!first->containsObject(key)) set(key, value);
+    if (!first || !first->containsObject(key)) set(key, value);
   return formatter;
 }
 

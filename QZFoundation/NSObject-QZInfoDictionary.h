@@ -1,22 +1,23 @@
 /// @file
 /// Info dictionaries: Objects made from, and described as, plain Dictionaries.
 ///
-///     auto byAge = objectFromInfoDictionary(classOf<NSSortDescriptor>(), NSDictionary::of({
-///         {"key"_ns, "age"_ns}, {"ascending"_ns, NSNumber::of(true)}, {"selector"_ns,
-///         "compare:"_ns}}));
+///     auto info = NSDictionary::of({{"key"_ns, "age"_ns},
+///                                   {"ascending"_ns, NSNumber::of(true)},
+///                                   {"selector"_ns, "compare:"_ns}});
+///     auto byAge = objectFromInfoDictionary(classOf<NSSortDescriptor>(), info);
 ///
 /// An info dictionary is a property list, as configuration files hold it. Its "class" names the
 /// class to make; classes read the other entries each in their own way, by
 /// `initWithInfoDictionary:`:
 ///
-/// | class | entries |
-/// |---|---|
-/// | NSFormatter and below | "properties", a Dictionary: values to set by key, the keys of
-/// `propertyOrder` first | | NSDateFormatter | in "properties" also "formatterBehavior"; with 1000
-/// "formatKey" (a user default with the format) or "format", and nothing else counts; otherwise
-/// "timeStyle" and "dateStyle". Beside "properties", "timeZoneSelector" names a class-level
-/// operation of NSTimeZone | | NSSortDescriptor | "key", "ascending", "selector" | | any other |
-/// none |
+/// - NSFormatter and below: "properties", a Dictionary of values to set by key, the keys of
+///   `propertyOrder` first.
+/// - NSDateFormatter: in "properties" also "formatterBehavior". With 1000, "formatKey" (a user
+///   default with the format) or "format", and nothing else counts; otherwise "timeStyle" and
+///   "dateStyle". Beside "properties", "timeZoneSelector" names a class-level operation of
+///   NSTimeZone.
+/// - NSSortDescriptor: "key", "ascending" and "selector".
+/// - Any other class: none.
 ///
 /// What cannot be set (an unknown key, a value of the wrong kind) is passed over. Any thread, as
 /// far as the classes allow it.
@@ -51,7 +52,7 @@ Ref<NSDictionary> infoDictionary(NSObject* self);
 
 /// The properties that have to be set first, in this order (by Selector). Date formatters have one,
 /// "formattingBehavior", which is not the entry that their behaviour is read from: both names are
-/// deliberate.
+/// deliberate. Nil is no order.
 Ref<NSArray> propertyOrder(NSFormatter* self);
 
 /// Nil: the key is not kept.

@@ -63,6 +63,21 @@ TEST(InfoDictionary, FormatterPropertiesAreSetAsFarAsTheyGo) {
   EXPECT_EQ(formatKey(formatter), nullptr);
 }
 
+class Unordered : public Derives<Unordered, QZHMSFormatter> {
+ public:
+  static void describe(ClassDescription<Unordered>& is) {
+    is.named("UnorderedFormatter").method<&Unordered::noOrder>("propertyOrder");
+  }
+  Ref<NSArray> noOrder() { return nullptr; }
+};
+
+TEST(InfoDictionary, ThereNeedBeNoOrder) {
+  const auto off = NSDictionary::of({{"includeLeadingZero"_ns, NSNumber::of(false)}});
+  auto made =
+      objectFromInfoDictionary(classOf<Unordered>(), NSDictionary::of({{"properties"_ns, off}}));
+  EXPECT_FALSE(as<Unordered>(made)->includeLeadingZero());
+}
+
 // Whatever a configuration file has, there is a formatter, and it can be used.
 TEST(InfoDictionary, NonsenseIsPassedOver) {
   const auto list = NSMutableArray::arrayWithObject(NSDictionary::of({{"a"_ns, "b"_ns}}));
