@@ -139,11 +139,6 @@ void watch(const std::shared_ptr<TreeWatcherState>& state) {
   }
 }
 
-Ref<NSError> unreadable(NSString* path, int number) {
-  return POSIXError_description(
-      number, detail::message("The directory %@ could not be read"_ns, nullptr, path));
-}
-
 detail::TreeEvents::Options optionsOf(const QZTreeWatcherOptions& options) {
   detail::TreeEvents::Options answer{options.deep, {}};
   if (options.namesToLeaveOut)
@@ -176,7 +171,7 @@ Ref<QZTreeWatcher> QZTreeWatcher::initWithPath(NSString* path, Listener listener
     failure = state->events.start();
   }
   if (failure != 0) {
-    if (error != nullptr) *error = unreadable(path, failure);
+    if (error != nullptr) *error = detail::unreadableDirectory(path, failure);
     return nullptr;
   }
   state->polledFolders = state->events.polledFolders();
@@ -229,7 +224,7 @@ Ref<NSError> QZTreeWatcher::error() const {
   return POSIXError_description(
       refusal,
       detail::message("Some folders in %@ cannot be watched and are checked regularly instead"_ns,
-                      nullptr, path_));
+                      "Why changes of a watched folder may be told late"_ns, path_));
 }
 
 void QZTreeWatcher::describe(ClassDescription<QZTreeWatcher>& is) {

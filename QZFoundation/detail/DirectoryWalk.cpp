@@ -4,10 +4,8 @@
 
 #include "Platform/System/detail/DirectoryReader.h"
 #include "Platform/System/detail/PathBytes.h"
-#include "QZFoundation/NSError-QZFoundation.h"
 #include "QZFoundation/NSFileManager-QZFoundation.h"
-#include "QZFoundation/QZFunctions.h"
-#include "QZFoundation/detail/LibraryBundle.h"
+#include "QZFoundation/detail/FileMessages.h"
 
 namespace qz::detail {
 namespace {
@@ -32,7 +30,7 @@ Ref<NSObject> DirectoryWalk::run(NSString* directory) {
   const PathBytes bytes(directory);
   if (bytes.error() != 0) {
     Ref<NSObject> result = type_ == QZRecursionFolderFirst ? call(directory) : nullptr;
-    return result ? result : unreadable(directory, bytes.error());
+    return result ? result : unreadableDirectory(directory, bytes.error());
   }
   bytes_ = bytes.view();
   text_ = directory->view();
@@ -44,18 +42,11 @@ Ref<NSObject> DirectoryWalk::call(NSString* path) {
   return target_->performSelector_withObject_withObject(operation_, path, object_).object();
 }
 
-Ref<NSObject> DirectoryWalk::unreadable(NSString* directory, int number) {
-  return POSIXError_description(
-      number, QZLocalizedStringFromTableInBundle(
-                  "The directory %@ could not be read"_ns, nullptr, libraryBundle(),
-                  "Error string given when iterating a directory"_ns, directory));
-}
-
 Ref<NSObject> DirectoryWalk::walk(NSString* directory) {
   if (type_ == QZRecursionFolderFirst)
     if (Ref<NSObject> result = call(directory)) return result;
   Descriptor folder(os::openat(AT_FDCWD, bytes_.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK));
-  if (!folder) return unreadable(directory, errno);
+  if (!folder) return unreadableDirectory(directory, errno);
 
   const std::size_t bytesBefore = bytes_.size();
   const std::size_t textBefore = text_.size();
@@ -75,7 +66,8 @@ Ref<NSObject> DirectoryWalk::walk(NSString* directory) {
   bytes_.resize(bytesBefore);
   text_.resize(textBefore);
   // A directory that was removed meanwhile has come to its end.
-  if (reader.error() != 0 && reader.error() != ENOENT) return unreadable(directory, reader.error());
+  if (reader.error() != 0 && reader.error() != ENOENT)
+    return unreadableDirectory(directory, reader.error());
   return type_ == QZRecursionFolderLast ? call(directory) : nullptr;
 }
 

@@ -25,7 +25,6 @@ class DirectoryWalk {
   Ref<NSObject> entry(std::string_view name, unsigned char type);
   bool find(unsigned char type, bool& isFolder);
   Ref<NSObject> call(NSString* path);
-  Ref<NSObject> unreadable(NSString* directory, int number);
 
   std::int32_t type_;
   NSObject* target_;

@@ -6,6 +6,7 @@
 
 #include "Platform/Collections/NSDictionary.h"
 #include "Platform/Values/NSError.h"
+#include "QZFoundation/NSError-QZFoundation.h"
 #include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/detail/LibraryBundle.h"
 
@@ -19,6 +20,13 @@ Ref<NSString> message(NSString* key, NSString* comment, const Args&... arguments
       QZLocalizedStringFromTableInBundle(key, nullptr, libraryBundle(), comment, arguments...);
   errno = kept;
   return text;
+}
+
+/// The Error of a directory that could not be listed, for the reason `number`.
+inline Ref<NSError> unreadableDirectory(NSString* path, int number) {
+  return POSIXError_description(number,
+                                message("The directory %@ could not be read"_ns,
+                                        "Error string given when iterating a directory"_ns, path));
 }
 
 /// What the Error has under NSLocalizedDescriptionKey.
