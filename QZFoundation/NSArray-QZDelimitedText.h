@@ -13,9 +13,10 @@ namespace qz {
 /// New Objects of `objectClass`, one for each record of `text`, with the fields of the record set
 /// under `keys` in order:
 ///
-///     Ref<NSMutableArray> points = arrayWithDelimitedText_objectDelimiter_fieldDelimiter_keys_
-///         objectClass("1,2,\n3,4,\n"_ns, "\n"_ns, ","_ns, NSArray::arrayWithObjects({"x"_ns,
-///         "y"_ns}), classOf<Point>());
+///     Ref<NSArray> keys = NSArray::arrayWithObjects({"x"_ns, "y"_ns});
+///     Ref<NSMutableArray> points =
+///         arrayWithDelimitedText_objectDelimiter_fieldDelimiter_keys_objectClass(
+///             "1,2,\n3,4,\n"_ns, "\n"_ns, ","_ns, keys, classOf<Point>());
 ///
 /// The delimiters end records and fields rather than part them: what stands behind the last object
 /// delimiter is no record, and what stands behind the last field delimiter of a record is no field,

@@ -2,8 +2,8 @@
 /// The careful copy, which replaces a file without ever being without one, and what goes with it.
 ///
 ///     auto options = QZCopyOverwrite | QZCopyCreateParents;
-///     if (Ref<NSError> error = copyPath_toPath_withOptions(manager, from, to, options))
-///     show(error);
+///     Ref<NSError> error = copyPath_toPath_withOptions(manager, from, to, options);
+///     if (error) show(error);
 ///
 /// Nothing here raises. A nil path counts as the empty one.
 #pragma once

@@ -53,9 +53,9 @@ std::uint32_t objectTypeAtPath(NSFileManager* self, NSString* path);
 bool isDirectoryAtPath_traverseLink(NSFileManager* self, NSString* path, bool traverse);
 bool isDirectoryAtPath(NSFileManager* self, NSString* path);
 
-// Sizes, in bytes
-// ----------------------------------------------------------------------------------- Of regular
-// files; 0 for everything else, links to files included, and for what cannot be asked.
+// Sizes -------------------------------------------------------------------------------------------
+// In bytes, of regular files; 0 for everything else, links to files included, and for what cannot
+// be asked.
 
 /// The length. Linux files have one fork, so both are the same.
 std::uint64_t totalSizeOfFileAtPath(NSFileManager* self, NSString* path);

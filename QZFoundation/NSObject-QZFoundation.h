@@ -2,8 +2,8 @@
 /// Operations of every Object: comparing by key path, dispatch over Arrays, deep copies.
 ///
 ///     auto order = compare_usingKeyPath(a, b, "name"_ns);
-///     Ref<NSMutableArray> replies = performSelector_withObjectsInArray(target, "take:"_sel,
-///     items);
+///     Ref<NSMutableArray> replies =
+///         performSelector_withObjectsInArray(target, "take:"_sel, items);
 #pragma once
 
 #include <cstdint>

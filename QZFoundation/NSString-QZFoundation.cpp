@@ -16,17 +16,15 @@
 #include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSURL.h"
 #include "Platform/Values/NSUUID.h"
+#include "Platform/Values/detail/StringStorage.h"
 
 namespace qz {
+
+using detail::requireString;
+
 namespace {
 
 constexpr std::uint32_t recordCapacity = 255;
-
-NSString* require(NSString* argument, const char* operation) {
-  if (argument == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": nil argument");
-  return argument;
-}
 
 // Elements that an Array makes as it is asked are asked for once, and kept.
 class Pieces {
@@ -76,8 +74,7 @@ void assertRecord(const HFSUniStr255& record, std::int32_t line = __builtin_LINE
 
 }  // namespace
 
-// Building
-// ------------------------------------------------------------------------------------------
+// Building ----------------------------------------------------------------------------------------
 
 Ref<NSString> stringWithStrings(NSArray* strings) { return initWithStrings(strings); }
 
@@ -122,8 +119,8 @@ Ref<NSString> uniqueStringWithBaseString_appendFormatString_inStrings(NSString* 
   const auto isTaken = [strings](NSString* candidate) {
     return send<bool>(strings, "containsObject:"_sel, candidate);
   };
-  if (!isTaken(require(base, operation))) return base;
-  const Ref<NSString> whole = base->stringByAppendingString(require(format, operation));
+  if (!isTaken(&requireString(base, operation))) return base;
+  const Ref<NSString> whole = base->stringByAppendingString(&requireString(format, operation));
   Ref<NSString> before;
   for (std::uint64_t number = 2;; ++number) {
     Ref<NSString> candidate = NSString::stringWithFormat(whole, number);
@@ -136,17 +133,16 @@ Ref<NSString> uniqueStringWithBaseString_appendFormatString_inStrings(NSString* 
   }
 }
 
-// Editing
-// -------------------------------------------------------------------------------------------
+// Editing -----------------------------------------------------------------------------------------
 
 Ref<NSString> stringByPrependingString(NSString* self, NSString* prefix) {
-  return require(prefix, "stringByPrependingString:")->stringByAppendingString(self);
+  return requireString(prefix, "stringByPrependingString:").stringByAppendingString(self);
 }
 
 Ref<NSString> stringByReplacingPrefix_withString(NSString* self, NSString* prefix,
                                                  NSString* replacement) {
   if (!self->hasPrefix(prefix)) return self;
-  require(replacement, "stringByReplacingPrefix:withString:");
+  requireString(replacement, "stringByReplacingPrefix:withString:");
   if (self->length() == prefix->length()) return replacement;
   return replacement->stringByAppendingString(self->substringFromIndex(prefix->length()));
 }
@@ -156,7 +152,7 @@ Ref<NSString> stringByReplacingCharactersInSet_withString(NSString* self, NSChar
   const char* const operation = "stringByReplacingCharactersInSet:withString:";
   if (set == nullptr)
     detail::raise(NSInvalidArgumentException, std::string(operation) + ": the set is nil");
-  const std::u16string_view added = require(replacement, operation)->view();
+  const std::u16string_view added = requireString(replacement, operation).view();
   const std::u16string_view text = self->view();
   auto result = NSMutableString::stringWithCapacity(self->length());
   std::size_t kept = 0;  // units from here on are not copied yet
@@ -197,8 +193,7 @@ Ref<NSString> stringByReplacingPercentEscapes(NSString* self) {
   return CFURLCreateStringByReplacingPercentEscapes(self, ""_ns);
 }
 
-// Paths
-// ---------------------------------------------------------------------------------------------
+// Paths -------------------------------------------------------------------------------------------
 
 Ref<NSString> stringWithPathComponents(NSArray* components) {
   auto path = NSMutableString::string();
@@ -218,12 +213,12 @@ Ref<NSString> stringByAppendingPathComponents(NSString* self, NSArray* component
 }
 
 Ref<NSString> stringByPrependingPathComponent(NSString* self, NSString* component) {
-  return require(component, "stringByPrependingPathComponent:")
-      ->stringByAppendingPathComponent(self);
+  return requireString(component, "stringByPrependingPathComponent:")
+      .stringByAppendingPathComponent(self);
 }
 
 Ref<NSString> stringByAppendingStringBeforePathExtension(NSString* self, NSString* string) {
-  require(string, "stringByAppendingStringBeforePathExtension:");
+  requireString(string, "stringByAppendingStringBeforePathExtension:");
   const Ref<NSString> extension = self->pathExtension();
   if (extension->length() == 0) return self->stringByAppendingString(string);
   return NSString::stringWithFormat("%@%@.%@"_ns, self->stringByDeletingPathExtension(), string,
@@ -263,8 +258,7 @@ void getHFSUniStr255(NSString* self, HFSUniStr255* record) {
   self->getCharacters_range(record->unicode, {0, length});
 }
 
-// Scalars
-// -------------------------------------------------------------------------------------------
+// Scalars -----------------------------------------------------------------------------------------
 
 bool boolValue(NSString* self) { return self->view() == u"YES"; }
 
@@ -285,8 +279,7 @@ std::uint32_t fourCharCode(NSString* self) {
   return code;
 }
 
-// By Selector
-// ---------------------------------------------------------------------------------------
+// By Selector -------------------------------------------------------------------------------------
 
 void detail::registerNSStringQZFoundation() {
   extend<NSString>("QZFoundation")

@@ -30,8 +30,7 @@ struct HFSUniStr255 {
 };
 static_assert(sizeof(HFSUniStr255) == 512);
 
-// Building
-// ------------------------------------------------------------------------------------------
+// Building ----------------------------------------------------------------------------------------
 
 /// The Strings of `strings` one after the other, with the separator between neighbours. The empty
 /// String for nil and for no Strings; a nil separator is the empty one. Raises
@@ -70,8 +69,7 @@ Ref<NSString> uniqueStringWithBaseString_appendFormatString_inStrings(NSString* 
                                                                       NSString* format,
                                                                       NSObject* strings);
 
-// Editing
-// -------------------------------------------------------------------------------------------
+// Editing -----------------------------------------------------------------------------------------
 
 /// `prefix` followed by the receiver.
 Ref<NSString> stringByPrependingString(NSString* self, NSString* prefix);
@@ -99,8 +97,7 @@ Ref<NSString> stringByDeletingNumberFromEnd(NSString* self);
 /// are not UTF-8.
 Ref<NSString> stringByReplacingPercentEscapes(NSString* self);
 
-// Paths
-// ---------------------------------------------------------------------------------------------
+// Paths -------------------------------------------------------------------------------------------
 
 /// "/" and the component for each of `components` that is not "/". The empty String for nil and
 /// where there is nothing else.
@@ -146,8 +143,7 @@ Ref<NSString> carbonPathFromPOSIXPath(NSString* self);
 /// word. Raises NSInvalidArgumentException for null.
 void getHFSUniStr255(NSString* self, HFSUniStr255* record);
 
-// Scalars
-// -------------------------------------------------------------------------------------------
+// Scalars -----------------------------------------------------------------------------------------
 
 /// True for "YES" and nothing else. This is also what Objects answer to the Selector and what
 /// setting a truth value by key takes from a String.

@@ -8,7 +8,6 @@
 #include "Platform/System/NSTask.h"
 #include "Platform/Values/NSPathUtilities.h"
 #include "QZFoundation/detail/ApplicationName.h"
-#include "QZFoundation/detail/DebugKeys.h"
 
 namespace qz {
 namespace {
@@ -37,10 +36,8 @@ Ref<QZLog> QZGetDebugLog() {
   const auto path = debugLogPath();
   const auto manager = NSFileManager::defaultManager();
   if (manager->fileExistsAtPath(path)) manager->removeFileAtPath_handler(path, nullptr);
-  auto log = QZLog::initWithFilePath(path);
-  for (NSString* key : elements<NSString>(detail::debugKeys())) log->setKey_enabled(key, true);
-  state().log = log;
-  return log;
+  state().log = QZLog::initWithFilePath(path);  // which enables the keys under "QZDebug"
+  return state().log;
 }
 
 void QZDebugInitialize() { QZGetDebugLog(); }

@@ -15,7 +15,7 @@ namespace qz {
 /// A handler for the file manager's operations: keeps the failure it is told of, and has the
 /// operation stop.
 ///
-///     auto* handler = QZFileManagerErrorHandler::sharedHandler();
+///     auto handler = QZFileManagerErrorHandler::sharedHandler();
 ///     manager->removeFileAtPath_handler(path, handler);
 ///     if (Ref<NSError> error = handler->lastError()) show(error);
 ///

@@ -84,7 +84,7 @@ constexpr NSPoint QZCenterOfRect(const NSRect& rect) noexcept {
 
 /// The greatest rectangle with the proportions of `size` that fits into `rect`: in the middle of
 /// its width when it is relatively tall, and half its own height above the rectangle's origin when
-/// it is relatively wide. Where proportions have no meaning (0 by 0), the rectangle has no extent.
+/// it is relatively wide. Where proportions have no meaning (0 by 0), the rectangle has no width.
 NSRect QZFitCenteredRect(NSSize size, const NSRect& rect) noexcept;
 
 // Replacing operations ----------------------------------------------------------------------------

@@ -1,13 +1,12 @@
 #include "QZFoundation/QZPathIndexer.h"
 
 #include <algorithm>
-#include <string>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/NSException.h"
+#include "Platform/Values/detail/StringStorage.h"
 #include "QZFoundation/NSString-QZFoundation.h"
 
 namespace qz {
@@ -16,8 +15,7 @@ namespace {
 /// A path as the index has it.
 struct Parts {
   Parts(NSString* path, const char* operation) {
-    if (path == nullptr)
-      detail::raise(NSInvalidArgumentException, std::string(operation) + ": nil argument");
+    detail::requireString(path, operation);
     name = path->lastPathComponent();
     folder = path->stringByDeletingLastPathComponent();
     folderName = folder->lastPathComponent();

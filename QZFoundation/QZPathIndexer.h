@@ -11,7 +11,6 @@
 namespace qz {
 
 class NSMutableDictionary;
-class NSSet;
 
 /// Collects paths, and says by how much of its folder a file is to be shown beside its name.
 ///

@@ -1,5 +1,6 @@
 #include "QZFoundation/QZStorageSizeFormatter.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Platform/Runtime/Describe.h"

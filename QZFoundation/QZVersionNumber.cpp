@@ -1,6 +1,8 @@
 #include "QZFoundation/QZVersionNumber.h"
 
+#include <algorithm>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "Platform/Collections/NSEnumerator.h"

@@ -3,7 +3,6 @@
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Values/NSCharacterSet.h"
-#include "QZFoundation/NSString-QZFoundation.h"
 #include "QZFoundation/NSString-QZSearch.h"
 
 namespace qz {
