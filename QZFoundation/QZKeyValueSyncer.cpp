@@ -1,8 +1,9 @@
 #include "QZFoundation/QZKeyValueSyncer.h"
 
-#include "Platform/Collections/NSArray.h"
+#include <utility>
+#include <vector>
+
 #include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSAssertionHandler.h"
 #include "Platform/Runtime/NSKeyValueObserving.h"
@@ -20,6 +21,11 @@ void requireKey(NSString* key, std::int32_t line, NSString* description) {
         "initWithPrimaryKey:secondaryKey:"_sel, nullptr, "QZKeyValueSyncer"_ns, line, description);
 }
 
+/// The Objects as they are now: a change that is followed may watch or forget others.
+std::vector<Ref<NSObject>> snapshot(const std::list<Ref<NSObject>>& objects) {
+  return {objects.begin(), objects.end()};
+}
+
 Ref<NSString> copyOf(NSString* key) { return key == nullptr ? nullptr : as<NSString>(key->copy()); }
 
 }  // namespace
@@ -33,14 +39,13 @@ QZKeyValueSyncer::QZKeyValueSyncer(NSString* primaryKey, NSString* secondaryKey)
     : primaryKey_(copyOf(primaryKey)),
       secondaryKey_(copyOf(secondaryKey)),
       valueMap_(NSMutableDictionary::dictionary()),
-      inverseValueMap_(NSMutableDictionary::dictionary()),
-      observedObjects_(NSMutableSet::set()) {
+      inverseValueMap_(NSMutableDictionary::dictionary()) {
   requireKey(primaryKey, 18, "Primary key is nil"_ns);
   requireKey(secondaryKey, 19, "Secondary key is nil"_ns);
 }
 
 QZKeyValueSyncer::~QZKeyValueSyncer() {
-  for (NSObject* object : observedObjects_->allObjects()) unobserveObject(object);
+  for (NSObject* object : snapshot(objects_)) unobserveObject(object);
 }
 
 void QZKeyValueSyncer::setPrimaryValue_forSecondaryValue(NSObject* primaryValue,
@@ -58,17 +63,23 @@ Ref<NSObject> QZKeyValueSyncer::primaryValueForSecondaryValue(NSObject* secondar
 }
 
 void QZKeyValueSyncer::observeObject(NSObject* object) {
-  if (object == nullptr || observedObjects_->containsObject(object)) return;
+  if (object == nullptr || places_.contains(object)) return;
   object->addObserver_forKeyPath_options_context(this, primaryKey_, oldAndNew, nullptr);
-  object->addObserver_forKeyPath_options_context(this, secondaryKey_, oldAndNew, nullptr);
-  observedObjects_->addObject(object);
+  try {
+    object->addObserver_forKeyPath_options_context(this, secondaryKey_, oldAndNew, nullptr);
+  } catch (...) {
+    object->removeObserver_forKeyPath(this, primaryKey_);
+    throw;
+  }
+  places_.emplace(object, objects_.insert(objects_.end(), Ref<NSObject>(object)));
 }
 
 void QZKeyValueSyncer::unobserveObject(NSObject* object) {
-  // The very member, should an equal Object be given.
-  const Ref<NSObject> watched = observedObjects_->member(object);
-  if (!watched) return;
-  observedObjects_->removeObject(watched);
+  const auto found = places_.find(object);
+  if (found == places_.end()) return;
+  const Ref<NSObject> watched = std::move(*found->second);
+  objects_.erase(found->second);
+  places_.erase(found);
   watched->removeObserver_forKeyPath(this, primaryKey_);
   watched->removeObserver_forKeyPath(this, secondaryKey_);
 }
@@ -86,11 +97,11 @@ void QZKeyValueSyncer::updatePrimaryValueForObject(NSObject* object) {
 }
 
 void QZKeyValueSyncer::updateSecondaryValues() {
-  for (NSObject* object : observedObjects_->allObjects()) updateSecondaryValueForObject(object);
+  for (NSObject* object : snapshot(objects_)) updateSecondaryValueForObject(object);
 }
 
 void QZKeyValueSyncer::updatePrimaryValues() {
-  for (NSObject* object : observedObjects_->allObjects()) updatePrimaryValueForObject(object);
+  for (NSObject* object : snapshot(objects_)) updatePrimaryValueForObject(object);
 }
 
 void QZKeyValueSyncer::observeValueForKeyPath_ofObject_change_context(NSString* keyPath,

@@ -2,6 +2,9 @@
 /// Two keys of an Object, kept in step through a table of pairs.
 #pragma once
 
+#include <list>
+#include <unordered_map>
+
 #include "Platform/Runtime/Derives.h"
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/Registration.h"
@@ -11,7 +14,6 @@
 namespace qz {
 
 class NSMutableDictionary;
-class NSMutableSet;
 
 /// Watches Objects, and sets one of two keys to the value that is paired with the other's new one.
 ///
@@ -47,7 +49,8 @@ class QZKeyValueSyncer : public Derives<QZKeyValueSyncer, NSObject> {
   Ref<NSObject> primaryValueForSecondaryValue(NSObject* secondaryValue) const;
 
   /// Watches an Object from now on; its values are left as they are. Nothing for one that is
-  /// watched (or equal to one that is), and for nil.
+  /// watched, and for nil. What observing a key raises passes through, and then neither is
+  /// observed.
   void observeObject(NSObject* object);
 
   /// Watches it no longer. Nothing for one that is not watched, and for nil.
@@ -69,7 +72,11 @@ class QZKeyValueSyncer : public Derives<QZKeyValueSyncer, NSObject> {
   const Ref<NSString> secondaryKey_;
   const Ref<NSMutableDictionary> valueMap_;         // primary to secondary
   const Ref<NSMutableDictionary> inverseValueMap_;  // secondary to primary
-  const Ref<NSMutableSet> observedObjects_;
+
+  // The very Objects: their hashes may change with their values.
+  using Objects = std::list<Ref<NSObject>>;
+  Objects objects_;
+  std::unordered_map<const NSObject*, Objects::iterator> places_;
 };
 
 }  // namespace qz

@@ -84,6 +84,29 @@ TEST(QZKeyValueSyncer, EndsWithItsWatching) {
   EXPECT_EQ(object->valueForKey("name"_ns), nullptr);
 }
 
+// Dictionaries are equal, and have other hashes, as their values change.
+TEST(QZKeyValueSyncer, WatchesTheVeryObjects) {
+  auto syncer = sizesAndNames();
+  auto one = make<NSMutableDictionary>();
+  auto two = make<NSMutableDictionary>();
+  syncer->observeObject(one);
+  syncer->observeObject(two);
+  one->setValue_forKey(number(1), "size"_ns);
+  two->setValue_forKey(number(2), "size"_ns);
+  EXPECT_EQ(to_string(two->valueForKey("name"_ns)), "b");
+  syncer->unobserveObject(one);
+  EXPECT_FALSE(detail::isObserved(one));
+  one->setValue_forKey(number(2), "size"_ns);
+  EXPECT_EQ(to_string(one->valueForKey("name"_ns)), "a");
+}
+
+TEST(QZKeyValueSyncer, WatchesBothKeysOrNone) {
+  auto syncer = QZKeyValueSyncer::initWithPrimaryKey_secondaryKey("size"_ns, "all.size"_ns);
+  auto object = NSMutableDictionary::of({{"all"_ns, NSArray::array()}});
+  EXPECT_TRUE(refuses([&] { syncer->observeObject(object); }));  // no path leads through Arrays
+  EXPECT_FALSE(detail::isObserved(object));
+}
+
 TEST(QZKeyValueSyncer, KeysAreRequired) {
   const auto failure = [](NSString* primary, NSString* secondary) {
     try {
