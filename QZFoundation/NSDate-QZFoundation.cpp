@@ -25,7 +25,10 @@ Ref<NSDate> dateWithTimespec(const ::timespec& time) {
 QZTimespec timespec(NSDate* self) {
   const double interval = self->timeIntervalSince1970();
   const auto seconds = detail::saturated<std::int32_t>(std::floor(interval));
-  return {seconds, detail::saturated<std::int32_t>((interval - seconds) * nanosecondsInSecond)};
+  const double nanoseconds = (interval - seconds) * nanosecondsInSecond;
+  // A moment before a second the difference is rounded up to a whole one.
+  if (nanoseconds == nanosecondsInSecond) return {seconds, 999999999};
+  return {seconds, detail::saturated<std::int32_t>(nanoseconds)};
 }
 
 void detail::registerNSDateQZFoundation() {

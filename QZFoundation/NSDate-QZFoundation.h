@@ -29,9 +29,9 @@ struct QZTimespec {
 Ref<NSDate> dateWithTimespec(QZTimespec time);
 Ref<NSDate> dateWithTimespec(const ::timespec& time);
 
-/// The seconds rounded down, so that nanoseconds are never negative; these are cut off. A Date
-/// beyond the range of either is at the nearest value it has; "not a number" is 0. For Dates of any
-/// range, use NSDate's `timePoint`.
+/// The seconds rounded down, so that nanoseconds are not negative; these are cut off. A Date that
+/// is too late or too early gives the greatest or the least value of both, and "not a number" 0.
+/// For Dates of any range, use NSDate's `timePoint`. The receiver must not be nil.
 QZTimespec timespec(NSDate* self);
 
 }  // namespace qz

@@ -18,6 +18,7 @@ TEST(NSDateQZFoundation, IsSecondsAndNanoseconds) {
       {-0.25, {-1, 750000000}},
       {-3, {-3, 0}},
       {0.9999999999, {0, 999999999}},  // cut off, not rounded to a second
+      {-1e-20, {-1, 999999999}},
       {2147483647.5, {greatest, 500000000}},
       {1e10, {greatest, greatest}},
       {-1e300, {least, least}},
