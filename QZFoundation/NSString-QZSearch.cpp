@@ -2,7 +2,6 @@
 
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
-#include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/detail/LibraryBundle.h"
 
 namespace qz {
@@ -31,10 +30,9 @@ bool fits(std::uint32_t kind, NSRange match, std::uint32_t length) {
 [[noreturn]] void raiseIllegalKind(std::uint32_t kind) {
   NSException::raise_reason(
       NSInternalInconsistencyException,
-      QZLocalizedStringFromTableInBundle("Illegal value for search kind (%d)"_ns, nullptr,
-                                         detail::libraryBundle(),
-                                         "Reason for exception raised for illegal search kind"_ns,
-                                         static_cast<std::int32_t>(kind)));
+      detail::message("Illegal value for search kind (%d)"_ns,
+                      "Reason for exception raised for illegal search kind"_ns,
+                      static_cast<std::int32_t>(kind)));
 }
 
 /// Calls `use` with the Range of each line that counts, until it answers false.

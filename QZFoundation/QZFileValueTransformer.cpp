@@ -5,7 +5,6 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/System/NSFileManager.h"
 #include "Platform/Values/NSNumber.h"
-#include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/detail/LibraryBundle.h"
 
 namespace qz {
@@ -77,9 +76,9 @@ Ref<NSURL> QZFileValueTransformer::urlForString_style(NSString* string, std::int
     case Exists:
       NSException::raise_reason(
           NSInvalidArgumentException,
-          QZLocalizedStringFromTableInBundle(
+          detail::message(
               "\"exists\" cannot be used as the input style for a file value transformer"_ns,
-              nullptr, detail::libraryBundle(), "QZFileValueTransformer exception message"_ns));
+              "QZFileValueTransformer exception message"_ns));
     default:
       return nullptr;
   }

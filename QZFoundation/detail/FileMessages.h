@@ -1,26 +1,13 @@
 /// @file
-/// Private: texts of file operations, and Errors that are told in other words.
+/// Private: Errors of file operations, and such as are told in other words.
 #pragma once
-
-#include <cerrno>
 
 #include "Platform/Collections/NSDictionary.h"
 #include "Platform/Values/NSError.h"
 #include "QZFoundation/NSError-QZFoundation.h"
-#include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/detail/LibraryBundle.h"
 
 namespace qz::detail {
-
-/// A message of the library, in the user's language. Leaves `errno` alone.
-template <FormatValue... Args>
-Ref<NSString> message(NSString* key, NSString* comment, const Args&... arguments) {
-  const int kept = errno;
-  auto text =
-      QZLocalizedStringFromTableInBundle(key, nullptr, libraryBundle(), comment, arguments...);
-  errno = kept;
-  return text;
-}
 
 /// The Error of a directory that could not be listed, for the reason `number`.
 inline Ref<NSError> unreadableDirectory(NSString* path, int number) {

@@ -3,7 +3,6 @@
 #include "Platform/Values/NSScanner.h"
 #include "Platform/Values/detail/NumberText.h"
 #include "Platform/Values/detail/UnitKinds.h"
-#include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/detail/LibraryBundle.h"
 
 namespace qz::detail {
@@ -17,9 +16,8 @@ constexpr struct {
     {"seconds", 1, 59}, {"minutes", 60, 59}, {"hours", 3600, 23}, {"days", 86400, INT32_MAX}};
 
 template <FormatValue... Args>
-Ref<NSString> message(NSString* key, const Args&... arguments) {
-  return QZLocalizedStringFromTableInBundle(key, nullptr, libraryBundle(),
-                                            "HMS formatter error string"_ns, arguments...);
+Ref<NSString> hmsMessage(NSString* key, const Args&... arguments) {
+  return message(key, "HMS formatter error string"_ns, arguments...);
 }
 
 }  // namespace
@@ -70,9 +68,9 @@ void HmsReader::readFraction() {
   if (point == text_.npos || point < start_) return;
   const Integer digits = integerAt(point + 1);
   if (!digits.isThere) {
-    error_ = message("Illegal milliseconds value"_ns);
+    error_ = hmsMessage("Illegal milliseconds value"_ns);
   } else if (skipBlanks(digits.end) != text_.size()) {
-    error_ = message("Illegal extra characters"_ns);
+    error_ = hmsMessage("Illegal extra characters"_ns);
   } else {
     fraction_ = digits.value;
     for (std::size_t at = point + 1; at < digits.end && fraction_ != 0; ++at) fraction_ /= 10;
@@ -87,12 +85,12 @@ void HmsReader::readComponent(std::size_t index) {
   const Integer number = integerAt(isFirst ? start_ : colon + 1);
   const auto value = static_cast<std::uint32_t>(number.value);
   if (!number.isThere) {
-    error_ = message("Invalid value for %@ component"_ns, component.name);
+    error_ = hmsMessage("Invalid value for %@ component"_ns, component.name);
   } else if (value > component.greatest) {
     // Also for negative numbers, which are great ones without their sign.
-    error_ = message("Value %d too large for %@ component"_ns, number.value, component.name);
+    error_ = hmsMessage("Value %d too large for %@ component"_ns, number.value, component.name);
   } else if (number.end < end_) {
-    error_ = message("Illegal characters in %@ component"_ns, component.name);
+    error_ = hmsMessage("Illegal characters in %@ component"_ns, component.name);
   } else {
     total_ += component.seconds * value;
     end_ = isFirst ? start_ : colon;
