@@ -7,7 +7,7 @@
 ///         dictionaryWithKeyPathForKeys_keyPathForValues(packages, "name"_ns, "size"_ns);
 ///
 /// A failed search of an index answers NSNotFound. Indices out of range raise NSRangeException.
-/// Elements are visited in order; what they raise passes through.
+/// Elements are visited in order; what they raise passes through. Receivers must not be nil.
 #pragma once
 
 #include <cstdint>
@@ -78,7 +78,7 @@ Ref<NSObject> firstObject(NSArray* self);
 
 // Derived Arrays.
 
-/// `object`, `count` times; empty for a count below 1.
+/// `object`, `count` times; empty for a count below 1. Nil raises NSInvalidArgumentException.
 Ref<NSMutableArray> arrayWithObject_repeatedNumberOfTimes(NSObject* object, std::int32_t count);
 
 /// What each element answers to `selector` with `object`, with `placeholder` for nil. Nil as a

@@ -1,13 +1,13 @@
 #include "QZFoundation/NSArray-QZIndexMap.h"
 
-#include <cstdlib>
 #include <numeric>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
-#include "QZFoundation/NSObject-QZFoundation.h"
+#include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/MapSort.h"
 
 namespace qz {

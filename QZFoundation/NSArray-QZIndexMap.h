@@ -4,6 +4,8 @@
 ///     Ref<QZIndexMap> bySize = sortMapUsingKeyPath(packages, "installedSize"_ns);
 ///     Ref<NSArray> sorted = arrayUsingMap(packages, bySize);
 ///     Ref<NSArray> names = arrayUsingMap(packageNames, bySize);
+///
+/// Receivers must not be nil.
 #pragma once
 
 #include "Platform/Collections/NSMutableArray.h"

@@ -1,5 +1,5 @@
 /// @file
-/// Coding of an Object's values by their keys.
+/// Coding of an Object's values by their keys. The receiver must not be nil.
 #pragma once
 
 #include "Platform/Text/NSCoder.h"

@@ -5,6 +5,8 @@
 ///     Ref<NSMutableDictionary> adults = dictionaryByMatchingValue_forKeyPath(people, yes,
 ///                                                                            "adult"_ns);
 ///     bool isQuiet = boolForKey(settings, "quiet"_ns);
+///
+/// Receivers must not be nil.
 #pragma once
 
 #include <array>

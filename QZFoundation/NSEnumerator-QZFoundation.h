@@ -1,5 +1,5 @@
 /// @file
-/// Indexing what an enumerator walks over.
+/// Indexing what an enumerator walks over. The receiver must not be nil.
 #pragma once
 
 #include "Platform/Collections/NSEnumerator.h"

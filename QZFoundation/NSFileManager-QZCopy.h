@@ -5,7 +5,7 @@
 ///     Ref<NSError> error = copyPath_toPath_withOptions(manager, from, to, options);
 ///     if (error) show(error);
 ///
-/// Nothing here raises. A nil path counts as the empty one.
+/// Nothing here raises. A nil path counts as the empty one; the receiver must not be nil.
 #pragma once
 
 #include <cstdint>

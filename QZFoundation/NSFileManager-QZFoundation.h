@@ -5,7 +5,8 @@
 ///
 /// What answers an Error answers nil for success and never raises. Texts are in the user's
 /// language. A nil path counts as the empty one, which names nothing; as the directory above a
-/// name, the empty path is the current one. NSFileManager-QZCopy.h has the careful copy.
+/// name, the empty path is the current one. Receivers must not be nil. NSFileManager-QZCopy.h has
+/// the careful copy.
 #pragma once
 
 #include <cstdint>

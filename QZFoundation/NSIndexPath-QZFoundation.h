@@ -1,5 +1,5 @@
 /// @file
-/// Index paths: joined and shortened.
+/// Index paths: joined and shortened. Receivers must not be nil.
 #pragma once
 
 #include "Platform/Values/NSIndexPath.h"

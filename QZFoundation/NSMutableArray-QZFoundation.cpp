@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
-#include <string>
 #include <vector>
 
 #include "Platform/Collections/NSEnumerator.h"

@@ -4,6 +4,8 @@
 ///     insertObject_sortedBySelector(names, "Grace"_ns, "compare:"_sel);
 ///     filterObjectsWithSelector(packages, "isInstalled"_sel);
 ///     reverseOrder(packages);
+///
+/// Receivers must not be nil.
 #pragma once
 
 #include "Platform/Collections/NSMutableArray.h"

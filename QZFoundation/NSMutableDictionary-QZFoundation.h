@@ -1,5 +1,5 @@
 /// @file
-/// Dictionaries that change: merged, and rid of values.
+/// Dictionaries that change: merged, and rid of values. Receivers must not be nil.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 /// @file
-/// Numbers: from raw bytes, added, and asked for their kind.
+/// Numbers: from raw bytes, added, and asked for their kind. Receivers must not be nil.
 #pragma once
 
 #include <cstdint>

@@ -48,7 +48,8 @@ bool performBoolSelector_withObject(NSObject* self, Selector selector, NSObject*
 std::int32_t performIntSelector_withObject(NSObject* self, Selector selector, NSObject* object);
 
 /// Sends `selector` to the receiver once for each element of `array`, in order, and answers the
-/// answers: one for each element, Null for nil.
+/// answers: one for each element, Null for nil. Nil for a nil receiver; a nil Array has no
+/// elements.
 Ref<NSMutableArray> performSelector_withObjectsInArray(NSObject* self, Selector selector,
                                                        NSArray* array);
 

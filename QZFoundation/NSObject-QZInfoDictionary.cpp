@@ -1,6 +1,5 @@
 #include "QZFoundation/NSObject-QZInfoDictionary.h"
 
-#include <string>
 #include <utility>
 
 #include "Platform/Collections/NSArray.h"

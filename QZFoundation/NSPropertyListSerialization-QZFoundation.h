@@ -30,8 +30,8 @@ Ref<NSObject> propertyListFromFile_mutabilityOptions_format_error(NSString* path
 Ref<NSError> writePropertyList_toFile_format(NSObject* propertyList, NSString* path,
                                              NSPropertyListFormat format);
 
-/// Writes the Dictionary in XML, all or nothing if `atomically`. Whether it was written; `error`,
-/// which may be null, becomes nil when it was.
+/// Writes the Dictionary, which must not be nil, in XML, all or nothing if `atomically`. Whether it
+/// was written; `error`, which may be null, becomes nil when it was.
 bool writeToFile_atomically_error(NSDictionary* self, NSString* path, bool atomically,
                                   Ref<NSError>* error);
 

@@ -10,7 +10,7 @@
 namespace qz {
 
 /// Whether all Objects that are left in `enumerator` are members; stops at the first that is not.
-/// True when there are none.
+/// True when there are none, and for nil. The receiver must not be nil.
 bool containsObjectsFromEnumerator(NSSet* self, NSEnumerator* enumerator);
 
 }  // namespace qz

@@ -1,5 +1,5 @@
 /// @file
-/// User defaults registered from files.
+/// User defaults registered from files. The receiver must not be nil.
 #pragma once
 
 #include "Platform/System/NSBundle.h"

@@ -1,7 +1,7 @@
 #include "QZFoundation/QZDebug.h"
 
 #include <mutex>
-#include <string>
+#include <utility>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/System/NSFileManager.h"

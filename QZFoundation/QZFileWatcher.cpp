@@ -8,7 +8,6 @@
 
 #include "Platform/Collections/NSDictionary.h"
 #include "Platform/Concurrency/NSNotificationCenter.h"
-#include "Platform/Concurrency/NSRunLoop.h"
 #include "Platform/Concurrency/NSThread.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"

@@ -39,7 +39,8 @@ class QZFileWatcher : public Derives<QZFileWatcher, NSObject> {
  public:
   static void describe(ClassDescription<QZFileWatcher>& is);
 
-  /// Watches from now on, until it is destroyed. Raise NSInvalidArgumentException for nil.
+  /// Watches from now on, until it is destroyed. Raises NSInvalidArgumentException for nil, and
+  /// NSGenericException when the system has no thread to give.
   static Ref<QZFileWatcher> initWithPath(NSString* path);
 
   /// The same, with the kernel's events wherever they tell all that happens to the file: on file

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <utility>
 
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/Send.h"

@@ -17,7 +17,7 @@ namespace qz {
 /// Formatted are days, hours, minutes and seconds, as many as are needed: 65 seconds are "01:05",
 /// 93784.5 seconds are "1:2:03:04.500". Hours have no leading zero, and what is below a minute
 /// keeps its colon: ":05". The fraction is cut to milliseconds, never rounded up. Durations from
-/// 2³² seconds on wrap around, infinities and "not a number" show as ":00".
+/// 2³² seconds on wrap around; infinities and "not a number" show as no seconds, ":00" or "-:00".
 ///
 /// Read is the same, from the right: seconds, minutes, hours, days; what stands before the days is
 /// overlooked. Blanks may precede each number. The fraction may have any number of digits and is

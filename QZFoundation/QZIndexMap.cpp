@@ -9,8 +9,8 @@
 #include "Platform/Runtime/NSAssertionHandler.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSMutableString.h"
 #include "Platform/Values/NSNumber.h"
+#include "Platform/Values/NSString.h"
 #include "QZFoundation/detail/IntValue.h"
 
 namespace qz {

@@ -4,13 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <ctime>
 #include <utility>
 
 #include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/System/NSFileManager.h"
 #include "Platform/System/detail/PathBytes.h"

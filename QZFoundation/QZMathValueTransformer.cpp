@@ -1,6 +1,6 @@
 #include "QZFoundation/QZMathValueTransformer.h"
 
-#include <iterator>
+#include <string>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Runtime/Describe.h"

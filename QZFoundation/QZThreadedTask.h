@@ -76,7 +76,8 @@ class QZThreadedTask : public Derives<QZThreadedTask, NSObject> {
   // Life. Any thread.
 
   /// Runs the task on a new thread, which keeps it alive, and returns at once. Calling it again
-  /// runs the task again, on another thread: nothing keeps two runs apart.
+  /// runs the task again, on another thread: nothing keeps two runs apart. Raises
+  /// NSGenericException when the system has no thread to give.
   virtual void start();
 
   /// What the thread does; see above. Not meant to be called.

@@ -133,7 +133,8 @@ class QZTreeWatcher : public Derives<QZTreeWatcher, NSObject> {
   using Listener = std::function<void(NSArray* changes)>;
 
   /// Lists the tree, which takes its time, and watches it from then on. Nil and an Error when there
-  /// is no folder with that path, it may not be read, or there are no more descriptors.
+  /// is no folder with that path, it may not be read, or there are no more descriptors. Raises
+  /// NSGenericException when the system has no thread to give.
   static Ref<QZTreeWatcher> initWithPath(NSString* path, Listener listener,
                                          const QZTreeWatcherOptions& options = {},
                                          Ref<NSError>* error = nullptr);

@@ -71,15 +71,17 @@ class XJKQueue : public Derives<XJKQueue, NSObject> {
   static Ref<XJKQueue> sharedFileWatcher();
 
   /// A queue of its own. Nil when the system has none to give: each takes one of the user's inotify
-  /// instances, of which there are 128 by default.
+  /// instances, of which there are 128 by default. Raises NSGenericException when it has no thread
+  /// to give.
   static Ref<XJKQueue> init();
 
   /// The descriptor behind it.
   int queueFD() const noexcept;
 
   /// Watches a path for being deleted, written to or renamed and for changes of attributes, or for
-  /// the kinds in `mask`. 0, or the `errno` of the failure, and then nothing has changed. Adding a
-  /// path again makes another watch, which reports by itself.
+  /// the kinds in `mask`. 0, or the `errno` of the failure, and then nothing has changed: ENOENT
+  /// for nil, EINVAL for what can be no path. Adding a path again makes another watch, which
+  /// reports by itself.
   void addPath(NSString* path);
   std::int32_t addPathToQueue(NSString* path);
   std::int32_t addPathToQueue_notifyingAbout(NSString* path, std::uint32_t mask);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/Send.h"

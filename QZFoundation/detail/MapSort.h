@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "Platform/Runtime/NSObject.h"
 #include "Platform/Runtime/Selector.h"
