@@ -20,7 +20,6 @@
 namespace qz::bench {
 namespace {
 
-constexpr std::size_t million = 1'000'000;
 constexpr std::size_t searched = 100'000;
 constexpr std::int32_t oldest = 1'000'000;  // every other one is an adult, at random
 

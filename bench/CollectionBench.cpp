@@ -7,13 +7,13 @@
 #include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Values/NSNumber.h"
 #include "bench/support/Comparison.h"
+#include "bench/support/Data.h"
 #include "bench/support/Families.h"
 #include "bench/support/Plain.h"
 
 namespace qz::bench {
 namespace {
 
-constexpr std::size_t million = 1'000'000;
 constexpr std::int32_t firstInt = 100'000;  // beyond the shared Numbers: each is an Object
 
 Ref<NSArray> numbers(std::size_t count) {

@@ -12,11 +12,10 @@
 #include "bench/support/Comparison.h"
 #include "bench/support/Data.h"
 #include "bench/support/Families.h"
+#include "bench/support/Maps.h"
 
 namespace qz::bench {
 namespace {
-
-constexpr std::size_t million = 1'000'000;
 
 using Map = std::unordered_map<std::u16string, const void*>;
 using Keys = std::vector<Ref<NSString>>;
@@ -28,31 +27,10 @@ Keys makeKeys(std::size_t count) {
   return keys;
 }
 
-std::vector<std::u16string> plainKeys(std::size_t count) {
-  std::vector<std::u16string> keys;
-  for (const std::string& name : randomNames(count)) keys.push_back(widened(name));
-  return keys;
-}
-
 Ref<NSMutableDictionary> dictionaryOf(const Keys& keys) {
   auto dictionary = make<NSMutableDictionary>();
   for (NSString* key : keys) dictionary->setObject_forKey(NSNull::null(), key);
   return dictionary;
-}
-
-Map mapOf(const std::vector<std::u16string>& keys) {
-  Map map;
-  for (const std::u16string& key : keys) map.emplace(key, &map);
-  return map;
-}
-
-// The keys asked for are other Strings than those in the table, in another order.
-template <class All>
-All shuffled(All keys) {
-  const auto random = anyInts(keys.size());
-  for (std::size_t i = keys.size(); i > 1; --i)
-    std::swap(keys[i - 1], keys[static_cast<std::uint32_t>(random[i - 1]) % i]);
-  return keys;
 }
 
 void lookUp(benchmark::State& state) {
@@ -65,16 +43,6 @@ void lookUp(benchmark::State& state) {
   }
 }
 
-void findInMap(benchmark::State& state) {
-  const Map map = mapOf(plainKeys(million));
-  const auto wanted = shuffled(plainKeys(million));
-  for (auto _ : state) {
-    std::size_t found = 0;
-    for (const std::u16string& key : wanted) found += map.find(key) != map.end();
-    benchmark::DoNotOptimize(found);
-  }
-}
-
 void insert(benchmark::State& state) {
   const Keys keys = makeKeys(million);
   for (auto _ : state) {
@@ -82,17 +50,6 @@ void insert(benchmark::State& state) {
     benchmark::DoNotOptimize(dictionary);
     state.PauseTiming();
     dictionary = nullptr;
-    state.ResumeTiming();
-  }
-}
-
-void insertIntoMap(benchmark::State& state) {
-  const auto keys = plainKeys(million);
-  for (auto _ : state) {
-    auto map = std::make_unique<Map>(mapOf(keys));
-    benchmark::DoNotOptimize(map);
-    state.PauseTiming();
-    map = nullptr;
     state.ResumeTiming();
   }
 }
@@ -114,27 +71,9 @@ void removeAndEnumerate(benchmark::State& state) {
   }
 }
 
-void removeFromMap(benchmark::State& state) {
-  const auto keys = plainKeys(million);
-  const Map all = mapOf(keys);
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto map = std::make_unique<Map>(all);
-    state.ResumeTiming();
-    for (std::size_t i = 0; i < million; i += 2) map->erase(keys[i]);
-    std::size_t length = 0;
-    for (const auto& [key, value] : *map) length += key.size();
-    benchmark::DoNotOptimize(length);
-    state.PauseTiming();
-    map = nullptr;
-    state.ResumeTiming();
-  }
-}
-
 void keepDictionary(std::size_t count) {
   new Ref<NSMutableDictionary>(dictionaryOf(makeKeys(count)));
 }
-void keepMap(std::size_t count) { new Map(mapOf(plainKeys(count))); }
 
 // Trees: each node has a name and ten children, down to a hundred thousand nodes -----------------
 
@@ -190,14 +129,14 @@ void copyPlainTree(benchmark::State& state) {
 void compareDictionaries() {
   compare("LookUpStrings",
           {"look 1,000,000 Strings up in a Dictionary", "std::unordered_map<u16string>", 0.45},
-          &lookUp, &findInMap);
+          &lookUp, &findInMap<Map>);
   compare("InsertStrings",
           {"insert 1,000,000 String keys, one by one", "std::unordered_map<u16string>", 0.25},
-          &insert, &insertIntoMap);
+          &insert, &insertIntoMap<Map>);
   compare("RemoveAndEnumerate",
           {"remove half of 1,000,000 String keys and enumerate the rest in order",
            "std::unordered_map<u16string>, in no order", 0.5},
-          &removeAndEnumerate, &removeFromMap);
+          &removeAndEnumerate, &removeFromMap<Map>);
   compare("DeepCopy",
           {"deepCopy of a tree of 100,000 nodes with a name and children, and destroy it",
            "copy of a tree of structs", 2},
@@ -205,7 +144,7 @@ void compareDictionaries() {
   compareMemory("InsertStrings",
                 {"bytes for each of 1,000,000 entries of a Dictionary, the String keys included",
                  "std::unordered_map<u16string>", million, 100},
-                &keepDictionary, &keepMap);
+                &keepDictionary, &keepMap<Map>);
 }
 
 }  // namespace qz::bench

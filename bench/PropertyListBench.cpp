@@ -1,9 +1,11 @@
 // Property lists read and written, and Data compressed.
+#include <sys/resource.h>
 #include <unistd.h>
 #include <zlib.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
@@ -15,8 +17,7 @@
 #endif
 
 #include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Collections/NSMutableDictionary.h"
+#include "Platform/Collections/NSDictionary.h"
 #include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSDate.h"
@@ -24,8 +25,9 @@
 #include "Platform/Values/NSString.h"
 #include "QZFoundation/NSData-QZFoundation.h"
 #include "bench/support/Comparison.h"
-#include "bench/support/Data.h"
 #include "bench/support/Families.h"
+#include "bench/support/Files.h"
+#include "bench/support/Records.h"
 
 namespace qz::bench {
 namespace {
@@ -39,30 +41,6 @@ void repeat(State& state, Work work) {
     auto result = work();
     benchmark::DoNotOptimize(result);
   }
-}
-
-// Records such as an address book has: about 5 MB of XML.
-NSArray* records() {
-  static NSArray* const all = [] {
-    auto array = NSMutableArray::array();
-    const std::vector<std::string> names = randomNames(12'000);
-    for (std::size_t i = 0; i < names.size(); ++i) {
-      const auto name = NSString::stringWithUTF8String(names[i]);
-      const auto number = NSNumber::of(static_cast<std::int64_t>(i * 7919 % 100'003));
-      auto marks = NSArray::arrayWithObjects({number, NSNumber::of(static_cast<double>(i) / 7)});
-      array->addObject(NSDictionary::of(
-          {{"name"_ns, name},
-           {"street"_ns, NSString::stringWithFormat("%@ & Sons Street %d"_ns, name, i % 300)},
-           {"city"_ns, NSString::stringWithUTF8String(names[i % 100])},
-           {"number"_ns, number},
-           {"active"_ns, NSNumber::of(i % 3 == 0)},
-           {"since"_ns, NSDate::dateWithTimeIntervalSince1970(1e9 + static_cast<double>(i) * 997)},
-           {"marks"_ns, marks},
-           {"seal"_ns, NSData::dataWithBytes(names[i])}}));
-    }
-    return as<NSArray>(array->copy()).leak();
-  }();
-  return all;
 }
 
 Ref<NSData> written(NSPropertyListFormat format) {
@@ -313,6 +291,32 @@ void gzipFilePlain(State& state) {
   ::unlink(path.c_str());
 }
 
+// gzip(1) at zlib's usual level. As the other sides it is charged with processor time: the child's,
+// from its start.
+double secondsOfChildren() {
+  ::rusage used{};
+  ::getrusage(RUSAGE_CHILDREN, &used);
+  const auto seconds = [](const ::timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return seconds(used.ru_utime) + seconds(used.ru_stime);
+}
+
+void gzipProgram(State& state, const char* toWhere) {
+  const std::string path = place().at("records");
+  const auto data = written(NSPropertyListXMLFormat);
+  std::ofstream(path, std::ios::binary) << data->view();
+  for (auto _ : state) {
+    const double before = secondsOfChildren();
+    if (!runProgram({"gzip", "-6", toWhere, path})) state.SkipWithError("gzip failed");
+    state.SetIterationTime(secondsOfChildren() - before);
+  }
+}
+
+void compressingProgram(State& state) { gzipProgram(state, "--stdout"); }
+
+void gzipFileProgram(State& state) { gzipProgram(state, "-fk"); }
+
 }  // namespace
 
 void comparePropertyLists() {
@@ -333,6 +337,8 @@ void comparePropertyLists() {
           &write<binary>, &bareWrites);
   compare("Compress", {"compressedData, 5 MB", "zlib", 1.01}, &compressing, &compressingPlain);
   compare("GzipFile", {"writeToGzipFile, 5 MB", "zlib", 1.01}, &gzipFile, &gzipFilePlain);
+  compareElapsedPeer("Compress", "gzip", &compressingProgram);
+  compareElapsedPeer("GzipFile", "gzip", &gzipFileProgram);
 }
 
 }  // namespace qz::bench

@@ -1,7 +1,5 @@
 // Notifications, and work handed from thread to thread.
 #include <chrono>
-#include <condition_variable>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -10,12 +8,11 @@
 #include <vector>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
-#include "Platform/Concurrency/NSRunLoop.h"
-#include "Platform/Concurrency/NSThread.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Values/NSString.h"
 #include "bench/support/Comparison.h"
 #include "bench/support/Families.h"
+#include "bench/support/Servers.h"
 
 namespace qz::bench {
 namespace {
@@ -86,79 +83,6 @@ void addAndRemoveFunction(benchmark::State& state) {
   }
 }
 
-/// A thread that runs its loop.
-class Server {
- public:
-  Server()
-      : thread_(NSThread::detachNewThread(
-            [] { NSRunLoop::currentRunLoop()->runUntilDate(NSDate::distantFuture()); })) {}
-  ~Server() {
-    loop->stop();
-    thread_->waitUntilFinished();
-  }
-
- private:
-  Ref<NSThread> thread_;
-
- public:
-  Ref<NSRunLoop> loop = thread_->runLoop();
-  void call(const std::function<void()>& function) { loop->performAndWait(function); }
-  template <class F>
-  void post(F function) {
-    loop->perform(std::move(function));
-  }
-};
-
-/// The same as one writes it with a mutex, a condition variable and a deque.
-class PlainServer {
- public:
-  PlainServer()
-      : thread_([this] {
-          for (;;) {
-            std::function<void()> next;
-            {
-              std::unique_lock lock(mutex_);
-              wake_.wait(lock, [this] { return !queue_.empty(); });
-              next = std::move(queue_.front());
-              queue_.pop_front();
-            }
-            if (!next) return;
-            next();
-          }
-        }) {}
-  ~PlainServer() {
-    post(std::function<void()>());
-    thread_.join();
-  }
-  void call(const std::function<void()>& function) {
-    bool isDone = false;
-    std::mutex mutex;
-    std::condition_variable done;
-    post([&] {
-      function();
-      std::lock_guard lock(mutex);
-      isDone = true;
-      done.notify_one();
-    });
-    std::unique_lock lock(mutex);
-    done.wait(lock, [&] { return isDone; });
-  }
-  template <class F>
-  void post(F function) {
-    {
-      std::lock_guard lock(mutex_);
-      queue_.emplace_back(std::move(function));
-    }
-    wake_.notify_one();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  std::deque<std::function<void()>> queue_;
-  std::thread thread_;
-};
-
 template <class Of>
 void callIdle(benchmark::State& state) {
   Of server;
@@ -215,6 +139,9 @@ void compareThreads() {
           &callBurst<Server>, &callBurst<PlainServer>);
   compare("PostedCalls", {"have a loop call a function", "mutex and std::deque", 0.5, true},
           &postMany<Server>, &postMany<PlainServer>);
+  compareWaitingPeer("CallIdle", "futex", &callIdle<FutexServer>);
+  compareWaitingPeer("CallBurst", "futex", &callBurst<FutexServer>);
+  compareWaitingPeer("PostedCalls", "futex", &postMany<FutexServer>);
 }
 
 }  // namespace qz::bench

@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
   qz::bench::compareStrings();
   qz::bench::compareMessages();
   qz::bench::compareThreads();
+  qz::bench::compareCoroutines();
   qz::bench::compareObserving();
   qz::bench::compareThreadedTask();
   qz::bench::compareWatching();
@@ -49,6 +50,7 @@ int main(int argc, char** argv) {
   qz::bench::compareQtFiles();
   qz::bench::compareQtFormatters();
   qz::bench::compareQtDictionaries();
+  qz::bench::compareQtPropertyLists();
   qz::bench::compareQtObserving();
   qz::bench::compareQtWatching();
 #endif
@@ -63,6 +65,12 @@ int main(int argc, char** argv) {
 #endif
 #if defined(QZ_BENCH_SPDLOG)
   qz::bench::compareSpdlog();
+#endif
+#if defined(QZ_BENCH_ABSEIL)
+  qz::bench::compareAbseilDictionaries();
+#endif
+#if defined(QZ_BENCH_ROBIN_MAP)
+  qz::bench::compareRobinMapDictionaries();
 #endif
 
   const std::string memory = qz::bench::memoryTable();

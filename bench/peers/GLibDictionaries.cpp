@@ -11,25 +11,15 @@
 namespace qz::bench {
 namespace {
 
-constexpr std::size_t million = 1'000'000;
-
 GHashTable* tableOf(const std::vector<std::string>& keys) {
   GHashTable* table = g_hash_table_new_full(&g_str_hash, &g_str_equal, &g_free, nullptr);
   for (const std::string& key : keys) g_hash_table_insert(table, g_strdup(key.c_str()), table);
   return table;
 }
 
-std::vector<std::string> shuffledNames() {
-  auto keys = randomNames(million);
-  const auto random = anyInts(keys.size());
-  for (std::size_t i = keys.size(); i > 1; --i)
-    std::swap(keys[i - 1], keys[static_cast<std::uint32_t>(random[i - 1]) % i]);
-  return keys;
-}
-
 void lookUp(benchmark::State& state) {
   GHashTable* table = tableOf(randomNames(million));
-  const auto wanted = shuffledNames();
+  const auto wanted = shuffled(randomNames(million));
   for (auto _ : state) {
     std::size_t found = 0;
     for (const std::string& key : wanted) found += g_hash_table_contains(table, key.c_str()) != 0;

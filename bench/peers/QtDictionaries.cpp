@@ -1,7 +1,6 @@
 // Qt 6: hashes of strings.
 #include <QHash>
 #include <QString>
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,8 +11,6 @@
 
 namespace qz::bench {
 namespace {
-
-constexpr std::size_t million = 1'000'000;
 
 using Hash = QHash<QString, const void*>;
 
@@ -31,10 +28,7 @@ Hash hashOf(const std::vector<QString>& keys) {
 
 void lookUp(benchmark::State& state) {
   const Hash hash = hashOf(keysOf(million));
-  std::vector<QString> wanted = keysOf(million);
-  const auto random = anyInts(wanted.size());
-  for (std::size_t i = wanted.size(); i > 1; --i)
-    std::swap(wanted[i - 1], wanted[static_cast<std::uint32_t>(random[i - 1]) % i]);
+  const auto wanted = shuffled(keysOf(million));
   for (auto _ : state) {
     std::size_t found = 0;
     for (const QString& key : wanted) found += hash.contains(key);

@@ -54,6 +54,10 @@ std::string ratio(double value, double reference) {
   return number(quotient < 10 ? "%.2f" : "%.0f", quotient);
 }
 
+bool hasColumn(const std::string& name) {
+  return name == "ours" || name == "reference" || std::ranges::count(peers, name) != 0;
+}
+
 std::string missed(bool isMissed) { return isMissed ? " (missed)" : ""; }
 
 }  // namespace
@@ -68,6 +72,10 @@ void compare(const std::string& family, Row row, Case ours, Case reference) {
 
 void comparePeer(const std::string& family, const std::string& peer, Case theirs) {
   benchmark::RegisterBenchmark((family + "/" + peer).c_str(), theirs);
+}
+
+void compareWaitingPeer(const std::string& family, const std::string& peer, Case theirs) {
+  benchmark::RegisterBenchmark((family + "/" + peer).c_str(), theirs)->UseRealTime();
 }
 
 void compareElapsed(const std::string& family, Row row, Case ours, Case reference) {
@@ -138,7 +146,7 @@ namespace {
 std::string others(const MedianReporter& reporter, const std::string& family, double reference) {
   std::string text;
   for (const std::string& peer : reporter.peersIn(family)) {
-    if (peer == "ours" || peer == "reference" || std::ranges::count(peers, peer) != 0) continue;
+    if (hasColumn(peer)) continue;
     text += (text.empty() ? "" : ", ") + peer + " " +
             ratio(reporter.median(family + "/" + peer), reference);
   }
@@ -173,8 +181,8 @@ std::string memoryTable() {
   for (const auto& [family, cases] : memoryRows()) {
     if (!std::regex_search(family + "/ours", wanted)) continue;
     if (out.view().empty())
-      out << "\n| memory | reference | ours | reference takes | at most | Qt | GLib |\n"
-          << "|---|---|--:|--:|--:|--:|--:|\n";
+      out << "\n| memory | reference | ours | reference takes | at most | Qt | GLib | others |\n"
+          << "|---|---|--:|--:|--:|--:|--:|---|\n";
     const auto bytes = [&cases = cases](const std::string& name) {
       const auto build = cases.builds.find(name);
       if (build == cases.builds.end()) return 0.0;
@@ -188,7 +196,11 @@ std::string memoryTable() {
       const double theirs = bytes(peer);
       out << " " << (theirs == 0 ? "" : number("%.1f", theirs)) << " |";
     }
-    out << "\n";
+    std::string others;
+    for (const auto& [peer, build] : cases.builds)
+      if (!hasColumn(peer))
+        others += (others.empty() ? "" : ", ") + peer + " " + number("%.1f", bytes(peer));
+    out << " " << others << " |\n";
   }
   return out.str();
 }

@@ -39,6 +39,9 @@ void compare(const std::string& family, Row row, Case ours, Case reference);
 /// Enters the same operation of a peer into a row; any order.
 void comparePeer(const std::string& family, const std::string& peer, Case theirs);
 
+/// The same where the row's `waits` is set.
+void compareWaitingPeer(const std::string& family, const std::string& peer, Case theirs);
+
 /// The same for what the processor's time says little of: files, other processes, several threads.
 /// Each iteration of the cases tells what it took with `SetIterationTime`.
 void compareElapsed(const std::string& family, Row row, Case ours, Case reference);

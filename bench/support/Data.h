@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qz::bench {
@@ -15,6 +16,9 @@ inline constexpr std::size_t visited = 1024;
 
 /// How many classes take part where "eight classes" are promised.
 inline constexpr std::size_t classes = 8;
+
+/// How many keys the large tables have.
+inline constexpr std::size_t million = 1'000'000;
 
 /// `count` numbers from 0 up to `bound`, exclusive.
 std::vector<std::int32_t> randomInts(std::size_t count, std::int32_t bound);
@@ -29,5 +33,14 @@ std::vector<std::string> randomNames(std::size_t count);
 std::vector<std::string> randomPaths(std::size_t count);
 
 std::u16string widened(const std::string& ascii);
+
+/// The same in another order: keys are asked for in another than that of the table.
+template <class All>
+All shuffled(All keys) {
+  const auto random = anyInts(keys.size());
+  for (std::size_t i = keys.size(); i > 1; --i)
+    std::swap(keys[i - 1], keys[static_cast<std::uint32_t>(random[i - 1]) % i]);
+  return keys;
+}
 
 }  // namespace qz::bench

@@ -14,6 +14,7 @@ void compareSorting();
 void compareStrings();
 void compareMessages();
 void compareThreads();
+void compareCoroutines();
 void compareObserving();
 void compareThreadedTask();
 void compareWatching();
@@ -30,6 +31,7 @@ void compareQtStrings();
 void compareQtFiles();
 void compareQtFormatters();
 void compareQtDictionaries();
+void compareQtPropertyLists();
 void compareQtWatching();
 void compareQtObserving();
 void compareGLib();
@@ -38,5 +40,7 @@ void compareGLibWatching();
 void compareGLibObserving();
 void compareBoostObserving();
 void compareSpdlog();
+void compareAbseilDictionaries();
+void compareRobinMapDictionaries();
 
 }  // namespace qz::bench
