@@ -73,6 +73,20 @@ class DigitReader {
   std::u16string_view rest_;
 };
 
+/// Where the first digit begins that may differ: behind the plain digits that both texts begin
+/// with.
+std::size_t plainPrefix(std::u16string_view first, std::u16string_view second) noexcept {
+  const std::size_t shorter = std::min(first.size(), second.size());
+  std::size_t start = 0;
+  for (std::size_t i = 0; i < shorter && first[i] == second[i]; ++i) {
+    if (first[i] == u'.' && i > start)
+      start = i + 1;
+    else if (first[i] < u'0' || first[i] > u'9')
+      break;
+  }
+  return start;
+}
+
 NSNumber& requireNumber(NSObject* object, const char* operation) {
   NSNumber* number = as<NSNumber>(object);
   if (number == nullptr)
@@ -120,8 +134,11 @@ Ref<QZVersionNumber> QZVersionNumber::initWithDigits(NSArray* digits) {
 
 NSComparisonResult QZVersionNumber::compareVersionString_withVersionString(NSString* first,
                                                                            NSString* second) {
-  DigitReader left(first != nullptr ? first->view() : std::u16string_view());
-  DigitReader right(second != nullptr ? second->view() : std::u16string_view());
+  const std::u16string_view one = first != nullptr ? first->view() : std::u16string_view();
+  const std::u16string_view other = second != nullptr ? second->view() : std::u16string_view();
+  const std::size_t start = plainPrefix(one, other);
+  DigitReader left(one.substr(start));
+  DigitReader right(other.substr(start));
   for (;;) {
     const auto a = left.next();
     const auto b = right.next();

@@ -1,8 +1,8 @@
 #include "QZFoundation/XJKQueue.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <deque>
 #include <map>
 #include <mutex>
 #include <string>
@@ -32,9 +32,16 @@ struct detail::KQueueState {
   std::atomic<bool> alwaysNotify{false};
   WeakRef<XJKQueue> queue;  // written before the thread starts
 
+  struct PathHash {
+    std::size_t operator()(NSString* path) const { return path->hash(); }
+  };
+  struct SamePath {
+    bool operator()(NSString* a, NSString* b) const { return a->isEqualToString(b); }
+  };
+
   std::mutex mutex;                                   // guards what follows
   std::map<VnodeEvents::Watch, Ref<NSString>> paths;  // in the order they were added
-  std::unordered_map<std::u16string, std::deque<VnodeEvents::Watch>> byPath;
+  std::unordered_multimap<NSString*, VnodeEvents::Watch, PathHash, SamePath> byPath;
   WeakRef<NSObject> delegate;
   Ref<XJMainThreadProxy> delegateProxy;
 
@@ -131,13 +138,13 @@ std::int32_t XJKQueue::addPathToQueue(NSString* path) {
 std::int32_t XJKQueue::addPathToQueue_notifyingAbout(NSString* path, std::uint32_t mask) {
   const detail::PathBytes bytes(path);
   if (bytes.error() != 0) return bytes.error();
-  const Ref<NSString> kept = NSString::stringWithString(path);
+  Ref<NSString> kept = NSString::stringWithString(path);
   // Under the lock, so that the thread finds the path of a watch that reports at once.
   std::lock_guard lock(state_->mutex);
   const VnodeEvents::Watch watch = state_->events->add(std::string(bytes.view()), mask);
   if (watch == 0) return errno;
-  state_->paths.emplace_hint(state_->paths.end(), watch, kept);
-  state_->byPath[std::u16string(kept->view())].push_back(watch);
+  state_->byPath.emplace(kept, watch);
+  state_->paths.emplace_hint(state_->paths.end(), watch, std::move(kept));
   return 0;
 }
 
@@ -146,11 +153,12 @@ void XJKQueue::removePath(NSString* path) { removePathFromQueue(path); }
 void XJKQueue::removePathFromQueue(NSString* path) {
   if (path == nullptr) return;
   std::lock_guard lock(state_->mutex);
-  const auto found = state_->byPath.find(std::u16string(path->view()));
-  if (found == state_->byPath.end()) return;
-  const VnodeEvents::Watch watch = found->second.front();
-  found->second.pop_front();
-  if (found->second.empty()) state_->byPath.erase(found);
+  const auto [first, last] = state_->byPath.equal_range(path);
+  if (first == last) return;
+  const auto eldest = std::min_element(
+      first, last, [](const auto& a, const auto& b) { return a.second < b.second; });
+  const VnodeEvents::Watch watch = eldest->second;
+  state_->byPath.erase(eldest);
   state_->paths.erase(watch);
   state_->events->remove(watch);
 }

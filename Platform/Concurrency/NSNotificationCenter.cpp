@@ -11,7 +11,9 @@ namespace qz {
 namespace {
 
 void tell(const detail::Recipients& recipients, NSNotification* notification, NSObject* sender) {
-  for (const auto& entry : recipients.all()) {
+  if (recipients.only)
+    recipients.only->performSelector_withObject(recipients.selector, notification);
+  for (const auto& entry : recipients.several) {
     if (!entry->wanted.load(std::memory_order_acquire)) continue;
     Ref<NSObject> observer = entry->observer.load();
     if (observer && entry->isFrom(sender))
@@ -77,8 +79,7 @@ void NSNotificationCenter::postNotificationName_object_userInfo(NSString* name, 
   if (name == nullptr)
     detail::raise(NSInvalidArgumentException, "a Notification needs a name, not nil");
   const detail::Recipients recipients = table_->recipients(name, object);
-  if (!recipients.all().empty())
-    tell(recipients, make<NSNotification>(name, object, userInfo), object);
+  if (!recipients.isEmpty()) tell(recipients, make<NSNotification>(name, object, userInfo), object);
 }
 
 void NSNotificationToken::describe(ClassDescription<NSNotificationToken>& is) {

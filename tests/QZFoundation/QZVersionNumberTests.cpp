@@ -51,6 +51,25 @@ TEST(QZVersionNumber, OrderIsNumericAndLettersComeBefore) {
   EXPECT_TRUE(refuses([] { version("1")->compare(nullptr); }));
 }
 
+// Texts that begin alike are compared from where they may differ: nothing may be lost by it.
+TEST(QZVersionNumber, TextsCompareAsTheirVersions) {
+  std::mt19937 random(7);
+  const auto append = [&](std::string& text, std::size_t count) {
+    while (count-- > 0) text += "0129..ab -x"[random() % 11];
+  };
+  for (int i = 0; i < 5000; ++i) {
+    std::string first, second;
+    append(first, random() % 8);
+    second = first;
+    append(first, random() % 4);
+    append(second, random() % 4);
+    EXPECT_EQ(QZVersionNumber::compareVersionString_withVersionString(
+                  NSString::stringWithUTF8String(first), NSString::stringWithUTF8String(second)),
+              version(first.c_str())->compare(version(second.c_str())))
+        << first << " and " << second;
+  }
+}
+
 TEST(QZVersionNumber, EqualVersionsHashAlike) {
   const std::pair<const char*, int> versions[] = {{"", 0},       {"0", 0},     {"0.0.0", 0},
                                                   {"1", 1},      {"1.0.0", 1}, {"1.0b", 2},

@@ -32,7 +32,7 @@ bool LoopCore::run(ModeMask mode, std::optional<SteadyTime> limit, Until until) 
     const bool served = turn(mode);
     if (stop_.exchange(false) || (served && until == Until::served)) return served;
     if (limit && std::chrono::steady_clock::now() >= *limit) return served;
-    if (hasEnded() || (until == Until::nothingLeft && isEmpty())) return served;
+    if (ended_ || (until == Until::nothingLeft && isEmpty())) return served;
     if (served) continue;  // something may have become ready meanwhile
     std::optional<SteadyTime> wake =
         timers->first([&](ModeMask modes) { return runsIn(mode, modes); });
@@ -60,9 +60,8 @@ bool LoopCore::turn(ModeMask mode) {
       core.currentMode = outer;
     }
   } scope{*this, std::exchange(currentMode, mode)};
-  signal->lower();
+  if (signal->lower()) takeIncoming();
   bool served = serveDeferred();
-  takeIncoming();
   served = serveQueued() || served;
   served = serveTimers() || served;
   scope.isWhole = true;
@@ -126,11 +125,6 @@ bool LoopCore::serveTimers() {
     served = true;
     timer->fireInLoop(time);
   }
-}
-
-bool LoopCore::hasEnded() {
-  std::lock_guard lock(mutex_);
-  return ended_;
 }
 
 bool LoopCore::isEmpty() {

@@ -17,7 +17,8 @@
 namespace qz::detail {
 
 /// The queue has two ends: under a lock, where every thread adds, and the loop's own, to which the
-/// whole of the first is moved at once. So serving takes the lock once a turn, not once a task.
+/// whole of the first is moved at once. So serving takes the lock once a turn, not once a task, and
+/// not at all while the signal is lowered: nobody has added anything then.
 class LoopCore {
  public:
   /// When a run returns, unless it is stopped.
@@ -67,13 +68,12 @@ class LoopCore {
   bool serveDeferred();
   bool serveTimers();
   void takeIncoming();
-  bool hasEnded();
   bool isEmpty();
   void forget(NSObject* target, NSTimer* timer);
 
-  std::mutex mutex_;  // guards the next two
+  std::mutex mutex_;  // guards the tasks, and the writing of what follows them
   std::vector<LoopTask> incoming_;
-  bool ended_ = false;
+  std::atomic<bool> ended_{false};
 
   std::vector<LoopTask> batch_;
   std::size_t next_ = 0;          // the first of the batch that was not served yet

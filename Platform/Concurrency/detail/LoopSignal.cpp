@@ -53,10 +53,10 @@ void LoopSignal::wait(std::optional<SteadyTime> limit) noexcept {
 
 // The descriptors come first: one that is raised in between then still reads as ready. The other
 // way round it would stay raised while nothing says so, and raising it again would tell nobody.
-void LoopSignal::lower() noexcept {
+bool LoopSignal::lower() noexcept {
   if (const int event = event_.load(); event >= 0) drain(event);
   if (const int timer = timer_.load(); timer >= 0) drain(timer);
-  state_.exchange(lowered);
+  return state_.exchange(lowered) == raised;
 }
 
 int LoopSignal::descriptor() {

@@ -28,8 +28,8 @@ class LoopSignal {
   /// below.
   void wait(std::optional<SteadyTime> limit) noexcept;
 
-  /// Lowers it. What was done before it was raised is visible afterwards.
-  void lower() noexcept;
+  /// Lowers it; whether it was raised. What was done before it was raised is visible afterwards.
+  bool lower() noexcept;
 
   /// A descriptor that reads as ready while the flag is raised or the time given to `arm` has come;
   /// made on first use. -1 and `errno` when there is none to be had.

@@ -1,26 +1,13 @@
 #include "Platform/Concurrency/detail/ObserverTable.h"
 
 #include <algorithm>
+#include <array>
 
 namespace qz::detail {
 
 namespace {
 bool earlier(const ObserverEntryRef& a, const ObserverEntryRef& b) { return a->order < b->order; }
 }  // namespace
-
-void Recipients::add(const std::vector<ObserverEntryRef>& entries) {
-  if (many_.empty() && !only_ && entries.size() == 1) {
-    only_ = entries.front();
-    return;
-  }
-  if (only_) many_.push_back(std::move(only_));
-  many_.insert(many_.end(), entries.begin(), entries.end());
-}
-
-void Recipients::sort() {
-  if (!std::is_sorted(many_.begin(), many_.end(), &earlier))
-    std::sort(many_.begin(), many_.end(), &earlier);
-}
 
 void ObserverTable::add(NSObject* observer, Selector selector, NSString* name, NSObject* sender) {
   Ref<NSString> kept = name == nullptr ? nullptr : NSString::stringWithString(name);
@@ -96,21 +83,31 @@ std::vector<Ref<NSObject>> ObserverTable::sweep(Entries& removed) {
   return alive;
 }
 
-void ObserverTable::addMatching(Recipients& found, NSString* name, const NSObject* sender) const {
-  auto place = byFilter_.find({name, sender});
-  if (place != byFilter_.end()) found.add(place->second);
-}
-
-Recipients ObserverTable::recipients(NSString* name, const NSObject* sender) {
+Recipients ObserverTable::recipients(NSString* name, NSObject* sender) {
   Recipients found;
+  std::array<const Entries*, 4> lists;
+  std::size_t count = 0;
+  const auto look = [&](NSString* itsName, const NSObject* itsSender) {
+    const auto place = byFilter_.find({itsName, itsSender});
+    if (place != byFilter_.end()) lists[count++] = &place->second;
+  };
   std::lock_guard lock(mutex_);
-  addMatching(found, name, nullptr);
-  if (withoutName_ != 0) addMatching(found, nullptr, nullptr);
+  look(name, nullptr);
+  if (withoutName_ != 0) look(nullptr, nullptr);
   if (withSender_ != 0 && sender != nullptr) {
-    addMatching(found, name, sender);
-    if (withoutName_ != 0) addMatching(found, nullptr, sender);
+    look(name, sender);
+    if (withoutName_ != 0) look(nullptr, sender);
   }
-  found.sort();
+  if (count == 1 && lists[0]->size() == 1) {
+    const ObserverEntry& entry = *lists[0]->front();
+    if (!entry.isFrom(sender)) return found;  // which the caller keeps, so this releases nothing
+    found.only = entry.observer.load();
+    found.selector = entry.selector;
+    return found;
+  }
+  for (std::size_t i = 0; i < count; ++i)
+    found.several.insert(found.several.end(), lists[i]->begin(), lists[i]->end());
+  if (count > 1) std::sort(found.several.begin(), found.several.end(), &earlier);
   return found;
 }
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <span>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -44,18 +43,13 @@ struct ObserverEntry {
 
 using ObserverEntryRef = std::shared_ptr<ObserverEntry>;
 
-/// Those to be told, in order.
-class Recipients {
- public:
-  std::span<const ObserverEntryRef> all() const noexcept {
-    return many_.empty() ? std::span(&only_, only_ ? 1u : 0u) : std::span(many_);
-  }
-  void add(const std::vector<ObserverEntryRef>& entries);
-  void sort();
+/// Those to be told.
+struct Recipients {
+  bool isEmpty() const noexcept { return !only && several.empty(); }
 
- private:
-  ObserverEntryRef only_;  // spares the usual case an allocation
-  std::vector<ObserverEntryRef> many_;
+  Ref<NSObject> only;  // the usual case: a single one, which needs no entry once it is alive
+  Selector selector;   // of `only`
+  std::vector<ObserverEntryRef> several;  // in order
 };
 
 /// Entries by name and sender, and by observer. Any thread.
@@ -68,7 +62,7 @@ class ObserverTable {
   /// Null stands for "whatever it is".
   void remove(const NSObject* observer, NSString* name, const NSObject* sender);
 
-  Recipients recipients(NSString* name, const NSObject* sender);
+  Recipients recipients(NSString* name, NSObject* sender);
 
  private:
   /// What an entry filters by; null for any.
@@ -90,7 +84,6 @@ class ObserverTable {
   using Entries = std::vector<ObserverEntryRef>;
   using ByObserver = std::unordered_multimap<const NSObject*, ObserverEntryRef>;
 
-  void addMatching(Recipients& found, NSString* name, const NSObject* sender) const;
   void takeOut(const ObserverEntryRef& entry, Entries& removed);
   std::vector<Ref<NSObject>> sweep(Entries& removed);
 

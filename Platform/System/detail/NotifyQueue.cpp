@@ -18,11 +18,16 @@ int NotifyQueue::open() {
 bool NotifyQueue::wait(int milliseconds) {
   pollfd ready[] = {{descriptor(), POLLIN, 0}, {wake_.number(), POLLIN, 0}};
   if (::poll(ready, 2, milliseconds) <= 0) return false;
-  if (ready[1].revents != 0) {
-    std::uint64_t count = 0;
-    [[maybe_unused]] const auto bytes = ::read(wake_.number(), &count, sizeof count);
-  }
+  if (ready[1].revents != 0) waitForWake(0);
   return ready[0].revents != 0;
+}
+
+bool NotifyQueue::waitForWake(int milliseconds) {
+  pollfd ready{wake_.number(), POLLIN, 0};
+  if (::poll(&ready, 1, milliseconds) <= 0) return false;
+  std::uint64_t count = 0;
+  [[maybe_unused]] const auto bytes = ::read(wake_.number(), &count, sizeof count);
+  return true;
 }
 
 void NotifyQueue::wake() noexcept {

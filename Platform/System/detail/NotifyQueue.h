@@ -16,7 +16,7 @@
 
 namespace qz::detail {
 
-/// `wait` and `read` belong to one thread; the rest may be called from any thread.
+/// The waits and `read` belong to one thread; the rest may be called from any thread.
 class NotifyQueue {
  public:
   /// What the kernel tells of a watch, or, with a name, of a member of a watched folder.
@@ -44,6 +44,9 @@ class NotifyQueue {
   /// Waits until there is something to read, for ever when `milliseconds` is negative. Whether
   /// there is.
   bool wait(int milliseconds);
+
+  /// Waits for `wake` alone. Whether it was called.
+  bool waitForWake(int milliseconds);
 
   /// Ends the wait in progress, or else the next one.
   void wake() noexcept;

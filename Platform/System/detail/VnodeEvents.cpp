@@ -34,7 +34,7 @@ VnodeEvents::Known VnodeEvents::look(const std::string& path) noexcept {
   return {true, is.st_dev, is.st_ino, is.st_size, is.st_nlink, is.st_mode, is.st_uid, is.st_gid};
 }
 
-VnodeEvents::Watch VnodeEvents::add(const std::string& path, std::uint32_t mask) {
+VnodeEvents::Watch VnodeEvents::add(std::string path, std::uint32_t mask) {
   if (path.find('\0') != std::string::npos) {
     errno = ENOENT;
     return 0;
@@ -45,7 +45,8 @@ VnodeEvents::Watch VnodeEvents::add(const std::string& path, std::uint32_t mask)
   if (number < 0) return 0;
   const Watch watch = ++last_;
   // What was watched may have been replaced since: then it was deleted, which is on its way here.
-  entries_.emplace_hint(entries_.end(), watch, Entry{path, mask, number, look(path)});
+  const Known known = look(path);
+  entries_.emplace_hint(entries_.end(), watch, Entry{std::move(path), mask, number, known});
   byNumber_[number].push_back(watch);
   return watch;
 }
@@ -57,11 +58,11 @@ void VnodeEvents::remove(Watch watch) {
   const int number = found->second.number;
   entries_.erase(found);
   if (number < 0) return;
-  std::vector<Watch>& sharing = byNumber_[number];
-  std::erase(sharing, watch);
-  if (!sharing.empty()) return;
-  byNumber_.erase(number);
-  if (queue_.remove(number)) ++retired_[number];
+  const auto sharing = byNumber_.find(number);
+  std::erase(sharing->second, watch);
+  if (!sharing->second.empty()) return;
+  byNumber_.erase(sharing);
+  queue_.remove(number);
 }
 
 bool VnodeEvents::has(Watch watch) {
@@ -70,6 +71,11 @@ bool VnodeEvents::has(Watch watch) {
 }
 
 std::vector<VnodeEvents::Event> VnodeEvents::wait(std::chrono::milliseconds longest) {
+  // The last word on a removed watch wakes this thread for nothing. More removals tend to follow:
+  // a moment later theirs come all at once.
+  const auto moment = std::min(longest, std::chrono::milliseconds(1));
+  if (std::exchange(hasRemoved_, false) && queue_.waitForWake(static_cast<int>(moment.count())))
+    return {};
   if (!queue_.wait(static_cast<int>(longest.count()))) return {};
   std::lock_guard lock(mutex_);
   readOnce();
@@ -91,14 +97,12 @@ bool VnodeEvents::readOnce() {
 }
 
 void VnodeEvents::take(int number, std::uint32_t bits, bool isOfMember) {
-  if (const auto retired = retired_.find(number); retired != retired_.end()) {
-    // The kernel's last word on a watch that was removed; its number may serve another one by now,
-    // whose events come after this.
-    if ((bits & IN_IGNORED) != 0 && --retired->second == 0) retired_.erase(retired);
+  const auto sharing = byNumber_.find(number);
+  if (sharing == byNumber_.end()) {
+    // Late news of a removed watch: the kernel counts its numbers up, so this is no other one's.
+    if ((bits & IN_IGNORED) != 0) hasRemoved_ = true;
     return;
   }
-  const auto sharing = byNumber_.find(number);
-  if (sharing == byNumber_.end()) return;
   if ((bits & IN_IGNORED) != 0) {
     forgetNumber(number);
     return;
@@ -185,7 +189,6 @@ void VnodeEvents::settleDoubts() {
 }
 
 void VnodeEvents::lost() {
-  retired_.clear();  // their last words may be among what was lost
   for (auto& [watch, entry] : entries_) report(watch, vnodeWritten & entry.mask);
 }
 

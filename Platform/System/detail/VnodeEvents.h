@@ -56,7 +56,7 @@ class VnodeEvents {
 
   /// Watches what is at `path` now for the kinds in `mask`; links are followed. 0 and `errno` when
   /// it cannot be watched.
-  Watch add(const std::string& path, std::uint32_t mask);
+  Watch add(std::string path, std::uint32_t mask);
 
   /// Ends a watch; nothing for one that has ended.
   void remove(Watch watch);
@@ -110,12 +110,12 @@ class VnodeEvents {
   void forgetNumber(int number);
 
   NotifyQueue queue_;
+  bool hasRemoved_ = false;  // the last wait met the end of a removed watch; its thread's own
 
   std::mutex mutex_;  // guards what follows
   Watch last_ = 0;
   std::map<Watch, Entry> entries_;
   std::unordered_map<int, std::vector<Watch>> byNumber_;
-  std::unordered_map<int, int> retired_;  // numbers removed whose last words have not come yet
   std::vector<Event> pending_;
   std::unordered_map<Watch, std::size_t> places_;  // in `pending_`
   std::vector<Watch> doubtful_;  // lost their name, to a deletion or to a renaming to be told yet

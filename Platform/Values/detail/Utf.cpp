@@ -300,12 +300,12 @@ template <class From, class To>
 inline To* convertBlocks(const From*& at, const From* end, To* out) noexcept {
   while (static_cast<std::size_t>(end - at) >= block) {
     convertBlock(at, out);
-    const std::size_t ascii = asciiInBlock(at);
-    if (ascii == block) {  // a step of known length need not wait for the count
+    if (isAsciiBlock(at)) {  // a step of known length need not wait for a count
       at += block;
       out += block;
       continue;
     }
+    const std::size_t ascii = asciiInBlock(at);
     at += ascii;
     out = convertSome(at, end, out + ascii);
   }
