@@ -196,13 +196,15 @@ TEST_F(QZFileWatcherTest, AHundredShareOneQueueOfTheKernel) {
     }
     return found;
   };
+  const int before = queues();  // of which one may be theirs already
   std::vector<Ref<QZFileWatcher>> watchers;
   for (int i = 0; i < 100; ++i) {
     const std::string file = directory.write(std::to_string(i), "");
     watchers.push_back(QZFileWatcher::initWithPath_usingKernelEvents(ns(file), true));
     ASSERT_FALSE(watchers.back()->usesTimer());
   }
-  EXPECT_EQ(queues(), 1);
+  EXPECT_GE(queues(), 1);
+  EXPECT_LE(queues(), before + 1);
 }
 
 TEST_F(QZFileWatcherTest, OneThreadPollsWhileThereIsSomethingToPoll) {
