@@ -10,6 +10,7 @@
 #include "Platform/Collections/detail/Membership.h"
 #include "Platform/Collections/detail/MergeSort.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSNull.h"
 #include "QZFoundation/NSObject-QZFoundation.h"

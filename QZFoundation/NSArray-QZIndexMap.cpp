@@ -71,8 +71,7 @@ void sortIndices(std::span<NSObject*> objects, std::int32_t* indices, Selector s
 }
 
 void requireMap(const char* operation, NSArray* array, QZIndexMap* map) {
-  if (map == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": the map is nil");
+  detail::requireArgument(operation, "the map", map);
   if (map->count() < array->count()) detail::raiseIndex(operation, map->count(), map->count());
 }
 

@@ -149,8 +149,7 @@ Ref<NSString> stringByReplacingPrefix_withString(NSString* self, NSString* prefi
 Ref<NSString> stringByReplacingCharactersInSet_withString(NSString* self, NSCharacterSet* set,
                                                           NSString* replacement) {
   const char* const operation = "stringByReplacingCharactersInSet:withString:";
-  if (set == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": the set is nil");
+  detail::requireArgument(operation, "the set", set);
   const std::u16string_view added = requireString(replacement, operation).view();
   const std::u16string_view text = self->view();
   auto result = NSMutableString::stringWithCapacity(self->length());

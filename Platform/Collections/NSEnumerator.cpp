@@ -5,6 +5,7 @@
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/detail/ArrayBuilder.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
 
 namespace qz {
 namespace {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/detail/ArrayBuilder.h"
 #include "Platform/Runtime/Describe.h"
+#include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Values/NSString.h"
 

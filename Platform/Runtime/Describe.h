@@ -4,9 +4,7 @@
 #pragma once
 
 #include <array>
-#include <memory>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 

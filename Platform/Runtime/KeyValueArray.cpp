@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Collections/detail/ArrayBuilder.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Runtime/Send.h"

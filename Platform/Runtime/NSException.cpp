@@ -69,11 +69,9 @@ void raiseIndex(const char* operation, std::uint64_t index, std::uint64_t count)
                               " beyond count " + std::to_string(count));
 }
 
-void raiseRange(const char* operation, std::uint64_t location, std::uint64_t length,
-                std::uint64_t available) {
-  raise(NSRangeException, std::string(operation) + ": range {" + std::to_string(location) + ", " +
-                              std::to_string(length) + "} beyond length " +
-                              std::to_string(available));
+void requireArgument(const char* operation, const char* what, const void* argument) {
+  if (argument == nullptr)
+    raise(NSInvalidArgumentException, std::string(operation) + ": " + what + " is nil");
 }
 
 }  // namespace detail

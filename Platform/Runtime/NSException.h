@@ -105,9 +105,8 @@ namespace detail {
 /// Raises NSRangeException: "<operation>: index 7 beyond count 3".
 [[noreturn]] void raiseIndex(const char* operation, std::uint64_t index, std::uint64_t count);
 
-/// Raises NSRangeException: "<operation>: range {5, 4} beyond length 3".
-[[noreturn]] void raiseRange(const char* operation, std::uint64_t location, std::uint64_t length,
-                             std::uint64_t available);
+/// Raises NSInvalidArgumentException, "<operation>: <what> is nil", when `argument` is nil.
+void requireArgument(const char* operation, const char* what, const void* argument);
 
 }  // namespace detail
 

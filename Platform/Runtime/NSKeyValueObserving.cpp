@@ -3,7 +3,6 @@
 #include <exception>
 #include <string>
 
-#include "Platform/Collections/detail/ArrayBuilder.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/detail/ChangeFrame.h"
 #include "Platform/Runtime/detail/Observation.h"

@@ -156,7 +156,8 @@ class NSObject {
                                                                       NSObject* object);
 
   // Key-value access. A key names the operation without arguments that reads it, and "set" and the
-  // key the one that writes it; properties and fields are entered as such operations.
+  // key the one that writes it; properties and fields are entered as such operations. A key that is
+  // nil raises NSInvalidArgumentException.
 
   /// The value under `key`: scalars boxed as the Number kind they have. Raises
   /// NSUndefinedKeyException for a key this Object does not have.

@@ -124,6 +124,7 @@ Ref<NSDictionary> NSDirectoryEnumerator::directoryAttributes() const {
 void NSDirectoryEnumerator::describe(ClassDescription<NSDirectoryEnumerator>& is) {
   is.named("NSDirectoryEnumerator")
       .method<&NSDirectoryEnumerator::skipDescendents>("skipDescendents")
+      .method<&NSDirectoryEnumerator::error>("error")
       .method<&NSDirectoryEnumerator::level>("level")
       .method<&NSDirectoryEnumerator::fileAttributes>("fileAttributes")
       .method<&NSDirectoryEnumerator::directoryAttributes>("directoryAttributes");

@@ -65,8 +65,7 @@ CodePointSet pointsIn(std::u16string_view text) {
 }
 
 CodePointSet pointsIn(NSRange range, const char* operation) {
-  if (NSMaxRange(range) > CodePointSet::limit)
-    detail::raiseRange(operation, range.location, range.length, CodePointSet::limit);
+  detail::requireRange(operation, range, CodePointSet::limit);
   return CodePointSet({{range.location, range.location + range.length}});
 }
 

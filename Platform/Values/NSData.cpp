@@ -116,14 +116,12 @@ void NSData::getBytes_length(void* buffer, std::uint32_t length) const noexcept 
 }
 
 void NSData::getBytes_range(void* buffer, NSRange range) const {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("getBytes:range:", range.location, range.length, length_);
+  detail::requireRange("getBytes:range:", range, length_);
   std::copy_n(bytes_ + range.location, range.length, static_cast<std::byte*>(buffer));
 }
 
 Ref<NSData> NSData::subdataWithRange(NSRange range) const {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("subdataWithRange:", range.location, range.length, length_);
+  detail::requireRange("subdataWithRange:", range, length_);
   if (range.length == length_) return dataWithData(const_cast<NSData*>(this));
   return dataWithBytes(span().subspan(range.location, range.length));
 }
@@ -131,8 +129,7 @@ Ref<NSData> NSData::subdataWithRange(NSRange range) const {
 NSRange NSData::rangeOfData_options_range(NSData* data, std::uint32_t options,
                                           NSRange range) const {
   const std::string_view sought = detail::requireData(data, "rangeOfData:options:range:").view();
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("rangeOfData:options:range:", range.location, range.length, length_);
+  detail::requireRange("rangeOfData:options:range:", range, length_);
   const std::string_view within = view().substr(range.location, range.length);
   if (sought.empty() || sought.size() > within.size()) return notFoundRange;
   const bool isBackwards = (options & NSDataSearchBackwards) != 0;

@@ -20,8 +20,7 @@ NSTimeInterval now() noexcept {
 }
 
 NSDate& requireDate(NSDate* date, const char* operation) {
-  if (date == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": the Date is nil");
+  detail::requireArgument(operation, "the Date", date);
   return *date;
 }
 

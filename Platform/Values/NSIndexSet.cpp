@@ -22,8 +22,7 @@ std::uint32_t lastOf(NSRange range) { return range.location + range.length - 1; 
 /// Adds a range that begins at or behind the begin of the last one.
 void NSIndexSet::append(NSRange range) {
   if (range.length == 0) return;
-  if (NSMaxRange(range) > NSNotFound)
-    detail::raiseRange("NSIndexSet", range.location, range.length, NSNotFound);
+  detail::requireRange("NSIndexSet", range, NSNotFound);
   if (!ranges_.empty() && NSMaxRange(ranges_.back()) >= range.location) {
     count_ -= ranges_.back().length;
     ranges_.back() = NSUnionRange(ranges_.back(), range);

@@ -42,11 +42,6 @@ NSAttributedString& requireText(NSAttributedString* string, const char* operatio
   return *string;
 }
 
-void requireRange(const char* operation, NSRange range, std::uint32_t length) {
-  if (NSMaxRange(range) > length)
-    detail::raiseRange(operation, range.location, range.length, length);
-}
-
 }  // namespace
 
 // Making ------------------------------------------------------------------------------------------
@@ -118,7 +113,7 @@ void NSMutableAttributedString::changeAttributes(NSRange range, Change change) {
 }
 
 void NSMutableAttributedString::setAttributes_range(NSDictionary* attributes, NSRange range) {
-  requireRange("setAttributes:range:", range, length());
+  detail::requireRange("setAttributes:range:", range, length());
   Runs runs;
   if (range.length > 0)
     runs.push_back({range.length, NSDictionary::dictionaryWithDictionary(attributes)});
@@ -126,7 +121,7 @@ void NSMutableAttributedString::setAttributes_range(NSDictionary* attributes, NS
 }
 
 void NSMutableAttributedString::addAttributes_range(NSDictionary* attributes, NSRange range) {
-  requireRange("addAttributes:range:", range, length());
+  detail::requireRange("addAttributes:range:", range, length());
   changeAttributes(
       range, [attributes](NSMutableDictionary* all) { all->addEntriesFromDictionary(attributes); });
 }
@@ -138,14 +133,14 @@ void NSMutableAttributedString::addAttribute_value_range(NSString* name, NSObjec
 
 void NSMutableAttributedString::removeAttribute_range(NSString* name, NSRange range) {
   requireString(name, "removeAttribute:range:");
-  requireRange("removeAttribute:range:", range, length());
+  detail::requireRange("removeAttribute:range:", range, length());
   changeAttributes(range, [name](NSMutableDictionary* all) { all->removeObjectForKey(name); });
 }
 
 void NSMutableAttributedString::replaceCharactersInRange_withString(NSRange range,
                                                                     NSString* string) {
   const NSString& added = requireString(string, "replaceCharactersInRange:withString:");
-  requireRange("replaceCharactersInRange:withString:", range, length());
+  detail::requireRange("replaceCharactersInRange:withString:", range, length());
   Runs runs;
   if (added.length() > 0) {
     const bool takesFromBefore = range.length == 0 && range.location > 0;
@@ -162,12 +157,12 @@ void NSMutableAttributedString::replaceCharactersInRange_withAttributedString(
   // As it is now: it may be this very one.
   const Ref<NSAttributedString> added =
       as<NSAttributedString>(requireText(string, operation).copy());
-  requireRange(operation, range, length());
+  detail::requireRange(operation, range, length());
   replaceRuns(range, added->runs_, added->string());
 }
 
 void NSMutableAttributedString::deleteCharactersInRange(NSRange range) {
-  requireRange("deleteCharactersInRange:", range, length());
+  detail::requireRange("deleteCharactersInRange:", range, length());
   replaceRuns(range, {}, ""_ns);
 }
 

@@ -138,8 +138,7 @@ void NSMutableData::increaseLengthBy(std::uint32_t more) {
 }
 
 void NSMutableData::resetBytesInRange(NSRange range) {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("resetBytesInRange:", range.location, range.length, length_);
+  detail::requireRange("resetBytesInRange:", range, length_);
   std::fill_n(buffer() + range.location, range.length, std::byte{0});
 }
 
@@ -149,9 +148,7 @@ void NSMutableData::replaceBytesInRange_withBytes(NSRange range, const void* byt
 
 void NSMutableData::replaceBytesInRange_withBytes_length(NSRange range, const void* bytes,
                                                          std::uint32_t length) {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("replaceBytesInRange:withBytes:length:", range.location, range.length,
-                       length_);
+  detail::requireRange("replaceBytesInRange:withBytes:length:", range, length_);
   replace(range, std::span(static_cast<const std::byte*>(bytes), length));
 }
 

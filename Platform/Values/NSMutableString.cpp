@@ -99,16 +99,13 @@ void NSMutableString::insertString_atIndex(NSString* string, std::uint32_t index
 }
 
 void NSMutableString::deleteCharactersInRange(NSRange range) {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("deleteCharactersInRange:", range.location, range.length, length_);
+  detail::requireRange("deleteCharactersInRange:", range, length_);
   replace(range, {});
 }
 
 void NSMutableString::replaceCharactersInRange_withString(NSRange range, NSString* string) {
   const std::u16string_view units = requireString(string, "replaceCharactersInRange:withString:");
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("replaceCharactersInRange:withString:", range.location, range.length,
-                       length_);
+  detail::requireRange("replaceCharactersInRange:withString:", range, length_);
   replace(range, units);
 }
 

@@ -59,6 +59,18 @@ std::ostream& operator<<(std::ostream& out, NSRange range);
 /// The range that a failed search answers.
 inline constexpr NSRange notFoundRange{NSNotFound, 0};
 
+namespace detail {
+
+/// Raises NSRangeException: "<operation>: range {5, 4} beyond length 3".
+[[noreturn]] void raiseRange(const char* operation, NSRange range, std::uint32_t available);
+
+/// Raises it unless `range` lies within `available`.
+inline void requireRange(const char* operation, NSRange range, std::uint32_t available) {
+  if (NSMaxRange(range) > available) raiseRange(operation, range, available);
+}
+
+}  // namespace detail
+
 }  // namespace qz
 
 #pragma GCC visibility pop

@@ -108,8 +108,7 @@ char16_t NSString::characterAtIndex(std::uint32_t index) const {
 }
 
 void NSString::getCharacters_range(char16_t* buffer, NSRange range) const {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("getCharacters:range:", range.location, range.length, length_);
+  detail::requireRange("getCharacters:range:", range, length_);
   std::copy_n(units_ + range.location, range.length, buffer);
 }
 
@@ -153,8 +152,7 @@ Ref<NSString> NSString::substringToIndex(std::uint32_t index) const {
 }
 
 Ref<NSString> NSString::substringWithRange(NSRange range) const {
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange("substringWithRange:", range.location, range.length, length_);
+  detail::requireRange("substringWithRange:", range, length_);
   if (range.length == length_) return stringWithString(const_cast<NSString*>(this));
   return detail::makeString({units_ + range.location, range.length});
 }

@@ -181,8 +181,7 @@ NSComparisonResult NSString::compare_options_range(NSString* other, std::uint32_
                                                    NSRange range) const {
   constexpr const char* operation = "compare:options:range:";
   const std::u16string_view theirs = requireString(other, operation);
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange(operation, range.location, range.length, length_);
+  detail::requireRange(operation, range, length_);
   return resultOf(difference(view().substr(range.location, range.length), theirs, options));
 }
 

@@ -57,27 +57,22 @@ NSRange rangeOf(const Lines& lines) noexcept {
           static_cast<std::uint32_t>(lines.end - lines.start)};
 }
 
-void checkRange(const char* operation, NSRange range, std::uint32_t length) {
-  if (NSMaxRange(range) > length)
-    detail::raiseRange(operation, range.location, range.length, length);
-}
-
 }  // namespace
 
 NSRange NSString::lineRangeForRange(NSRange range) const {
-  checkRange("lineRangeForRange:", range, length_);
+  detail::requireRange("lineRangeForRange:", range, length_);
   return rangeOf(linesOf<false>(view(), range));
 }
 
 NSRange NSString::paragraphRangeForRange(NSRange range) const {
-  checkRange("paragraphRangeForRange:", range, length_);
+  detail::requireRange("paragraphRangeForRange:", range, length_);
   return rangeOf(linesOf<true>(view(), range));
 }
 
 void NSString::getLineStart_end_contentsEnd_forRange(std::uint32_t* start, std::uint32_t* end,
                                                      std::uint32_t* contentsEnd,
                                                      NSRange range) const {
-  checkRange("getLineStart:end:contentsEnd:forRange:", range, length_);
+  detail::requireRange("getLineStart:end:contentsEnd:forRange:", range, length_);
   const Lines lines = linesOf<false>(view(), range);
   if (start != nullptr) *start = static_cast<std::uint32_t>(lines.start);
   if (end != nullptr) *end = static_cast<std::uint32_t>(lines.end);

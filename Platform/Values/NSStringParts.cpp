@@ -99,8 +99,7 @@ Ref<NSString> NSString::stringByReplacingOccurrencesOfString_withString_options_
       "stringByReplacingOccurrencesOfString:withString:options:range:";
   const std::u16string_view wanted = requireString(part, operation);
   const std::u16string_view units = requireString(replacement, operation);
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange(operation, range.location, range.length, length_);
+  detail::requireRange(operation, range, length_);
   detail::UnitBuffer out;
   const std::uint32_t count = appendReplaced(out, view(), wanted, units, options, range);
   return count == 0 ? stringWithString(const_cast<NSString*>(this)) : out.toString();
@@ -111,8 +110,7 @@ std::uint32_t NSMutableString::replaceOccurrencesOfString_withString_options_ran
   constexpr const char* operation = "replaceOccurrencesOfString:withString:options:range:";
   const std::u16string_view wanted = requireString(part, operation);
   const std::u16string_view units = requireString(replacement, operation);
-  if (NSMaxRange(range) > length_)
-    detail::raiseRange(operation, range.location, range.length, length_);
+  detail::requireRange(operation, range, length_);
   detail::UnitBuffer out;
   const std::uint32_t count = appendReplaced(out, view(), wanted, units, options, range);
   if (count != 0) replace({0, length_}, out.view());

@@ -62,11 +62,6 @@ NSRange foundFolded(const detail::FoldedSearch& search, std::u16string_view text
   return backwards ? search.last(text, within) : search.first(text, within);
 }
 
-void checkRange(const char* operation, NSRange range, std::uint32_t length) {
-  if (NSMaxRange(range) > length)
-    detail::raiseRange(operation, range.location, range.length, length);
-}
-
 }  // namespace
 
 // For a part that is looked for once.
@@ -127,7 +122,7 @@ NSRange NSString::rangeOfString_options_range(NSString* part, std::uint32_t opti
                                               NSRange range) const {
   constexpr const char* operation = "rangeOfString:options:range:";
   const std::u16string_view units = requireString(part, operation);
-  checkRange(operation, range, length_);
+  detail::requireRange(operation, range, length_);
   return detail::rangeOfPart(view(), units, options, range);
 }
 
@@ -169,7 +164,7 @@ NSRange NSString::rangeOfCharacterFromSet_options_range(NSCharacterSet* set, std
                                                         NSRange range) const {
   constexpr const char* operation = "rangeOfCharacterFromSet:options:range:";
   const detail::CodePointSet& members = detail::requireSet(set, operation).members();
-  checkRange(operation, range, length_);
+  detail::requireRange(operation, range, length_);
   NSRange found =
       detail::rangeOfMember(view().substr(range.location, range.length), members, options);
   if (found.location != NSNotFound) found.location += range.location;

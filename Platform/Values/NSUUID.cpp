@@ -58,8 +58,7 @@ Ref<NSString> NSUUID::description() const { return UUIDString(); }
 
 namespace {
 NSUUID& requireUUID(NSUUID* uuid, const char* operation) {
-  if (uuid == nullptr)
-    detail::raise(NSInvalidArgumentException, std::string(operation) + ": the UUID is nil");
+  detail::requireArgument(operation, "the UUID", uuid);
   return *uuid;
 }
 }  // namespace

@@ -86,26 +86,31 @@ Ref<NSError> BackupTask::work() {
     if (!copy.begin()) return systemError(settings_.destination);
   const auto doOne = [&](NSString* entry) { return visit(entry, copy); };
   NSArray* const entries = settings_.entries;
-  Ref<NSError> error = entries != nullptr ? goThrough(entries, doOne) : walk(doOne);
+  Ref<NSError> error = entries != nullptr ? goThrough(entries, doOne) : walk(doOne, kind_ != Kind::Count);
   if (error || kind_ != Kind::Copy) return error;
   const auto finishOne = [&](NSString* entry) {
     if (Ref<NSError> failure = copy.finishDirectory(entry)) fail(entry, failure);
     return true;
   };
-  error = entries != nullptr ? goThrough(touchedBy(entries), finishOne) : walk(finishOne);
+  error = entries != nullptr ? goThrough(touchedBy(entries), finishOne)
+                             : walk(finishOne, false);
   return error ? error : copy.finish();
 }
 
 /// Not through links: a backup keeps them as links. A visit that answers false has the walk pass by
-/// what is in the entry.
+/// what is in the entry. A folder that cannot be read to its end is a failure if `tellsUnread`.
 template <class Visit>
-Ref<NSError> BackupTask::walk(const Visit& visit) {
+Ref<NSError> BackupTask::walk(const Visit& visit, bool tellsUnread) {
   const Ref<NSDirectoryEnumerator> entries =
       currentThreadFileManager()->enumeratorAtPath(settings_.source);
   if (!entries) return systemError(settings_.source);
   while (!abortRequestReceived()) {
     const Ref<NSObject> next = entries->nextObject();
-    if (!next) return nullptr;
+    if (!next) {
+      if (Ref<NSError> unread = entries->error(); unread && tellsUnread)
+        fail(as<NSString>(unread->userInfo()->objectForKey(NSFilePathErrorKey)), unread);
+      return nullptr;
+    }
     if (equal(next, settings_.leftOut) || !visit(as<NSString>(next.get())))
       entries->skipDescendents();
   }

@@ -69,7 +69,7 @@ class BackupTask : public qz::Derives<BackupTask, qz::QZThreadedTask> {
  private:
   Ref<NSError> work();
   template <class Visit>
-  Ref<NSError> walk(const Visit& visit);
+  Ref<NSError> walk(const Visit& visit, bool tellsUnread);
   template <class Visit>
   Ref<NSError> goThrough(qz::NSArray* entries, const Visit& visit);
   bool visit(NSString* entry, EntryCopy& copy);

@@ -104,13 +104,4 @@ void ArrayBuilder::refuseNil() {
   raise(NSInvalidArgumentException, "an Array cannot hold nil; use NSNull");
 }
 
-void requireRange(const char* operation, NSRange range, std::uint32_t count) {
-  if (NSMaxRange(range) > count) raiseRange(operation, range.location, range.length, count);
-}
-
-void requireArgument(const char* operation, const char* what, const void* argument) {
-  if (argument == nullptr)
-    raise(NSInvalidArgumentException, std::string(operation) + ": " + what + " is nil");
-}
-
 }  // namespace qz::detail

@@ -116,12 +116,6 @@ Ref<NSMutableArray> finishMutable(ArrayBuilder& builder);
 /// The one empty Array.
 NSArray* emptyArray() noexcept;
 
-/// Raises NSRangeException naming `operation` unless `range` lies within `count`.
-void requireRange(const char* operation, NSRange range, std::uint32_t count);
-
-/// Raises NSInvalidArgumentException naming `operation` and `what` when `argument` is nil.
-void requireArgument(const char* operation, const char* what, const void* argument);
-
 }  // namespace qz::detail
 
 namespace qz {

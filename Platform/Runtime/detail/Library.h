@@ -13,7 +13,6 @@ namespace qz::detail {
 struct LibraryHook {
   void (*registerAll)();
   LibraryHook* next = nullptr;
-  bool linked = false;
 
   /// Queues `registerAll` for the next look-up. May run before any other static constructor.
   explicit LibraryHook(void (*function)()) noexcept;

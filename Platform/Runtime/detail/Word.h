@@ -223,7 +223,8 @@ Word answerToWord(T&& value) {
   }
 }
 
-/// Converts a scalar word from one scalar kind to another, as a C++ conversion would.
+/// Converts a scalar word from one scalar kind to another: integers as C++ does; a floating value
+/// that an integer kind cannot hold becomes the nearest that it can, and a NaN 0.
 Word convertScalar(Word word, Kind from, Kind to) noexcept;
 
 }  // namespace detail

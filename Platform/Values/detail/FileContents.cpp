@@ -12,8 +12,6 @@
 #include <string_view>
 #include <utility>
 
-#pragma GCC visibility push(default)
-
 namespace qz::detail {
 namespace {
 
@@ -206,5 +204,3 @@ int replaceFile(const std::string& path, std::span<const std::byte> bytes, bool 
 }
 
 }  // namespace qz::detail
-
-#pragma GCC visibility pop

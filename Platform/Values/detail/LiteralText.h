@@ -54,6 +54,7 @@ struct LiteralUnits {
   consteval explicit LiteralUnits(const FixedText<N>& text) {
     for (std::size_t i = 0; i + 1 < N;) {
       const auto lead = static_cast<unsigned char>(text.text[i]);
+      if ((lead >= 0x80 && lead < 0xC2) || lead > 0xF4) throw "not UTF-8";
       const std::size_t size = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
       char32_t point = size == 1 ? lead : lead & (0x7Fu >> size);
       for (std::size_t k = 1; k < size; ++k) {
@@ -61,6 +62,9 @@ struct LiteralUnits {
         if ((next & 0xC0) != 0x80) throw "not UTF-8";
         point = point << 6 | (next & 0x3Fu);
       }
+      const bool isOverlong = (size == 3 && point < 0x800) || (size == 4 && point < 0x10000);
+      const bool isSurrogate = point >= 0xD800 && point < 0xE000;
+      if (isOverlong || isSurrogate || point > 0x10FFFF) throw "not UTF-8";
       i += size;
       if (point < 0x10000) {
         units[count++] = static_cast<char16_t>(point);
