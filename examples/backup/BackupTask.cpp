@@ -86,14 +86,14 @@ Ref<NSError> BackupTask::work() {
     if (!copy.begin()) return systemError(settings_.destination);
   const auto doOne = [&](NSString* entry) { return visit(entry, copy); };
   NSArray* const entries = settings_.entries;
-  Ref<NSError> error = entries != nullptr ? goThrough(entries, doOne) : walk(doOne, kind_ != Kind::Count);
+  Ref<NSError> error =
+      entries != nullptr ? goThrough(entries, doOne) : walk(doOne, kind_ != Kind::Count);
   if (error || kind_ != Kind::Copy) return error;
   const auto finishOne = [&](NSString* entry) {
     if (Ref<NSError> failure = copy.finishDirectory(entry)) fail(entry, failure);
     return true;
   };
-  error = entries != nullptr ? goThrough(touchedBy(entries), finishOne)
-                             : walk(finishOne, false);
+  error = entries != nullptr ? goThrough(touchedBy(entries), finishOne) : walk(finishOne, false);
   return error ? error : copy.finish();
 }
 

@@ -7,6 +7,7 @@
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
 #include "tests/support/FaultySystem.h"
+#include "tests/support/ProcessUse.h"
 #include "tests/support/Serving.h"
 #include "tests/support/Test.h"
 
@@ -147,21 +148,6 @@ TEST_F(XJKQueueTest, EndsAtOnceWithItsLastOwner) {
   EXPECT_EQ(XJKQueue::sharedFileWatcher(), XJKQueue::sharedFileWatcher());
 }
 
-/// What this process has open.
-std::size_t openDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
-long residentPages() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  return 0;  // the sanitizers hold on to what was freed
-#else
-  long all = 0;
-  long resident = 0;
-  std::ifstream("/proc/self/statm") >> all >> resident;
-  return resident;
-#endif
-}
 /// Watches that the kernel knows of.
 int kernelWatches(int descriptor) {
   std::ifstream about("/proc/self/fdinfo/" + std::to_string(descriptor));
@@ -184,7 +170,7 @@ TEST_F(XJKQueueTest, AddingAndRemovingLosesNothing) {
     }
   };
   addAndRemove(pairs / 10);
-  const std::size_t open = openDescriptors();
+  const long open = openDescriptors();
   const long pages = residentPages();
   addAndRemove(pairs);
   EXPECT_EQ(openDescriptors(), open);
@@ -201,7 +187,7 @@ TEST_F(XJKQueueTest, WatchesTenThousandFilesWithOneThread) {
   EXPECT_EQ(toldOfMore(first, 1), "WrittenToNotification:/first ");  // so the thread has its name
   queue->removePath(first);
   const int threads = threadsNamed("XJKQueue");
-  const std::size_t open = openDescriptors();
+  const long open = openDescriptors();
   std::vector<Ref<NSString>> paths;
   for (int i = 0; i < count; ++i) {
     paths.push_back(file(std::to_string(i).c_str()));

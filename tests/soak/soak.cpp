@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "QZFoundation/QZFoundation.h"
+#include "tests/support/ProcessUse.h"
 #include "tests/support/TemporaryDirectory.h"
 
 using namespace qz;
@@ -24,17 +25,9 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Sample {
-  long pages = 0;
-  long descriptors = 0;
+  long pages = test::residentPages();
+  long descriptors = test::openDescriptors();
 };
-
-Sample sample() {
-  Sample now;
-  long all = 0;
-  std::ifstream("/proc/self/statm") >> all >> now.pages;
-  now.descriptors = std::distance(fs::directory_iterator("/proc/self/fd"), {});
-  return now;
-}
 
 struct Totals {
   std::atomic<long> changes{0};
@@ -137,10 +130,10 @@ int main(int count, char** arguments) {
   // A fifth of the time is for caches to fill.
   const auto begin = NSDate::date();
   loop->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(seconds / 5));
-  const Sample first = sample();
+  const Sample first;
   Sample most = first;
   const auto sampling = NSTimer::scheduledTimer(seconds / 100, true, [&](NSTimer*) {
-    const Sample now = sample();
+    const Sample now;
     most.pages = std::max(most.pages, now.pages);
     most.descriptors = std::max(most.descriptors, now.descriptors);
   });
@@ -150,7 +143,7 @@ int main(int count, char** arguments) {
   watching->invalidate();
   sampling->invalidate();
   while (running > 0) loop->runUntilDate(NSDate::dateWithTimeIntervalSinceNow(0.01));
-  const Sample last = sample();
+  const Sample last;
 
   std::cout << totals.changes << " changes, " << totals.events << " tellings, " << totals.tasks
             << " tasks, " << totals.copies << " copies, " << totals.failures << " failed, "
