@@ -184,22 +184,6 @@ TEST(NSArray, SurvivesAComparisonWithoutReason) {
   EXPECT_EQ(again->toVector(), objects);
 }
 
-TEST(NSArray, ComparesLittleWhatIsSortedAlready) {
-  std::vector<Ref<NSObject>> objects;
-  for (int i = 0; i < 1000; ++i) objects.push_back(number(i));
-  int comparisons = 0;
-  const auto compare = [&](NSObject* a, NSObject* b) {
-    ++comparisons;
-    return as<NSNumber>(a)->compare(as<NSNumber>(b));
-  };
-  NSArray::fromRange(objects)->sortedArrayUsingComparator(compare);
-  EXPECT_LT(comparisons, 1100);
-  comparisons = 0;
-  std::ranges::reverse(objects);
-  NSArray::fromRange(objects)->sortedArrayUsingComparator(compare);
-  EXPECT_LT(comparisons, 6000);
-}
-
 /// An Array that holds only itself.
 Ref<NSMutableArray> makeLoop() {
   auto loop = NSMutableArray::array();

@@ -1,5 +1,3 @@
-#include <unordered_set>
-
 #include "Platform/Collections/NSCountedSet.h"
 #include "Platform/Collections/NSMutableSet.h"
 #include "Platform/Collections/NSPredicate.h"
@@ -153,29 +151,6 @@ TEST(NSMutableSet, CombinesWithOtherSets) {
   EXPECT_EQ(set->count(), 1u);
   set->intersectSet(nullptr);
   EXPECT_EQ(set->count(), 0u);
-}
-
-TEST(NSMutableSet, BehavesLikeASetUnderRandomOperations) {
-  std::mt19937 random(7);
-  auto set = make<NSMutableSet>();
-  std::unordered_set<int> oracle;
-  for (int step = 0; step < 60'000; ++step) {
-    const int value = static_cast<int>(random() % 4000) - 2000;
-    const std::int64_t spread = std::int64_t{value} << 40;
-    ASSERT_EQ(set->containsObject(NSNumber::of(spread)), oracle.contains(value));
-    if (random() % 100 < (step / 6000 % 2 != 0 ? 30u : 70u)) {
-      set->addObject(NSNumber::of(spread));
-      oracle.insert(value);
-    } else {
-      set->removeObject(NSNumber::of(static_cast<double>(spread)));
-      oracle.erase(value);
-    }
-    ASSERT_EQ(set->count(), oracle.size());
-  }
-  std::unordered_set<int> left;
-  for (NSObject* each : set)
-    left.insert(static_cast<int>(static_cast<NSNumber*>(each)->longLongValue() >> 40));
-  EXPECT_EQ(left, oracle);
 }
 
 // Looking for the first member again and again must not walk over all that are gone; walking over

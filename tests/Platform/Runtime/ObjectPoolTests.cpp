@@ -92,24 +92,6 @@ TEST(ObjectPoolTest, ABlockOf24BytesCosts24BytesHoweverOftenItIsMade) {
   for (void* block : blocks) poolFree(block, 24);
 }
 
-TEST(ObjectPoolTest, FreedBlocksAreReusedInRandomOrder) {
-  std::uint32_t random = 12345;
-  const auto next = [&random] { return random = random * 1664525u + 1013904223u, random >> 8; };
-  constexpr std::size_t kLive = 20'000;
-  std::vector<Block> blocks;
-  for (std::size_t i = 0; i < kLive; ++i)
-    blocks.push_back(makeBlock(1 + next() % 128, static_cast<unsigned char>(i)));
-  std::size_t damaged = 0;
-  for (std::size_t i = 0; i < 400'000; ++i) {
-    Block& block = blocks[next() % kLive];
-    damaged += intact(block) ? 0 : 1;
-    poolFree(block.bytes, block.size);
-    block = makeBlock(1 + next() % 128, static_cast<unsigned char>(i));
-  }
-  EXPECT_EQ(damaged, 0u);
-  checkAndFree(blocks);
-}
-
 TEST(ObjectPoolTest, ThreadsExchangeBlocksThroughASharedTable) {
   constexpr std::size_t kSlots = 512;
   static constexpr std::array<std::size_t, 5> kSizes = {16, 24, 48, 120, 500};
