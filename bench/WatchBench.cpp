@@ -169,8 +169,9 @@ void readAndPosted(benchmark::State& state) {
 void pollPaths(benchmark::State& state) {
   const Files files(many);
   detail::PolledPaths polled;
-  for (const std::string& path : files.paths) polled.add(path, [] {});
-  for (auto _ : state) polled.check([](const std::string&, detail::PolledPaths::Change) {});
+  for (const std::string& path : files.paths)
+    polled.add(NSString::stringWithUTF8String(path), [] {});
+  for (auto _ : state) polled.check([](NSString*, detail::PolledPaths::Change) {});
   state.SetItemsProcessed(state.iterations() * many);
 }
 
