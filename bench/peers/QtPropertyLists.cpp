@@ -45,41 +45,41 @@ Value numberOf(NSNumber* number) {
   return Value(static_cast<qint64>(number->longLongValue()));
 }
 
-QJsonValue jsonOf(NSObject* object) {
+struct Json {
+  using Value = QJsonValue;
+  using Array = QJsonArray;
+  using Map = QJsonObject;
+  static Value of(const QDateTime& time) { return time.toString(Qt::ISODate); }
+  static Value of(const QByteArray& bytes) { return QString::fromLatin1(bytes.toBase64()); }
+};
+
+struct Cbor {
+  using Value = QCborValue;
+  using Array = QCborArray;
+  using Map = QCborMap;
+  static Value of(const QDateTime& time) { return Value(time); }
+  static Value of(const QByteArray& bytes) { return Value(bytes); }
+};
+
+template <class Format>
+typename Format::Value valueOf(NSObject* object) {
   if (auto* array = as<NSArray>(object)) {
-    QJsonArray values;
-    for (NSObject* each : *array) values.append(jsonOf(each));
+    typename Format::Array values;
+    for (NSObject* each : *array) values.append(valueOf<Format>(each));
     return values;
   }
   if (auto* dictionary = as<NSDictionary>(object)) {
-    QJsonObject values;
-    for (const auto& [key, value] : dictionary) values.insert(textOf(key), jsonOf(value));
+    typename Format::Map values;
+    for (const auto& [key, value] : dictionary) values.insert(textOf(key), valueOf<Format>(value));
     return values;
   }
-  if (auto* number = as<NSNumber>(object)) return numberOf<QJsonValue>(number);
-  if (auto* date = as<NSDate>(object)) return timeOf(date).toString(Qt::ISODate);
-  if (auto* data = as<NSData>(object)) return QString::fromLatin1(bytesOf(data).toBase64());
+  if (auto* number = as<NSNumber>(object)) return numberOf<typename Format::Value>(number);
+  if (auto* date = as<NSDate>(object)) return Format::of(timeOf(date));
+  if (auto* data = as<NSData>(object)) return Format::of(bytesOf(data));
   return textOf(object);
 }
 
-QCborValue cborOf(NSObject* object) {
-  if (auto* array = as<NSArray>(object)) {
-    QCborArray values;
-    for (NSObject* each : *array) values.append(cborOf(each));
-    return values;
-  }
-  if (auto* dictionary = as<NSDictionary>(object)) {
-    QCborMap values;
-    for (const auto& [key, value] : dictionary) values.insert(textOf(key), cborOf(value));
-    return values;
-  }
-  if (auto* number = as<NSNumber>(object)) return numberOf<QCborValue>(number);
-  if (auto* date = as<NSDate>(object)) return QCborValue(timeOf(date));
-  if (auto* data = as<NSData>(object)) return QCborValue(bytesOf(data));
-  return textOf(object);
-}
-
-QJsonDocument jsonDocument() { return QJsonDocument(jsonOf(records()).toArray()); }
+QJsonDocument jsonDocument() { return QJsonDocument(valueOf<Json>(records()).toArray()); }
 
 template <class Work>
 void repeat(benchmark::State& state, Work work) {
@@ -105,7 +105,7 @@ void writeJson(benchmark::State& state) {
 }
 
 void readCbor(benchmark::State& state) {
-  const QByteArray cbor = cborOf(records()).toCbor();
+  const QByteArray cbor = valueOf<Cbor>(records()).toCbor();
   repeat(state, [&] {
     QCborValue read = QCborValue::fromCbor(cbor);
     if (read.toArray().size() != static_cast<qsizetype>(records()->count()))
@@ -115,7 +115,7 @@ void readCbor(benchmark::State& state) {
 }
 
 void writeCbor(benchmark::State& state) {
-  const QCborValue value = cborOf(records());
+  const QCborValue value = valueOf<Cbor>(records());
   repeat(state, [&] { return value.toCbor(); });
 }
 
