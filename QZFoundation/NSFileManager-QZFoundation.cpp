@@ -8,7 +8,7 @@
 #include "Platform/Concurrency/NSThread.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/System/detail/PathBytes.h"
-#include "Platform/System/detail/SystemCalls.h"
+#include "Platform/Values/detail/SystemCalls.h"
 #include "QZFoundation/NSArray-QZFoundation.h"
 #include "QZFoundation/NSError-QZFoundation.h"
 #include "QZFoundation/NSString-QZFoundation.h"

@@ -13,8 +13,8 @@
 
 namespace qz {
 
-// These are templates, always of QZThreadedTask, for the sake of who does not call them: a coroutine
-// that is a plain inline function is compiled in every file that includes it.
+// These are templates, always of QZThreadedTask, for the sake of who does not call them: a
+// coroutine that is a plain inline function is compiled in every file that includes it.
 
 namespace detail {
 inline NextNotification nextCompletion(QZThreadedTask* task) {

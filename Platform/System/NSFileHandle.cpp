@@ -11,13 +11,13 @@
 
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
-#include "Platform/System/detail/ByteCollector.h"
-#include "Platform/System/detail/Descriptor.h"
+#include "Platform/System/detail/ByteBuffer.h"
 #include "Platform/System/detail/PathBytes.h"
-#include "Platform/System/detail/SystemCalls.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSError.h"
+#include "Platform/Values/detail/Descriptor.h"
 #include "Platform/Values/detail/PosixError.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 namespace qz {
 namespace {
@@ -138,12 +138,13 @@ Ref<NSData> NSFileHandle::readUpTo(std::uint64_t limit, const char* operation,
     const off_t at = ::lseek(descriptor_, 0, SEEK_CUR);
     if (at >= 0 && at < about.st_size) first = static_cast<std::uint64_t>(about.st_size - at) + 1;
   }
-  detail::ByteCollector bytes;
-  bytes.room(static_cast<std::size_t>(std::min({first, limit, std::uint64_t{NSData::maxLength}})));
-  while (bytes.length() < limit) {
-    std::byte* const room = bytes.room(1);
-    const std::uint64_t wanted =
-        std::min<std::uint64_t>(bytes.roomLength(), limit - bytes.length());
+  // One byte more than Data can hold is enough to see that it does not.
+  limit = std::min(limit, std::uint64_t{NSData::maxLength} + 1);
+  detail::ByteBuffer bytes;
+  bytes.room(static_cast<std::size_t>(std::min(first, limit)));
+  while (bytes.size() < limit) {
+    char* const room = bytes.room(1);
+    const std::uint64_t wanted = std::min<std::uint64_t>(bytes.roomLength(), limit - bytes.size());
     const std::ptrdiff_t count =
         detail::readSome(descriptor_, room, static_cast<std::size_t>(wanted));
     if (count < 0) {
@@ -151,9 +152,9 @@ Ref<NSData> NSFileHandle::readUpTo(std::uint64_t limit, const char* operation,
       return nullptr;
     }
     if (count == 0) break;
-    bytes.added(static_cast<std::size_t>(count));
+    bytes.commit(room + count);
   }
-  return bytes.take();
+  return bytes.toData();
 }
 
 Ref<NSData> NSFileHandle::readDataToEndOfFileAndReturnError(Ref<NSError>* error) {
@@ -233,11 +234,7 @@ void NSFileHandle::truncateFileAtOffset(std::uint64_t offset) {
 }
 
 bool NSFileHandle::synchronizeAndReturnError(Ref<NSError>* error) {
-  int result;
-  do {
-    result = ::fsync(descriptor_);
-  } while (result != 0 && errno == EINTR);
-  if (result == 0) return true;
+  if (detail::os::fsync(descriptor_) == 0) return true;
   set(error, errno, "synchronize");
   return false;
 }

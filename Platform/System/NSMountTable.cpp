@@ -14,9 +14,9 @@
 #include <mutex>
 #include <string_view>
 
-#include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/FileBytes.h"
 #include "Platform/System/detail/MountInfo.h"
+#include "Platform/Values/detail/Descriptor.h"
 
 namespace qz {
 namespace {

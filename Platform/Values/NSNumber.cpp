@@ -40,18 +40,14 @@ strong_ordering orderWithDouble(T a, double b, double lowest, double beyond) noe
   return orderDoubles(0.0, b - static_cast<double>(whole));
 }
 
-bool isAboveSigned(const NSNumber& number) noexcept {
-  return number.kind() == NumberKind::UnsignedLongLong && number.signedBits() < 0;
-}
-
 strong_ordering orderIntegerWithDouble(const NSNumber& integer, double other) noexcept {
-  if (isAboveSigned(integer)) return orderWithDouble(integer.bits(), other, 0.0, twoTo64);
+  if (integer.exceedsInt64()) return orderWithDouble(integer.bits(), other, 0.0, twoTo64);
   return orderWithDouble(integer.signedBits(), other, -twoTo63, twoTo63);
 }
 
 strong_ordering orderIntegers(const NSNumber& a, const NSNumber& b) noexcept {
-  const bool aIsAbove = isAboveSigned(a);
-  const bool bIsAbove = isAboveSigned(b);
+  const bool aIsAbove = a.exceedsInt64();
+  const bool bIsAbove = b.exceedsInt64();
   if (aIsAbove != bIsAbove) return aIsAbove <=> bIsAbove;
   return a.signedBits() <=> b.signedBits();
 }

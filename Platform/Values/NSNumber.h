@@ -136,6 +136,10 @@ class NSNumber final : public Derives<NSNumber, NSObject> {
   /// of a `double`. For sorters and other loops that have looked at the kind.
   std::uint64_t bits() const noexcept { return bits_; }
   std::int64_t signedBits() const noexcept { return static_cast<std::int64_t>(bits_); }
+  /// Whether this is an integer above the largest `std::int64_t`, which `signedBits` is not.
+  bool exceedsInt64() const noexcept {
+    return kind_ == NumberKind::UnsignedLongLong && signedBits() < 0;
+  }
   double doubleBits() const noexcept { return std::bit_cast<double>(bits_); }
 
   /// The shortest decimal text that reads back as the same value: "42", "0.1", "1" for 1.0 and for

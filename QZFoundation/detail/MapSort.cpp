@@ -50,8 +50,8 @@ std::optional<std::vector<std::uint64_t>> numberKeys(std::span<NSObject* const> 
     if (isFloatingKind(number->kind())) {
       integers = false;
     } else {
+      if (number->exceedsInt64()) return std::nullopt;
       const std::int64_t value = number->signedBits();
-      if (number->kind() == NumberKind::UnsignedLongLong && value < 0) return std::nullopt;
       floating = floating && value >= -exactInDouble && value <= exactInDouble;
       keys[i] = sortKey(value);
     }

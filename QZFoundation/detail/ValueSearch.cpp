@@ -13,8 +13,7 @@ std::optional<std::int64_t> plainInteger(NSObject* value, Selector selector) {
   const auto* number = as<NSNumber>(value);
   if (number == nullptr || selector != "isEqual:"_sel || isFloatingKind(number->kind()))
     return std::nullopt;
-  if (number->kind() == NumberKind::UnsignedLongLong && number->signedBits() < 0)
-    return std::nullopt;
+  if (number->exceedsInt64()) return std::nullopt;
   if (lookUp(number, selector).imp != InstanceMethod<NSObject, &NSObject::isEqual>::spec().imp)
     return std::nullopt;
   return number->signedBits();

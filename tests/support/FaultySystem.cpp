@@ -57,6 +57,7 @@ const std::vector<int>& troubles(SystemCall kind) {
       {Clone, {EOPNOTSUPP, EXDEV, ENOSPC, EIO, ENOTTY}},
       {Seek, {EINVAL, EIO}},
       {Truncate, {EIO, ENOSPC}},
+      {Synchronize, {EIO, ENOSPC, EDQUOT, EINVAL, EINTR}},
       {MakeDirectory, {EACCES, ENOSPC, EDQUOT, EROFS, EEXIST, EMLINK}},
       {MakeNode, {EPERM, ENOSPC}},
       {Link, {EPERM, EMLINK, ENOSPC, EXDEV, EIO, ENOENT}},

@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-#include "Platform/System/detail/SystemCalls.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 namespace qz::test {
 

@@ -1,5 +1,5 @@
 /// @file
-/// Private: where a file's bytes are put together before their number is known.
+/// Private: where bytes are put together before their number is known.
 #pragma once
 
 #include <cstddef>
@@ -32,6 +32,7 @@ class ByteBuffer {
     if (count > capacity_ - size_) grow(count);
     return bytes_ + size_;
   }
+  std::size_t roomLength() const noexcept { return capacity_ - size_; }
   void commit(const char* end) noexcept { size_ = static_cast<std::size_t>(end - bytes_); }
 
   void append(char byte) {

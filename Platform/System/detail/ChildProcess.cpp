@@ -13,8 +13,8 @@
 #include <thread>
 #include <unordered_map>
 
-#include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/SignalsHeldBack.h"
+#include "Platform/Values/detail/Descriptor.h"
 
 namespace qz::detail {
 namespace {

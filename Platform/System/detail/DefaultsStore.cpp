@@ -16,12 +16,12 @@
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/System/Diagnostics.h"
 #include "Platform/System/NSPropertyListSerialization.h"
-#include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/SignalsHeldBack.h"
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSError.h"
 #include "Platform/Values/NSNull.h"
 #include "Platform/Values/NSString.h"
+#include "Platform/Values/detail/Descriptor.h"
 #include "Platform/Values/detail/PosixError.h"
 
 namespace qz::detail {

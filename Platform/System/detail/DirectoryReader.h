@@ -9,8 +9,8 @@
 #include <memory>
 #include <string_view>
 
-#include "Platform/System/detail/Descriptor.h"
-#include "Platform/System/detail/SystemCalls.h"
+#include "Platform/Values/detail/Descriptor.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 #pragma GCC visibility push(default)
 

@@ -14,8 +14,8 @@
 
 #include "Platform/Collections/NSMutableDictionary.h"
 #include "Platform/System/detail/PathBytes.h"
-#include "Platform/System/detail/SystemCalls.h"
 #include "Platform/Values/NSNumber.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 namespace qz::detail {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "Platform/System/detail/FileBytes.h"
-#include "Platform/System/detail/SystemCalls.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 namespace qz::detail {
 namespace {

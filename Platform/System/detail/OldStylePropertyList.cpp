@@ -9,29 +9,19 @@
 #include "Platform/Values/NSData.h"
 #include "Platform/Values/NSString.h"
 #include "Platform/Values/detail/UnitBuffer.h"
+#include "Platform/Values/detail/UnitKinds.h"
 #include "Platform/Values/detail/Utf.h"
 
 namespace qz::detail {
 namespace {
 
-constexpr char16_t ideographicSpace = 0x3000;
+constexpr char16_t byteOrderMark = 0xFEFF;
 
-bool isBlank(char16_t unit) {
-  return unit == ' ' || (unit >= '\t' && unit <= '\r') || unit == 0xA0 || unit == 0x2028 ||
-         unit == 0x2029 || unit == ideographicSpace || unit == 0xFEFF;
-}
+bool isSpace(char16_t unit) { return isBlank(unit) || unit == byteOrderMark; }
 
 bool isWordUnit(char16_t unit) {
-  return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z') ||
-         (unit >= '0' && unit <= '9') || unit == '_' || unit == '$' || unit == '/' || unit == ':' ||
-         unit == '.' || unit == '-' || unit == '+';
-}
-
-int hexDigit(char16_t unit) {
-  if (unit >= '0' && unit <= '9') return unit - '0';
-  if (unit >= 'a' && unit <= 'f') return unit - 'a' + 10;
-  if (unit >= 'A' && unit <= 'F') return unit - 'A' + 10;
-  return -1;
+  return isAsciiLower(unit) || isAsciiUpper(unit) || isDigit(unit) || unit == '_' || unit == '$' ||
+         unit == '/' || unit == ':' || unit == '.' || unit == '-' || unit == '+';
 }
 
 int octalDigit(char16_t unit) { return unit >= '0' && unit <= '7' ? unit - '0' : -1; }
@@ -88,7 +78,7 @@ class Reader {
 
   void skipBlanks() {
     while (!atEnd()) {
-      if (isBlank(text_[at_])) {
+      if (isSpace(text_[at_])) {
         ++at_;
       } else if (ahead(u"//")) {
         while (!atEnd() && text_[at_] != '\n' && text_[at_] != '\r') ++at_;
@@ -192,9 +182,9 @@ class Reader {
       skipBlanks();
       if (take('>')) return builder_.data(NSData::dataWithBytes(bytes));
       if (atEnd()) failAt(open, "the data has no end");
-      const int high = hexDigit(text_[at_]);
+      const int high = hexValue(text_[at_]);
       if (high < 0) fail("unexpected " + shown(text_[at_]) + " in data");
-      const int low = at_ + 1 < text_.size() ? hexDigit(text_[at_ + 1]) : -1;
+      const int low = at_ + 1 < text_.size() ? hexValue(text_[at_ + 1]) : -1;
       if (low < 0) fail("half a byte in data");
       bytes += static_cast<char>(high << 4 | low);
       at_ += 2;
@@ -251,7 +241,7 @@ class Reader {
         return u'\v';
       case 'U':
       case 'u':
-        return number(&hexDigit, 4, 4);
+        return number(&hexValue, 4, 4);
       default:
         break;
     }

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/System/detail/Descriptor.h"
-#include "Platform/System/detail/SystemCalls.h"
+#include "Platform/Values/detail/Descriptor.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 namespace qz::detail {
 

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "Platform/System/FileProgress.h"
-#include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/DirectoryReader.h"
-#include "Platform/System/detail/SystemCalls.h"
+#include "Platform/Values/detail/Descriptor.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 namespace qz::detail {
 namespace {

@@ -14,9 +14,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "Platform/System/detail/Descriptor.h"
 #include "Platform/System/detail/NotifyQueue.h"
 #include "Platform/System/detail/TreeChanges.h"
+#include "Platform/Values/detail/Descriptor.h"
 
 #pragma GCC visibility push(default)
 

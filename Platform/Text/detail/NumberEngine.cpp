@@ -50,10 +50,6 @@ bool isZero(const NSNumber& number) noexcept {
   return isFloatingKind(number.kind()) ? number.doubleBits() == 0 : number.bits() == 0;
 }
 
-bool isUnsignedBeyondInt64(const NSNumber& number) noexcept {
-  return number.kind() == NumberKind::UnsignedLongLong && number.signedBits() < 0;
-}
-
 // A whole number above 2^63 as decimal digits, with or without a power of ten.
 std::optional<std::uint64_t> wholeNumber(std::string_view decimal) {
   const std::size_t mark = std::min(decimal.find('E'), decimal.size());
@@ -260,7 +256,7 @@ Ref<NSString> NumberEngine::format(const NSNumber& number) const {
   const bool isFloating = isFloatingKind(number.kind());
   if (plain_) {
     UnitBuffer out;
-    const bool isNegative = !isUnsignedBeyondInt64(number) && number.signedBits() < 0;
+    const bool isNegative = !number.exceedsInt64() && number.signedBits() < 0;
     const bool isDone = isFloating ? plain_->append(out, number.doubleBits())
                                    : plain_->append(out, isNegative,
                                                     isNegative ? 0 - number.bits() : number.bits());
@@ -276,7 +272,7 @@ Ref<NSString> NumberEngine::format(const NSNumber& number) const {
   UErrorCode status = U_ZERO_ERROR;
   if (isFloating) {
     format_->format(number.doubleBits(), text);
-  } else if (isUnsignedBeyondInt64(number)) {
+  } else if (number.exceedsInt64()) {
     const std::string digits = std::to_string(number.bits());
     format_->format(icu::StringPiece(digits), text, nullptr, status);
   } else {

@@ -7,6 +7,7 @@
 
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSURL.h"
+#include "tests/support/FaultySystem.h"
 #include "tests/support/FileTest.h"
 #include "tests/support/Test.h"
 
@@ -141,6 +142,40 @@ TEST_F(NSDataFiles, AreWholeOrAsTheyWere) {
     EXPECT_EQ(writing(std::string(1000, 'x'), path, 0), EFBIG);
   }
   EXPECT_EQ(contentsOf(path), std::string(100, 'x'));
+}
+
+TEST_F(NSDataFiles, AreWholeOrAsTheyWereWhateverCallFails) {
+  const std::string path = directory.write("file", "old");
+  const std::string link = at("link");
+  fs::create_symlink("file", link);
+  std::vector<SystemCall> calls;
+  {
+    FaultySystem system;
+    ASSERT_EQ(writing("new", link, NSDataWritingAtomic), 0);
+    calls = system.calls();
+  }
+  std::size_t failed = 0;
+  for (std::size_t n = 0; n < calls.size(); ++n) {
+    for (const int number : troubles(calls[n])) {
+      directory.write("file", "old");
+      FaultySystem system;
+      system.failCall(n + 1, number);
+      const int result = writing("new", link, NSDataWritingAtomic);
+      failed += result != 0;
+      EXPECT_EQ(contentsOf(path), result == 0 ? "new" : "old") << n << " errno " << number;
+      EXPECT_TRUE(number != EINTR || result == 0) << n;
+      EXPECT_EQ(filesIn(directory.path()), 2) << n << " errno " << number;
+    }
+  }
+  EXPECT_GT(failed, 20u);
+}
+
+TEST_F(NSDataFiles, AReaderThatWentAwayIsAnErrorAndNoSignal) {
+  const std::string path = at("pipe");
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  std::thread reader([&] { ::close(::open(path.c_str(), O_RDONLY | O_CLOEXEC)); });
+  EXPECT_EQ(writing(std::string(1000000, 'p'), path, 0), EPIPE);
+  reader.join();
 }
 
 TEST_F(NSDataFiles, KeepPermissionsAndLinks) {

@@ -1,4 +1,4 @@
-#include "Platform/System/detail/Descriptor.h"
+#include "Platform/Values/detail/Descriptor.h"
 
 #include <poll.h>
 #include <pthread.h>
@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <ctime>
 
-#include "Platform/System/detail/SystemCalls.h"
+#include "Platform/Values/detail/SystemCalls.h"
 
 namespace qz::detail {
 namespace {

@@ -38,6 +38,7 @@ enum class SystemCall : std::uint8_t {
   Clone,
   Seek,
   Truncate,
+  Synchronize,
   MakeDirectory,
   MakeNode,
   Link,
@@ -157,6 +158,10 @@ inline off_t lseek(int descriptor, off_t place, int whence) {
 
 inline int ftruncate(int descriptor, off_t size) {
   return made(SystemCall::Truncate, "", [&] { return ::ftruncate(descriptor, size); });
+}
+
+inline int fsync(int descriptor) {
+  return made(SystemCall::Synchronize, "", [&] { return ::fsync(descriptor); });
 }
 
 /// Raw directory entries (`struct linux_dirent64`); 0 at the end.
