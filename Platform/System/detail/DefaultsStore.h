@@ -8,11 +8,10 @@
 #include <vector>
 
 #include "Platform/Runtime/NSObject.h"
+#include "Platform/System/detail/DefaultsFile.h"
 
 #pragma GCC visibility push(default)
 namespace qz {
-class NSDictionary;
-class NSError;
 class NSMutableDictionary;
 class NSString;
 }  // namespace qz
@@ -20,16 +19,14 @@ class NSString;
 
 namespace qz::detail {
 
-/// The values in one file, and those that are to go there. Lives as long as the process.
-///
-/// The file is read and written under a lock on another file beside it, because the file itself is
-/// replaced each time. In the process one mutex guards everything.
+/// The values in one file, and those that are to go there. Lives as long as the process. Any
+/// thread; but for the first look at the file, nobody who reads or sets a value waits for the disk.
 class DefaultsStore {
  public:
   /// The one of that file; always the same.
   static DefaultsStore& at(const std::string& path);
 
-  const std::string& path() const noexcept { return path_; }
+  const std::string& path() const noexcept { return file_.path(); }
 
   /// Nil when there is none.
   Ref<NSObject> value(NSString* key);
@@ -44,29 +41,26 @@ class DefaultsStore {
   Ref<NSError> synchronize(bool* changed);
 
  private:
-  explicit DefaultsStore(std::string path);
+  explicit DefaultsStore(const std::string& path);
 
   // A process that forks while a thread writes would leave its child with locks nobody opens.
   static void beforeFork();
   static void afterFork();
   static void afterForkInChild();
 
-  /// Does `action` with the mutex held, and tells what there is to complain about without it.
-  template <class Action>
-  auto locked(Action action);
+  /// Tells what there is to complain about, without the mutex.
+  void complain(std::unique_lock<std::mutex> held);
 
-  // With the mutex held; `isLocked` says whether the file's lock is, too.
+  // With the mutex held.
   void readIfNew();
-  Ref<NSError> readFile(bool isLocked);
-  Ref<NSError> exchange();
-  Ref<NSError> writeFile(NSDictionary* values) const;
-  void keepDamagedFile(const std::string& why, bool isLocked);
+  void take(const DefaultsContents& contents);
+  /// Drops changes that are in the file, but for those made anew since.
+  void forget(NSDictionary* written);
   Ref<NSDictionary> merged() const;
 
-  std::string lockPath() const { return path_ + ".lock"; }
-
-  const std::string path_;
-  std::mutex mutex_;
+  const DefaultsFile file_;
+  std::mutex exchange_;  // held while the file is written; taken before the other one
+  std::mutex mutex_;     // guards all below
   std::vector<std::string> complaints_;  // not told yet
   bool isRead_ = false;
   bool isNews_ = false;               // others' changes came with a save that nobody asked for

@@ -1,5 +1,7 @@
 #include "Platform/System/NSUserDefaults.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -161,6 +163,24 @@ TEST_F(UserDefaults, WhatCannotBeWrittenStaysSet) {
   std::filesystem::remove(directory_.path() + "/suite");
   EXPECT_TRUE(defaults_->synchronize());
   EXPECT_NE(contents().find("<string>v</string>"), std::string::npos);
+}
+
+TEST_F(UserDefaults, NobodyWaitsForTheFile) {
+  defaults_->setObject_forKey("old"_ns, "k"_ns);
+  ASSERT_TRUE(defaults_->synchronize());
+  defaults_->setObject_forKey("new"_ns, "k"_ns);
+  // Another process at the file; it leaves when a value was read and set meanwhile.
+  const int other = ::open((file() + ".lock").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::flock(other, LOCK_EX), 0);
+  std::thread writer([&] { EXPECT_TRUE(defaults_->synchronize()); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // it is waiting by now
+  EXPECT_EQ(to_string(defaults_->objectForKey("k"_ns)), "new");
+  defaults_->setObject_forKey("newer"_ns, "k"_ns);
+  ::close(other);
+  writer.join();
+  EXPECT_EQ(to_string(defaults_->objectForKey("k"_ns)), "newer");
+  EXPECT_TRUE(defaults_->synchronize());
+  EXPECT_NE(contents().find("<string>newer</string>"), std::string::npos);
 }
 
 TEST_F(UserDefaultsOfProcesses, ChangesAreAnnounced) {
