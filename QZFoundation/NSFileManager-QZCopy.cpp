@@ -82,7 +82,7 @@ Ref<NSError> CarefulCopy::attempt() {
   if (!temporary_) return nullptr;
   Ref<NSError> error = swap();
   // What is there now is the old file, or nothing.
-  removeFileAtPath(manager_, temporary_);
+  static_cast<void>(removeFileAtPath(manager_, temporary_));
   return error;
 }
 

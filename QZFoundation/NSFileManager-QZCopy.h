@@ -39,15 +39,16 @@ enum QZCopyOptions : std::int32_t {
 /// at destination") or is a folder while the source is none ("Cannot overwrite a folder with a
 /// file"), or what the system said. The destination is untouched then. What a failed copy of a
 /// directory leaves under the numbered name stays there.
-Ref<NSError> copyPath_toPath_withOptions(NSFileManager* self, NSString* source,
-                                         NSString* destination, std::int32_t options);
+[[nodiscard]] Ref<NSError> copyPath_toPath_withOptions(NSFileManager* self, NSString* source,
+                                                       NSString* destination, std::int32_t options);
 
 /// Only to a destination that does not exist.
-Ref<NSError> copyPath_toPath(NSFileManager* self, NSString* source, NSString* destination);
+[[nodiscard]] Ref<NSError> copyPath_toPath(NSFileManager* self, NSString* source,
+                                           NSString* destination);
 
 /// With QZCopyOverwrite, whatever `overwrite` says: who must not overwrite uses one of the others.
-Ref<NSError> copyPath_toPath_overwrite(NSFileManager* self, NSString* source, NSString* destination,
-                                       bool overwrite);
+[[nodiscard]] Ref<NSError> copyPath_toPath_overwrite(NSFileManager* self, NSString* source,
+                                                     NSString* destination, bool overwrite);
 
 /// The path in `directory` of `name`, or of "name 2", "name 3" and so on, the number before the
 /// extension: the first at which there is nothing. Nil for nil.

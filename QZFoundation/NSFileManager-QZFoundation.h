@@ -74,29 +74,32 @@ bool createDirectoryAtPath_attributes_createParents(NSFileManager* self, NSStrin
 
 /// Makes a directory, and those above it that are missing. A directory that is there already is a
 /// failure, "Could not create directory at …".
-Ref<NSError> createDirectoryAtPath(NSFileManager* self, NSString* path);
+[[nodiscard]] Ref<NSError> createDirectoryAtPath(NSFileManager* self, NSString* path);
 
 /// Removes a file, a link itself, or a directory with everything in it. The Error is that which the
 /// shared QZFileManagerErrorHandler has afterwards.
-Ref<NSError> removeFileAtPath(NSFileManager* self, NSString* path);
+[[nodiscard]] Ref<NSError> removeFileAtPath(NSFileManager* self, NSString* path);
 
 /// Moves what is at `path` to a name at which there must be nothing. Failures come by way of the
 /// shared handler and say "Unable to move from … to … (…)".
-Ref<NSError> movePath_toPath(NSFileManager* self, NSString* path, NSString* destination);
+[[nodiscard]] Ref<NSError> movePath_toPath(NSFileManager* self, NSString* path,
+                                           NSString* destination);
 
 /// Gives the file at `path` a further name. A manager without `linkItemAtPath:toPath:error:` is
 /// used through the shared handler, and the text is then that of a String table of its own.
-Ref<NSError> linkPath_toPath(NSFileManager* self, NSString* path, NSString* destination);
+[[nodiscard]] Ref<NSError> linkPath_toPath(NSFileManager* self, NSString* path,
+                                           NSString* destination);
 
 // Dates -------------------------------------------------------------------------------------------
 
 /// Sets the modification date to now.
-Ref<NSError> touchFileAtPath(NSFileManager* self, NSString* path);
+[[nodiscard]] Ref<NSError> touchFileAtPath(NSFileManager* self, NSString* path);
 
 /// Sets the creation date, as NSFileCreationDate reads it; links followed. An Error where the file
 /// system keeps no such attribute. The text is the application's: it is looked up in the main
 /// bundle.
-Ref<NSError> setCreationDate_forFileAtPath(NSFileManager* self, NSDate* date, NSString* path);
+[[nodiscard]] Ref<NSError> setCreationDate_forFileAtPath(NSFileManager* self, NSDate* date,
+                                                         NSString* path);
 
 // Directories -------------------------------------------------------------------------------------
 

@@ -118,16 +118,19 @@ Ref<NSObject> dateFormatterOfInfo(Class* aClass, NSDictionary* info) {
 
 // Sort descriptors --------------------------------------------------------------------------------
 
-Ref<NSObject> sortDescriptorOfInfo(Class* /*aClass*/, NSDictionary* info) {
+Ref<NSObject> sortDescriptorOfInfo(Class* aClass, NSDictionary* info) {
   const Ref<NSObject> ascending = entry(info, "ascending"_ns);
   bool isAscending = false;
   if (auto* const number = as<NSNumber>(ascending.get()))
     isAscending = number->boolValue();
   else if (ascending)
     tolerantly([&] { isAscending = send<bool>(ascending, "boolValue"_sel); });
-  return NSSortDescriptor::initWithKey_ascending_selector(
-      as<NSString>(entry(info, "key"_ns)), isAscending,
-      NSSelectorFromString(as<NSString>(entry(info, "selector"_ns))));
+  const auto key = as<NSString>(entry(info, "key"_ns));
+  const Selector selector = NSSelectorFromString(as<NSString>(entry(info, "selector"_ns)));
+  if (aClass == classOf<NSSortDescriptor>())
+    return NSSortDescriptor::initWithKey_ascending_selector(key, isAscending, selector);
+  return send<Ref<NSObject>>(aClass, "initWithKey:ascending:selector:"_sel, key, isAscending,
+                             selector);
 }
 
 Ref<NSDictionary> sortDescriptorInfo(NSSortDescriptor* self) {

@@ -16,7 +16,8 @@
 ///   default with the format) or "format", and nothing else counts; otherwise "timeStyle" and
 ///   "dateStyle". Beside "properties", "timeZoneSelector" names a class-level operation of
 ///   NSTimeZone.
-/// - NSSortDescriptor: "key", "ascending" and "selector".
+/// - NSSortDescriptor: "key", "ascending" and "selector". A derived class is made by what it has
+///   described as "initWithKey:ascending:selector:", or else comes back as the base.
 /// - Any other class: none.
 ///
 /// What cannot be set (an unknown key, a value of the wrong kind) is passed over. Any thread, as

@@ -27,8 +27,8 @@ Ref<NSObject> propertyListFromFile_mutabilityOptions_format_error(NSString* path
                                                                   Ref<NSError>* error);
 
 /// Writes the list, all or nothing. Nil on success.
-Ref<NSError> writePropertyList_toFile_format(NSObject* propertyList, NSString* path,
-                                             NSPropertyListFormat format);
+[[nodiscard]] Ref<NSError> writePropertyList_toFile_format(NSObject* propertyList, NSString* path,
+                                                           NSPropertyListFormat format);
 
 /// Writes the Dictionary, which must not be nil, in XML, all or nothing if `atomically`. Whether it
 /// was written; `error`, which may be null, becomes nil when it was.

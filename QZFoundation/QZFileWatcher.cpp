@@ -12,6 +12,7 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/NotifyQueue.h"
 #include "Platform/System/detail/PathBytes.h"
 #include "QZFoundation/QZDisk.h"
@@ -172,8 +173,9 @@ void QZFileWatcher::checkFiles(NSTimer*) {
   detail::PolledPaths::shared().check([&](NSString* path, detail::PolledPaths::Change change) {
     try {
       reportPolled(queue, path, change);
-    } catch (const Raised&) {
+    } catch (const Raised& raised) {
       // An observer that fails must not end the watching.
+      detail::diagnose(std::string("An observer of a polled file failed: ") + raised.what());
     }
   });
 }

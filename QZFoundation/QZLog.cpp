@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <ctime>
 #include <utility>
 
@@ -35,6 +36,14 @@ std::int64_t nanosecondsNow() {
 Ref<NSData> utf8(NSString* text) {
   if (text == nullptr) return NSData::data();
   const std::u16string_view units = text->view();
+  constexpr std::size_t shortLine = 200;
+  if (units.size() <= shortLine) {
+    // One pass instead of two.
+    std::array<char, 3 * shortLine> bytes;
+    const char* const end = detail::encodeUtf8(units, bytes.data());
+    return NSData::dataWithBytes(
+        std::string_view(bytes.data(), static_cast<std::size_t>(end - bytes.data())));
+  }
   return detail::fillData(detail::utf8Length(units), [units](std::byte* out) {
     detail::encodeUtf8(units, reinterpret_cast<char*>(out));
   });
@@ -104,8 +113,12 @@ void QZLog::logWithKey_message(NSString* key, NSString* message) {
     throw;
   }
   if (!isOuter) return;
-  const std::string line = takeLine();
+  std::string line = takeLine();
   if (!line.empty()) write(std::as_bytes(std::span(line)));
+  // The next line needs no memory of its own. Opening the log may have logged in between.
+  constexpr std::size_t mostKept = 16 * 1024;
+  line.clear();
+  if (line_.empty() && line.capacity() <= mostKept) line_ = std::move(line);
 }
 
 std::string QZLog::takeLine() {

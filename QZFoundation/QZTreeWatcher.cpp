@@ -15,6 +15,7 @@
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
 #include "Platform/Runtime/WeakRef.h"
+#include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/PathBytes.h"
 #include "Platform/System/detail/TreeEvents.h"
 #include "QZFoundation/NSError-QZFoundation.h"
@@ -91,8 +92,10 @@ void tell(TreeWatcherState& state) {
   try {
     if (*listener) (*listener)(array);
     if (delegate) send<void>(delegate, "treeWatcher:didDetectChanges:"_sel, watcher.get(), array);
-  } catch (const Raised&) {
+  } catch (const Raised& raised) {
     // A listener that fails must not end the main thread's loop.
+    detail::diagnose("A listener to changes in " + watcher->path()->UTF8String() +
+                     " failed: " + raised.what());
   }
 }
 

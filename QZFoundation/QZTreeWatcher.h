@@ -119,8 +119,9 @@ struct QZTreeWatcherOptions {
 /// happens to that folder.
 ///
 /// Costs one inotify instance, of which a user has 128 by default, one watch for each folder, a
-/// thread, and memory for each name. What its listener raises as an NSException is dropped; another
-/// exception leaves the main thread's loop.
+/// thread, and memory for each name. What its listener raises as an NSException goes to the
+/// diagnostic stream (Diagnostics.h) and no further; another exception leaves the main thread's
+/// loop.
 ///
 /// All members may be called from any thread. The last owner may let go anywhere, also from within
 /// the listener or the delegate, which are not called again after that; on another thread, while
@@ -132,15 +133,16 @@ class QZTreeWatcher : public Derives<QZTreeWatcher, NSObject> {
   /// Is called with QZTreeChanges, at least one.
   using Listener = std::function<void(NSArray* changes)>;
 
-  /// Lists the tree, which takes its time, and watches it from then on. Nil and an Error when there
-  /// is no folder with that path, it may not be read, or there are no more descriptors. Raises
+  /// Lists the tree, which takes its time, and watches it from then on, as long as the watcher has
+  /// an owner. Nil and an Error, whose `localizedFailureReason` says why, when there is no folder
+  /// with that path, it may not be read, or there are no more descriptors. Raises
   /// NSGenericException when the system has no thread to give.
-  static Ref<QZTreeWatcher> initWithPath(NSString* path, Listener listener,
-                                         const QZTreeWatcherOptions& options = {},
-                                         Ref<NSError>* error = nullptr);
+  [[nodiscard]] static Ref<QZTreeWatcher> initWithPath(NSString* path, Listener listener,
+                                                       const QZTreeWatcherOptions& options = {},
+                                                       Ref<NSError>* error = nullptr);
 
   /// The same with the usual options, for a delegate.
-  static Ref<QZTreeWatcher> initWithPath_error(NSString* path, Ref<NSError>* error);
+  [[nodiscard]] static Ref<QZTreeWatcher> initWithPath_error(NSString* path, Ref<NSError>* error);
 
   /// Use `initWithPath`.
   QZTreeWatcher(NSString* path, std::shared_ptr<detail::TreeWatcherState> state);

@@ -15,6 +15,7 @@
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
 #include "Platform/Runtime/Send.h"
+#include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/PathBytes.h"
 #include "Platform/System/detail/VnodeEvents.h"
 #include "QZFoundation/XJMainThreadProxy.h"
@@ -91,8 +92,9 @@ void watch(const std::shared_ptr<detail::KQueueState>& state) {
       if (!state->keepThreadRunning) return;
       try {
         report(*state, event);
-      } catch (const Raised&) {
+      } catch (const Raised& raised) {
         // A delegate or observer that fails must not end the watching.
+        detail::diagnose(std::string("An observer of a watched file failed: ") + raised.what());
       }
     }
   }

@@ -56,7 +56,8 @@ struct KQueueState;
 ///
 /// A thread of its own waits for the kernel, and for the main thread while it reports; it ends at
 /// once when the last owner lets go of the queue. What a delegate or observer raises as an
-/// NSException is dropped; another exception ends the program.
+/// NSException goes to the diagnostic stream (Diagnostics.h) and no further; another exception ends
+/// the program.
 ///
 /// All members may be called from any thread.
 class XJKQueue : public Derives<XJKQueue, NSObject> {

@@ -65,7 +65,10 @@ Async<int> program() {
   const auto manager = NSFileManager::defaultManager();
   const auto folder =
       uniqueFilePathForName_inDirectory(manager, "coroutines"_ns, NSTemporaryDirectory());
-  createDirectoryAtPath(manager, folder);
+  if (auto error = createDirectoryAtPath(manager, folder)) {
+    std::cerr << error->localizedDescription() << '\n';
+    co_return 1;
+  }
 
   const auto write = [&] {
     start(writeFile(folder->stringByAppendingPathComponent("letters"_ns)));
@@ -86,7 +89,7 @@ Async<int> program() {
   } catch (const Raised& mistake) {
     std::cout << "refused: " << mistake->reason() << '\n';
   }
-  removeFileAtPath(manager, folder);
+  static_cast<void>(removeFileAtPath(manager, folder));
   co_return NSThread::isMainThread() ? 0 : 1;
 }
 

@@ -130,7 +130,8 @@ class NSRunLoop final : public Derives<NSRunLoop, NSObject> {
   bool runMode_beforeDate(NSString* mode, NSDate* limit);
 
   /// Makes the innermost call that runs the loop return as soon as it has served what is queued by
-  /// now; the next one when none is running. Any thread.
+  /// now; the next one when none is running. Any thread, but not from a signal handler: let a
+  /// thread wait for signals (sigwait(3)) and call it.
   void stop() noexcept;
 
   /// Serves what is ready in the default mode and does not wait. Whether there was anything.

@@ -2,6 +2,7 @@
 /// Classes, found by name, extended and changed while the program runs.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <string_view>
@@ -117,14 +118,17 @@ struct ClassSpec {
 template <class T>
 inline constinit std::atomic<Class*> classSlot{nullptr};
 
-/// The virtual table that was last seen to belong to a `T`; saves the walk in argument checks.
+/// The first virtual tables that were seen to belong to a `T`; saves the walk in argument checks.
+/// They stay, so that threads which meet several classes in turn only read.
+using KnownVptrs = std::array<std::atomic<std::uintptr_t>, 4>;
+
 template <class T>
-inline constinit std::atomic<std::uintptr_t> lastVptr{0};
+inline constinit KnownVptrs knownVptrs{};
 
 template <class T>
 struct SpecOf;
 
-bool isKindOfSlowly(const NSObject* object, Class* wanted, std::atomic<std::uintptr_t>& last);
+bool isKindOfSlowly(const NSObject* object, Class* wanted, KnownVptrs& known);
 
 }  // namespace detail
 
@@ -144,10 +148,12 @@ bool isKind(const NSObject* object) {
   if constexpr (std::is_same_v<T, NSObject>) {
     return true;
   } else {
-    auto& last = detail::lastVptr<T>;
-    if (last.load(std::memory_order_relaxed) == detail::vptrOf(object)) [[likely]]
+    detail::KnownVptrs& known = detail::knownVptrs<T>;
+    const std::uintptr_t vptr = detail::vptrOf(object);
+    if (vptr == known[0].load(std::memory_order_relaxed) ||
+        vptr == known[1].load(std::memory_order_relaxed)) [[likely]]
       return true;
-    return detail::isKindOfSlowly(object, classOf<T>(), last);
+    return detail::isKindOfSlowly(object, classOf<T>(), known);
   }
 }
 

@@ -223,9 +223,18 @@ Class* registerClass(const ClassSpec& spec) {
   return made;
 }
 
-bool isKindOfSlowly(const NSObject* object, Class* wanted, std::atomic<std::uintptr_t>& last) {
+bool isKindOfSlowly(const NSObject* object, Class* wanted, KnownVptrs& known) {
+  const std::uintptr_t vptr = vptrOf(object);
+  auto place = known.begin();
+  for (; place != known.end(); ++place) {
+    const std::uintptr_t taken = place->load(std::memory_order_relaxed);
+    if (taken == vptr) return true;
+    if (taken == 0) break;
+  }
   if (!object->classObject()->isSubclassOfClass(wanted)) return false;
-  last.store(vptrOf(object), std::memory_order_relaxed);
+  // Whoever else came first: the next time there is another place, or none.
+  std::uintptr_t empty = 0;
+  if (place != known.end()) place->compare_exchange_strong(empty, vptr, std::memory_order_relaxed);
   return true;
 }
 

@@ -1,6 +1,10 @@
 #include "Platform/Values/NSError.h"
 
+#include <langinfo.h>
+#include <locale.h>
 #include <string.h>
+
+#include <string_view>
 
 #include "Platform/Collections/NSArray.h"
 #include "Platform/Collections/NSDictionary.h"
@@ -17,6 +21,19 @@ Ref<NSString> copied(NSString* text) {
 Ref<NSDictionary> kept(NSDictionary* userInfo) {
   if (userInfo == nullptr) return NSDictionary::dictionary();
   return as<NSDictionary>(userInfo->copy());
+}
+
+/// The locale that the environment names, whether or not the program has made it its own; null for
+/// one that is not installed or does not write UTF-8.
+locale_t userLocale() {
+  static const locale_t locale = []() -> locale_t {
+    const locale_t named = ::newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, "", nullptr);
+    if (named == nullptr || std::string_view(::nl_langinfo_l(CODESET, named)) == "UTF-8")
+      return named;
+    ::freelocale(named);
+    return nullptr;
+  }();
+  return locale;
 }
 
 }  // namespace
@@ -71,7 +88,11 @@ Ref<NSString> NSError::localizedDescription() const {
 }
 
 Ref<NSString> NSError::localizedFailureReason() const {
-  return as<NSString>(infoForKey(NSLocalizedFailureReasonErrorKey));
+  if (auto reason = as<NSString>(infoForKey(NSLocalizedFailureReasonErrorKey))) return reason;
+  if (!equal(domain_, NSPOSIXErrorDomain)) return nullptr;
+  auto text = NSString::stringWithUTF8String(detail::posixErrorText(code_));
+  if (localizedDescription()->containsString(text)) return nullptr;
+  return text;
 }
 
 Ref<NSString> NSError::localizedRecoverySuggestion() const {
@@ -119,6 +140,7 @@ void NSError::describe(ClassDescription<NSError>& is) {
 namespace detail {
 
 std::string posixErrorText(int number) {
+  if (const locale_t locale = userLocale()) return ::strerror_l(number, locale);
   char buffer[256] = "";
   return ::strerror_r(number, buffer, sizeof buffer);
 }

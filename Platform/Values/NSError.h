@@ -65,14 +65,16 @@ class NSError : public Derives<NSError, NSObject> {
   Ref<NSDictionary> userInfo() const;
 
   /// The String under NSLocalizedDescriptionKey. Without one: in the POSIX domain what the system
-  /// says of the code, else "The operation could not be completed. (DOMAIN error CODE.)". Never
-  /// nil.
+  /// says of the code, in the language of the environment (`LANG`), else "The operation could not
+  /// be completed. (DOMAIN error CODE.)". Never nil.
   virtual Ref<NSString> localizedDescription() const;
 
-  /// What stands under NSLocalizedFailureReasonErrorKey, NSLocalizedRecoverySuggestionErrorKey and
-  /// NSLocalizedRecoveryOptionsErrorKey (an Array of Strings); nil when there is none, or an Object
-  /// of another class.
+  /// What stands under NSLocalizedFailureReasonErrorKey. Without it: in the POSIX domain what the
+  /// system says of the code, unless the description says so already; else nil.
   Ref<NSString> localizedFailureReason() const;
+
+  /// What stands under NSLocalizedRecoverySuggestionErrorKey and NSLocalizedRecoveryOptionsErrorKey
+  /// (an Array of Strings); nil when there is none, or an Object of another class.
   Ref<NSString> localizedRecoverySuggestion() const;
   Ref<NSArray> localizedRecoveryOptions() const;
 

@@ -37,6 +37,17 @@ TEST(InfoDictionary, ChoosesTheClass) {
   EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), several)->count(), 1u);
 }
 
+class SpecialOrder : public Derives<SpecialOrder, NSSortDescriptor> {
+ public:
+  static void describe(ClassDescription<SpecialOrder>& is) {
+    is.named("SpecialOrder").initializer<&SpecialOrder::special>("initWithKey:ascending:selector:");
+  }
+  using Derives::Derives;
+  static Ref<SpecialOrder> special(NSString* key, bool ascending, Selector selector) {
+    return make<SpecialOrder>(key, ascending, selector);
+  }
+};
+
 TEST(InfoDictionary, SortDescriptorsComeBack) {
   for (bool ascending : {true, false}) {
     auto was = NSSortDescriptor::initWithKey_ascending_selector("a.b"_ns, ascending,
@@ -49,6 +60,9 @@ TEST(InfoDictionary, SortDescriptorsComeBack) {
   auto bare = as<NSSortDescriptor>(
       objectFromInfoDictionary(classOf<NSSortDescriptor>(), NSDictionary::dictionary()));
   EXPECT_TRUE(!bare->ascending() && bare->key() == nullptr);
+  auto derived = make<SpecialOrder>("a"_ns, true, "compare:"_sel);
+  auto again = objectFromInfoDictionary(classOf<NSObject>(), infoDictionary(derived));
+  EXPECT_TRUE(isKind<SpecialOrder>(again) && equal(again, derived));
 }
 
 TEST(InfoDictionary, FormatterPropertiesAreSetAsFarAsTheyGo) {

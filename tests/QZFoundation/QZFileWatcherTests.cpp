@@ -3,6 +3,7 @@
 #include <sys/mount.h>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
+#include "tests/support/Diagnostics.h"
 #include "tests/support/FaultySystem.h"
 #include "tests/support/Files.h"
 #include "tests/support/Serving.h"
@@ -116,6 +117,7 @@ TEST_F(QZFileWatcherTest, NamesNeedNotBeUtf8) {
 TEST_F(QZFileWatcherTest, GoesOnWhenTheDelegateFails) {
   const std::string file = directory.write("a", "");
   delegate->fails = true;
+  const Diagnostics diagnostics;
   for (const bool kernel : {false, true}) {
     watch(path("a"), kernel);
     for (long i = 1; i < 4; ++i) {

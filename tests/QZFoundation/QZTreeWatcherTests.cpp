@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/support/Diagnostics.h"
 #include "tests/support/FaultySystem.h"
 #include "tests/support/Files.h"
 #include "tests/support/Serving.h"
@@ -50,6 +51,7 @@ TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
   EXPECT_EQ(error->code(), ENOENT);
   EXPECT_EQ(to_string(error->localizedDescription()),
             "The directory /no/such/folder could not be read");
+  EXPECT_TRUE(error->localizedFailureReason());
   EXPECT_EQ(QZTreeWatcher::initWithPath_error(nullptr, nullptr), nullptr);
   watch({.latency = 0});
   auto delegate = make<TreeDelegate>();
@@ -64,8 +66,11 @@ TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
     listener = nullptr;
     NSException::raise_reason(NSGenericException, "a failing listener"_ns);
   };
+  const Diagnostics diagnostics;
   fs::rename(top + "/a", top + "/b");
   ASSERT_TRUE(serveUntil([&] { return listener == nullptr; }));
+  EXPECT_EQ(diagnostics.said(), "A listener to changes in " + top +
+                                    " failed: NSGenericException: a failing listener\n");
   fs::rename(top + "/b", top + "/\xFF");
   ASSERT_TRUE(serveUntil([&] { return !delegate->told.empty(); }));
   EXPECT_EQ(delegate->told, top + " deleted renamed " + top + "/b (" + top + "/\uFFFD);");

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
+#include "tests/support/Diagnostics.h"
 #include "tests/support/FaultySystem.h"
 #include "tests/support/ProcessUse.h"
 #include "tests/support/Serving.h"
@@ -130,10 +131,12 @@ TEST_F(XJKQueueTest, TellsTheDelegateAndTheObserversAsAsked) {
   EXPECT_EQ(toldOfMore(a, 2), "DWrittenToNotification:/a WrittenToNotification:/a ");
   // One that fails, or dies, does not end the watching.
   delegate->fails = true;
+  const Diagnostics diagnostics;
   EXPECT_EQ(toldOfMore(a, 1), "DWrittenToNotification:/a ");
   queue->setDelegate(make<Delegate>());
   EXPECT_EQ(queue->delegate(), nullptr);
   EXPECT_EQ(toldOfMore(a, 1), "WrittenToNotification:/a ");
+  EXPECT_NE(diagnostics.said().find("NSGenericException: a failing delegate"), std::string::npos);
 }
 
 TEST_F(XJKQueueTest, EndsAtOnceWithItsLastOwner) {

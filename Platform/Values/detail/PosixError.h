@@ -16,7 +16,8 @@ class NSString;
 
 namespace qz::detail {
 
-/// What the system says of an `errno`.
+/// What the system says of an `errno`, in the language of the environment (`LANG`, `LC_MESSAGES`)
+/// where strerror(3) has it.
 std::string posixErrorText(int number);
 
 /// The Error of a failed call, in NSPOSIXErrorDomain: "open /etc/x: Permission denied", with the

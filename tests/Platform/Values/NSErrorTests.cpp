@@ -55,6 +55,13 @@ TEST(NSError, KeepsWhatItWasGiven) {
   EXPECT_TRUE(equal(error->localizedRecoverySuggestion(), "what now"_ns));
 }
 
+TEST(NSError, TheSystemsReasonIsToldOnce) {
+  auto told = NSError::errorWithDomain_code_description(NSPOSIXErrorDomain, EACCES, "Sorry"_ns);
+  EXPECT_TRUE(equal(told->localizedFailureReason(),
+                    make<NSError>(NSPOSIXErrorDomain, EACCES, nullptr)->localizedDescription()));
+  EXPECT_FALSE(detail::posixError(EACCES, "open", "/x"_ns)->localizedFailureReason());
+}
+
 TEST(NSError, EqualityTakesAllThreeParts) {
   auto one = NSError::errorWithDomain_code_userInfo("D"_ns, 1, described("x"_ns));
   auto same = send<Ref<NSError>>(classOf<NSError>(), "errorWithDomain:code:userInfo:"_sel, "D"_ns,
