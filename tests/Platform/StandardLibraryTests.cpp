@@ -21,7 +21,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::chrono_literals;
 using std::views::filter;
 using std::views::transform;
 
@@ -138,7 +137,7 @@ TEST(StandardLibraryTest, BytesTextsAndIndicesAreSpansAndViews) {
   const std::vector<std::uint32_t> indices{1, 4, 3};
   EXPECT_TRUE(std::ranges::equal(NSIndexPath::indexPathWithIndexes(indices)->indexes(), indices));
 
-  const std::filesystem::path path = std::filesystem::path("/tmp") / "a\xff";
+  const fs::path path = fs::path("/tmp") / "a\xff";
   EXPECT_EQ(fileSystemPath(stringWithFileSystemPath(path)), path);
 }
 
@@ -162,7 +161,7 @@ TEST(StandardLibraryTest, DurationsAreTimes) {
 
 TEST(StandardLibraryTest, ErrorsAreErrorCodes) {
   std::error_code code;
-  std::filesystem::create_directory("/nowhere/at/all", code);
+  fs::create_directory("/nowhere/at/all", code);
   const auto missing = NSError::errorWithErrorCode(code);
   EXPECT_EQ(missing->domain(), NSPOSIXErrorDomain);
   EXPECT_EQ(missing->errorCode(), std::errc::no_such_file_or_directory);

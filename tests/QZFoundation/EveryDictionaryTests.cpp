@@ -126,7 +126,7 @@ TYPED_TEST(EveryDictionary, GivesTheMatchingEntries) {
 
 TYPED_TEST(EveryDictionary, DerivesOthers) {
   auto d = TypeParam::of({{"a"_ns, number(1)}, {"b"_ns, number(2)}});
-  auto keys = NSArray::arrayWithObjects({"b"_ns, "x"_ns, "a"_ns, "b"_ns});
+  auto keys = arrayOf({"b"_ns, "x"_ns, "a"_ns, "b"_ns});
   EXPECT_EQ(text(dictionaryWithObjectsForKeys(d, keys->objectEnumerator())), "{b:2 a:1 }");
   EXPECT_EQ(text(dictionaryWithObjectsForKeys(d, nullptr)), "{}");
   auto twice = TypeParam::of({{"a"_ns, number(1)}, {"b"_ns, number(2)}, {"c"_ns, number(1)}});

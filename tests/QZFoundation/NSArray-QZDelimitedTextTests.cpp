@@ -6,18 +6,13 @@
 namespace qz::test {
 namespace {
 
-Ref<NSArray> list(std::initializer_list<NSString*> keys) {
-  return NSArray::fromRange(std::vector<NSString*>(keys));
-}
-
 constexpr auto& objectsOf = arrayWithDelimitedText_objectDelimiter_fieldDelimiter_keys_objectClass;
 
 /// The Objects made of `text`: "[x=1 y=2][]", with the keys that were set.
 std::string read(std::string_view text, NSString* recordEnd = "\n"_ns,
                  NSString* fieldEnd = ","_ns) {
-  auto keys = list({"x"_ns, "y"_ns, "z"_ns});
-  auto objects = objectsOf(NSString::stringWithUTF8String(text), recordEnd, fieldEnd, keys,
-                           classOf<NSMutableDictionary>());
+  auto keys = arrayOf({"x"_ns, "y"_ns, "z"_ns});
+  auto objects = objectsOf(ns(text), recordEnd, fieldEnd, keys, classOf<NSMutableDictionary>());
   std::string all;
   for (NSMutableDictionary* object : elements<NSMutableDictionary>(objects)) {
     std::string fields;
@@ -55,7 +50,7 @@ TEST(DelimitedText, SetsPropertiesOfAnyClass) {
   auto people = send<Ref<NSMutableArray>>(
       classOf<NSArray>(),
       "arrayWithDelimitedText:objectDelimiter:fieldDelimiter:keys:objectClass:"_sel, text, "|"_ns,
-      ";"_ns, list({"name"_ns, "age"_ns, "married"_ns}), classOf<Worker>());
+      ";"_ns, arrayOf({"name"_ns, "age"_ns, "married"_ns}), classOf<Worker>());
   ASSERT_EQ(people->count(), 2u);
   auto* ann = as<Worker>(people->objectAtIndex(0).get());
   EXPECT_EQ(to_string(ann->name()) + std::to_string(ann->age), "Ann30");
@@ -67,7 +62,7 @@ TEST(DelimitedText, RefusesWhatCannotBeMeant) {
   const auto read = [](NSString* recordEnd, NSString* fieldEnd, Ref<NSArray> keys, Class* of) {
     return [=] { objectsOf("1,\n"_ns, recordEnd, fieldEnd, keys, of); };
   };
-  auto keys = list({"age"_ns});
+  auto keys = arrayOf({"age"_ns});
   Class* person = classOf<Person>();
   const struct {
     std::function<void()> code;
@@ -81,7 +76,7 @@ TEST(DelimitedText, RefusesWhatCannotBeMeant) {
       {read("\n"_ns, ","_ns, keys, classOf<Class>()), NSInvalidArgumentException, "Class"},
       {read("\n"_ns, ","_ns, NSArray::arrayWithObject(keys), person), NSInvalidArgumentException,
        "NSString"},
-      {read("\n"_ns, ","_ns, list({"shoes"_ns}), person), NSUndefinedKeyException, "shoes"},
+      {read("\n"_ns, ","_ns, arrayOf({"shoes"_ns}), person), NSUndefinedKeyException, "shoes"},
   };
   for (const auto& each : cases) {
     const int before = Person::alive;
@@ -97,8 +92,8 @@ TEST(DelimitedText, ReadsAHundredMegabytesInOnePass) {
   std::u16string units(50'000'000, u'a');
   units += u"\nb,\n";
   units.append(1'000'000, u',');
-  auto all = NSString::stringWithCharacters(units);
-  auto objects = objectsOf(all, "\n"_ns, ","_ns, list({"name"_ns}), classOf<Person>());
+  auto all = ns(units);
+  auto objects = objectsOf(all, "\n"_ns, ","_ns, arrayOf({"name"_ns}), classOf<Person>());
   ASSERT_EQ(objects->count(), 2u);
   EXPECT_EQ(to_string(as<Person>(objects->objectAtIndex(1))->name()), "b");
 }

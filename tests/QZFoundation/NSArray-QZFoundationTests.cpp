@@ -65,7 +65,7 @@ TEST(ValueSearch, ReadsEachValueTwiceUpToTheFirstMatch) {
 
 TEST(ValueSearch, SkipsElementsWithoutTheKeyAndNothingElse) {
   auto ann = make<Holder>("v"_ns, 5);
-  auto array = NSArray::arrayWithObjects({"text"_ns, make<Holder>(nullptr, 1), ann});
+  auto array = arrayOf({"text"_ns, make<Holder>(nullptr, 1), ann});
   EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, number(5), "number"_ns), 2u);
   EXPECT_EQ(objectMatchingValue_forKeyPath(array, number(1), "value.length"_ns), ann);
   EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, "v"_ns, "nowhere"_ns), NSNotFound);
@@ -84,7 +84,7 @@ TEST(ValueSearch, SkipsElementsWithoutTheKeyAndNothingElse) {
 }
 
 TEST(ValueSearch, AsksClassesThatReadKeysThemselves) {
-  auto array = NSArray::arrayWithObjects({make<Oracle>(nullptr, 2), make<Holder>(nullptr, 2)});
+  auto array = arrayOf({make<Oracle>(nullptr, 2), make<Holder>(nullptr, 2)});
   EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, number(1000), "number"_ns), 0u);
   EXPECT_EQ(indexOfObjectMatchingValue_forKeyPath(array, number(2), "number"_ns), 1u);
 }
@@ -127,7 +127,7 @@ TEST(SortedSearch, StandsNonsense) {
 }
 
 TEST(DerivedArrays, WantAnAnswerOfEachElementOrAPlaceholder) {
-  auto array = NSArray::arrayWithObjects({make<Holder>("a"_ns), make<Holder>(nullptr)});
+  auto array = arrayOf({make<Holder>("a"_ns), make<Holder>(nullptr)});
   EXPECT_EQ(arrayByPerformingSelector(array, "value"_sel), nullptr);
   EXPECT_EQ(arrayByPerformingSelector(array, "takeNote"_sel), nullptr);
   EXPECT_EQ(text(arrayByPerformingSelector_object(array, "valueOr:"_sel, "b"_ns)), "ab");
@@ -169,13 +169,13 @@ TEST(DerivedArrays, SortByKeyPathStably) {
   std::ranges::stable_sort(expected, {}, [](const auto& each) { return each->number(); });
   EXPECT_EQ(sorted->toVector(), std::vector<Ref<NSObject>>(expected.begin(), expected.end()));
   // Nil compares as the same with everything, so nothing moves across it.
-  auto gap = NSArray::arrayWithObjects({make<Holder>(nullptr), make<Holder>("b"_ns)});
+  auto gap = arrayOf({make<Holder>(nullptr), make<Holder>("b"_ns)});
   EXPECT_TRUE(sortedArrayUsingKeyPath(gap, "value.self"_ns)->isEqual(gap));
 }
 
 TEST(DerivedDictionaries, KeepTheLastOfEqualKeys) {
-  auto array = NSArray::arrayWithObjects({make<Holder>("k"_ns, 1), make<Holder>(nullptr, 2),
-                                          make<Holder>("l"_ns, 3), make<Holder>("k"_ns, 4)});
+  auto array = arrayOf({make<Holder>("k"_ns, 1), make<Holder>(nullptr, 2), make<Holder>("l"_ns, 3),
+                        make<Holder>("k"_ns, 4)});
   auto numbers = dictionaryWithKeyPathForKeys_keyPathForValues(array, "value"_ns, "number"_ns);
   EXPECT_EQ(numbers->count(), 2u);
   EXPECT_EQ(to_string(numbers->objectForKey("k"_ns)), "4");

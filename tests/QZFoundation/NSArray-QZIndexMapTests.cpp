@@ -7,8 +7,6 @@
 namespace qz::test {
 namespace {
 
-using ::testing::ElementsAre;
-
 /// Compares by a field with an operation of its own, so that nothing is known of its key.
 class Card : public Derives<Card, NSObject> {
  public:
@@ -63,7 +61,6 @@ void expectSameAsSending(NSArray* values, const std::string& what) {
 
 TEST(MapSort, KeysGiveThePermutationThatSendingGives) {
   std::mt19937 random(11);
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   const std::vector<std::function<Ref<NSObject>()>> makers = {
       [&] { return number(static_cast<int>(random())); },
       [&] { return number(static_cast<int>(random() % 7)); },
@@ -86,20 +83,20 @@ TEST(MapSort, KeysGiveThePermutationThatSendingGives) {
       [&] {
         std::u16string text(random() % 9, u'a');
         for (auto& unit : text) unit = static_cast<char16_t>(u'a' + random() % 3);
-        return NSString::stringWithCharacters(text);
+        return ns(text);
       },
       [&]() -> Ref<NSString> {  // zeros, and units beyond the surrogates
         const char16_t units[] = {0, u'a', 0xD800, 0xDC00, 0xFFFF};
         std::u16string text(random() % 6, u'\0');
         for (auto& unit : text) unit = units[random() % 5];
-        if (random() % 2 == 0) return NSString::stringWithCharacters(text);
-        return as<NSString>(NSString::stringWithCharacters(text)->mutableCopy());
+        if (random() % 2 == 0) return ns(text);
+        return as<NSString>(ns(text)->mutableCopy());
       },
       [&]() -> Ref<NSString> { return "the same prefix throughout"_ns; },
       [&] {  // the keys lie behind what all begin with, which some do not go beyond
         std::u16string text = u"/usr/share/";
         for (auto more = random() % 7; more > 0; --more) text += u"ab\0"[random() % 3];
-        return NSString::stringWithCharacters(text);
+        return ns(text);
       },
   };
   for (std::size_t m = 0; m < makers.size(); ++m)
@@ -131,9 +128,7 @@ TEST(MapSort, PassesTheExtraObjectAndSurvivesOddComparisons) {
               ElementsAre(1, 2, 0));
   EXPECT_TRUE(raises(NSGenericException, [&] { sortMapUsingSelector(array, "fail:"_sel); }));
   EXPECT_TRUE(refuses([&] { sortMapUsingSelector(array, "unknown:"_sel); }, {"Card", "unknown:"}));
-  EXPECT_TRUE(refuses([&] {
-    sortMapUsingSelector(NSArray::arrayWithObjects({"a"_ns, number(1)}), "compare:"_sel);
-  }));
+  EXPECT_TRUE(refuses([&] { sortMapUsingSelector(arrayOf({"a"_ns, number(1)}), "compare:"_sel); }));
   std::vector<Ref<NSObject>> many(500, number(0));
   for (int answer : {0, 7, -2, 1, -1}) {
     Card::fixedAnswer = answer;
@@ -152,7 +147,7 @@ TEST(MapSort, SortsByKeyPathsWithNilAndCase) {
       sortMapUsingKeyPath_selector(people, "name"_ns, "caseInsensitiveCompare:usingKeyPath:"_sel);
   EXPECT_THAT(folded->entries(), ElementsAre(1, 0, 2));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { sortMapUsingKeyPath(people, "size"_ns); }));
-  auto nameless = NSArray::arrayWithObjects({make<Person>(), make<Person>()});
+  auto nameless = arrayOf({make<Person>(), make<Person>()});
   EXPECT_THAT(sortMapUsingKeyPath(nameless, "name"_ns)->entries(), ElementsAre(1, 0));
 }
 

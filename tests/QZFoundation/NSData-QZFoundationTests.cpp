@@ -44,7 +44,7 @@ TEST(NSDataQZFoundation, GzipFilesHoldTheBytes) {
   EXPECT_TRUE(back == bytes);
 
   EXPECT_LE(writeToGzipFile(NSData::data(), ns(directory.path() + "/none/x.gz")), 0);
-  EXPECT_FALSE(std::filesystem::exists(directory.path() + "/none"));
+  EXPECT_FALSE(fs::exists(directory.path() + "/none"));
   EXPECT_LE(writeToGzipFile(NSData::data(), nullptr), 0);
 }
 

@@ -7,7 +7,6 @@ namespace {
 
 constexpr std::int32_t greatest = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 TEST(NSDateQZFoundation, IsSecondsAndNanoseconds) {
   const struct {
@@ -26,7 +25,7 @@ TEST(NSDateQZFoundation, IsSecondsAndNanoseconds) {
       {std::numeric_limits<double>::quiet_NaN(), {0, 0}},
   };
   for (const auto& each : cases) {
-    const auto date = NSDate::dateWithTimeIntervalSince1970(each.interval);
+    const auto date = dateAt(each.interval);
     EXPECT_EQ(qz::timespec(date), each.time) << each.interval;
     EXPECT_EQ(send<QZTimespec>(date, "timespec"_sel), each.time);
   }
@@ -38,7 +37,7 @@ TEST(NSDateQZFoundation, IsMadeOfEither) {
   EXPECT_EQ(send<Ref<NSDate>>(classOf<NSDate>(), "dateWithTimespec:"_sel, QZTimespec{2, 0})
                 ->timeIntervalSince1970(),
             2);
-  const ::timespec system = qz::timespec(NSDate::dateWithTimeIntervalSince1970(1.5));
+  const ::timespec system = qz::timespec(dateAt(1.5));
   EXPECT_EQ(dateWithTimespec(system)->timeIntervalSince1970(), 1.5);
   EXPECT_EQ(dateWithTimespec(::timespec{10000000000, 0})->timeIntervalSince1970(), 1e10);
 }

@@ -15,10 +15,6 @@
 namespace qz::test {
 namespace {
 
-namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-
 class CarefulCopyTest : public FileTest {
  protected:
   using FileTest::FileTest;
@@ -373,7 +369,7 @@ TEST_F(CarefulCopyTest, FoldersAreEmptyButForWhatIsIgnored) {
   auto names = NSSet::setWithObject(".cache"_ns);
   EXPECT_FALSE(isEmpty("a", nullptr, nullptr));
   EXPECT_TRUE(isEmpty("a", nullptr, names));
-  EXPECT_TRUE(isEmpty("a", NSArray::arrayWithObjects({ns(at("a/b/.cache"))}), nullptr));
+  EXPECT_TRUE(isEmpty("a", arrayOf({ns(at("a/b/.cache"))}), nullptr));
   EXPECT_FALSE(isEmpty("a/b/.cache", nullptr, names));
   fs::create_directory_symlink("c", at("a/link"));
   EXPECT_FALSE(isEmpty("a", nullptr, names));

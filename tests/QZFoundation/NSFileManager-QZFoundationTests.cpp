@@ -13,10 +13,6 @@
 namespace qz::test {
 namespace {
 
-namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::UnorderedElementsAre;
-
 class FileOperationsTest : public FileTest {
  protected:
   FileOperationsTest() { manager = currentThreadFileManager(); }
@@ -100,7 +96,7 @@ TEST_F(FileOperationsTest, WhatSucceedsAnswersNil) {
   EXPECT_EQ(textOf(linkPath_toPath(plain, path("moved"), path("linked too"))), "");
   ::stat(at("linked").c_str(), &status);
   EXPECT_EQ(status.st_nlink, 3u);
-  auto long_ago = NSDate::dateWithTimeIntervalSince1970(-5e9);
+  auto long_ago = dateAt(-5e9);
   EXPECT_EQ(textOf(setCreationDate_forFileAtPath(manager, long_ago, path("moved"))), "");
   EXPECT_TRUE(equal(
       fileCreationDate(manager->fileAttributesAtPath_traverseLink(path("moved"), true)), long_ago));

@@ -53,8 +53,8 @@ TEST(NSObjectQZIndexPath, ReadsTheValuesAlongAPath) {
   for (const auto& each : cases)
     EXPECT_EQ(text(valuesAlong(root, each.path)), each.values) << each.path;
   EXPECT_EQ(text(valuesAlong(root, path({0, 0}), "name.length"_ns)), "1 2");
-  auto all = valuePathsForIndexPaths_valueKeyPath_childKey(
-      root, NSArray::arrayWithObjects({path({0}), path({0, 9})}), "name"_ns, "children"_ns);
+  auto all = valuePathsForIndexPaths_valueKeyPath_childKey(root, arrayOf({path({0}), path({0, 9})}),
+                                                           "name"_ns, "children"_ns);
   ASSERT_EQ(all->count(), 2u);
   EXPECT_EQ(text(all->objectAtIndex(1)), "a <null>");
 }
@@ -70,9 +70,8 @@ TEST(NSObjectQZIndexPath, FindsThePathOfValues) {
   EXPECT_EQ(found({"a"_ns, "a3"_ns}), "(null)");  // the first child of that name decides
   EXPECT_EQ(found({"a"_ns, "a1"_ns, "x"_ns}), "(null)");
   EXPECT_EQ(found({NSNull::null(), "b1"_ns}), "(null)");  // nil is not Null
-  auto wanted = NSArray::arrayWithObjects({NSArray::arrayWithObject("x"_ns),
-                                           NSArray::arrayWithObjects({"a"_ns, "a1"_ns}),
-                                           NSArray::array(), NSArray::arrayWithObject("y"_ns)});
+  auto wanted = arrayOf({NSArray::arrayWithObject("x"_ns), arrayOf({"a"_ns, "a1"_ns}),
+                         NSArray::array(), NSArray::arrayWithObject("y"_ns)});
   auto paths =
       indexPathsForValuePaths_valueKeyPath_childKey(root, wanted, "name"_ns, "children"_ns);
   EXPECT_EQ(text(paths), "0.0 ");  // two of four, the second one empty

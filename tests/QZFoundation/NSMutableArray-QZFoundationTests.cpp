@@ -45,8 +45,7 @@ TYPED_TEST(MutableArrayOf, RemovesAtIndices) {
     EXPECT_TRUE(refusesRange([&] { removeObjectsAtIndices(array, bad); })) << bad;
   EXPECT_EQ(text(array), "abcd");
   // As 32-bit integers these stand in another order: 1 and 2.
-  removeObjectsAtIndices(array,
-                         NSArray::arrayWithObjects({number(2), NSNumber::of(1LL << 32 | 1)}));
+  removeObjectsAtIndices(array, arrayOf({number(2), NSNumber::of(1LL << 32 | 1)}));
   EXPECT_EQ(text(array), "ac");
 }
 

@@ -6,8 +6,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::string_view_literals;
-
 TEST(NSNumberQZFoundation, IsReadFromBytes) {
   const struct {
     std::string_view bytes;

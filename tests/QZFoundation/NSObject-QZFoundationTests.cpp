@@ -30,13 +30,13 @@ TEST(NSObjectQZFoundation, ComparesByKeyPath) {
   EXPECT_EQ(compare_usingKeyPath(nobody, bob, "name"_ns), NSOrderedSame);
   EXPECT_TRUE(refuses([&] { compare_usingKeyPath(bob, nobody, "name"_ns); }));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { compare_usingKeyPath(bob, ann, "x"_ns); }));
-  auto sorted = NSArray::arrayWithObjects({bob, ann})
-                    ->sortedArrayUsingFunction_context(&QZCompareByKeyPath, "age"_ns);
+  auto sorted =
+      arrayOf({bob, ann})->sortedArrayUsingFunction_context(&QZCompareByKeyPath, "age"_ns);
   EXPECT_EQ(sorted->objectAtIndex(0), ann);
 }
 
 TEST(NSObjectQZFoundation, CopiesLeavesAndWrapsThemInArrays) {
-  auto text = NSString::stringWithUTF8String("leaf");
+  auto text = ns("leaf");
   EXPECT_EQ(deepCopy(text), text);
   EXPECT_EQ(copyMutableContainers(text), text);
   EXPECT_EQ(deepCopy(nullptr), nullptr);
@@ -59,13 +59,13 @@ TEST(NSObjectQZFoundation, PerformsWithoutBoxing) {
 
 TEST(NSObjectQZFoundation, PerformsOverAnArray) {
   auto judge = make<Judge>();
-  auto people = NSArray::arrayWithObjects({make<Person>("Ann"_ns), make<Person>()});
+  auto people = arrayOf({make<Person>("Ann"_ns), make<Person>()});
   auto names = performSelector_withObjectsInArray(judge, "nameOf:"_sel, people);
-  EXPECT_TRUE(names->isEqual(NSArray::arrayWithObjects({"Ann"_ns, NSNull::null()})));
+  EXPECT_TRUE(names->isEqual(arrayOf({"Ann"_ns, NSNull::null()})));
   EXPECT_EQ(performSelector_withObjectsInArray_returnValues(judge, "see:"_sel, people, false),
             nullptr);
   EXPECT_EQ(judge->seen, 2);
-  auto scores = NSArray::arrayWithObjects({number(4)});
+  auto scores = arrayOf({number(4)});
   EXPECT_TRUE(
       refuses([&] { performSelector_withObjectsInArray(judge, "score:"_sel, scores); }, {"int"}));
   performSelector_withObjectsInArray_returnValues(judge, "score:"_sel, scores, false);

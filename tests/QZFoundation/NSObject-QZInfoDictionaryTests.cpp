@@ -33,7 +33,7 @@ TEST(InfoDictionary, ChoosesTheClass) {
   EXPECT_TRUE(
       refuses([] { objectFromInfoDictionary(classOf<NSNumber>(), NSDictionary::dictionary()); }));
   EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), nullptr)->count(), 0u);
-  auto several = NSArray::arrayWithObjects({NSDictionary::dictionary(), "no dictionary"_ns});
+  auto several = arrayOf({NSDictionary::dictionary(), "no dictionary"_ns});
   EXPECT_EQ(objectsFromInfoDictionaries(classOf<NSObject>(), several)->count(), 1u);
 }
 
@@ -98,7 +98,7 @@ TEST(InfoDictionary, NonsenseIsPassedOver) {
   std::vector<Ref<NSObject>> nonsense = {list, list->objectAtIndex(0), NSNull::null(),
                                          NSData::dataWithBytes("\xff"), NSDate::date()};
   for (const std::string& text : {std::string(), std::string("~%;'#"), std::string(10'000, '#')})
-    nonsense.push_back(NSString::stringWithUTF8String(text));
+    nonsense.push_back(ns(text));
   for (const double number : {-1.0, 1e300, std::nan("")}) nonsense.push_back(NSNumber::of(number));
   for (const auto& number : {NSNumber::of(INT64_MIN), NSNumber::of(UINT64_MAX)})
     nonsense.push_back(number);
@@ -108,7 +108,7 @@ TEST(InfoDictionary, NonsenseIsPassedOver) {
     for (const std::string_view key : aClass->propertyKeys()) keys.emplace_back(key);
     for (const std::string& key : keys)
       for (NSObject* value : nonsense) {
-        const auto name = NSString::stringWithUTF8String(key);
+        const auto name = ns(key);
         const auto made = as<NSFormatter>(objectFromInfoDictionary(
             aClass, NSDictionary::of({{"properties"_ns, NSDictionary::of({{name, value}})},
                                       {"class"_ns, value},
@@ -176,7 +176,7 @@ TEST(InfoDictionary, DefaultsAreRegisteredFromFiles) {
 
 TEST(InfoDictionary, CodersTakeValuesByKey) {
   auto from = NSMutableDictionary::of({{"a"_ns, "1"_ns}, {"b"_ns, number(2)}});
-  auto keys = NSArray::arrayWithObjects({"a"_ns, "b"_ns, "missing"_ns});
+  auto keys = arrayOf({"a"_ns, "b"_ns, "missing"_ns});
   auto archiver = make<NSKeyedArchiver>();
   encodeValuesOfObject_forKeys(archiver, from, keys);
   auto reader = NSKeyedUnarchiver::initForReadingFromData_classes_error(archiver->encodedData(),

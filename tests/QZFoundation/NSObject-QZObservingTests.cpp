@@ -48,7 +48,7 @@ class Follower : public Derives<Follower, NSObject> {
   int plain = 0;
   Node* last = nullptr;
   Ref<NSString> lastPath;
-  Ref<NSArray> paths = NSArray::arrayWithObjects({"name"_ns, "value"_ns});
+  Ref<NSArray> paths = arrayOf({"name"_ns, "value"_ns});
 };
 
 void Follower::describe(ClassDescription<Follower>& is) {

@@ -7,9 +7,7 @@ namespace {
 
 class PropertyListFiles : public testing::Test {
  protected:
-  Ref<NSString> path(const std::string& name) const {
-    return NSString::stringWithUTF8String(directory_.path() + "/" + name);
-  }
+  Ref<NSString> path(const std::string& name) const { return ns(directory_.path() + "/" + name); }
   Ref<NSObject> read(const std::string& name, Ref<NSError>* error = nullptr) const {
     return propertyListFromFile_mutabilityOptions_format_error(path(name), 0, nullptr, error);
   }

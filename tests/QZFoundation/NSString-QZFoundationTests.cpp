@@ -14,25 +14,20 @@
 namespace qz::test {
 namespace {
 
-Ref<NSString> text(std::string_view utf8) { return NSString::stringWithUTF8String(utf8); }
 std::string orNil(const Ref<NSString>& string) { return string ? string->UTF8String() : "nil"; }
-Ref<NSArray> array(std::initializer_list<NSObject*> objects) {
-  return NSArray::arrayWithObjects(objects);
-}
 
 TEST(NSStringQZFoundation, JoinsStrings) {
-  EXPECT_EQ(orNil(stringWithStrings_separator(array({"a"_ns, ""_ns, "b"_ns}), ","_ns)), "a,,b");
-  EXPECT_EQ(orNil(stringWithStrings_separator(array({}), ","_ns)), "");
-  EXPECT_EQ(orNil(stringWithStrings(array({"ä"_ns, "b"_ns}))), "äb");
+  EXPECT_EQ(orNil(stringWithStrings_separator(arrayOf({"a"_ns, ""_ns, "b"_ns}), ","_ns)), "a,,b");
+  EXPECT_EQ(orNil(stringWithStrings_separator(arrayOf({}), ","_ns)), "");
+  EXPECT_EQ(orNil(stringWithStrings(arrayOf({"ä"_ns, "b"_ns}))), "äb");
   EXPECT_EQ(orNil(initWithStrings(nullptr)), "");
   // Made anew each time, and each time longer.
-  const auto growing = make<Computed>(3u, [n = 0u](std::uint32_t) mutable {
-    return NSString::stringWithCharacters(std::u16string(++n, u'x'));
-  });
+  const auto growing =
+      make<Computed>(3u, [n = 0u](std::uint32_t) mutable { return ns(std::u16string(++n, u'x')); });
   EXPECT_EQ(orNil(initWithStrings_separator(growing, "-"_ns)), "x-xx-xxx");
-  EXPECT_TRUE(refuses([] { initWithStrings(array({"a"_ns, number(1)})); }));
+  EXPECT_TRUE(refuses([] { initWithStrings(arrayOf({"a"_ns, number(1)})); }));
   // 16384 times 131072 units: more than there may be, and refused before room is made.
-  const auto large = NSString::stringWithCharacters(std::u16string(1 << 17, u'x'));
+  const auto large = ns(std::u16string(1 << 17, u'x'));
   const std::vector<Ref<NSString>> many(1 << 14, large);
   EXPECT_TRUE(raises(NSMallocException, [&] { initWithStrings(NSArray::fromRange(many)); }));
 }
@@ -47,7 +42,7 @@ TEST(NSStringQZFoundation, ReadsAndFillsRecords) {
   EXPECT_TRUE(std::all_of(record.unicode + 2, std::end(record.unicode),
                           [](char16_t unit) { return unit == 0; }));
   EXPECT_EQ(std::u16string_view(record.unicode, 2), u"ab");
-  const auto longName = NSString::stringWithCharacters(std::u16string(299, u'x') + u'y');
+  const auto longName = ns(std::u16string(299, u'x') + u'y');
   getHFSUniStr255(longName, &record);
   EXPECT_EQ(record.length, 255);
   EXPECT_EQ(orNil(initWithHFSUniStr255(record)), std::string(255, 'x'));
@@ -84,7 +79,7 @@ TEST(NSStringQZFoundation, MakesSmallStrings) {
 }
 
 TEST(NSStringQZFoundation, FindsNamesThatAreNotTaken) {
-  const auto taken = array({"Untitled"_ns, "Untitled 2"_ns, "Untitled 4"_ns, "5%"_ns});
+  const auto taken = arrayOf({"Untitled"_ns, "Untitled 2"_ns, "Untitled 4"_ns, "5%"_ns});
   const auto unique = [&](NSString* base, NSString* format) {
     return orNil(uniqueStringWithBaseString_appendFormatString_inStrings(base, format, taken));
   };
@@ -105,7 +100,7 @@ TEST(NSStringQZFoundation, EditsText) {
 
   const auto set = NSCharacterSet::characterSetWithCharactersInString("ac"_ns);
   const auto replaced = [&](const char* from, NSString* by) {
-    return orNil(stringByReplacingCharactersInSet_withString(text(from), set, by));
+    return orNil(stringByReplacingCharactersInSet_withString(ns(from), set, by));
   };
   EXPECT_EQ(replaced("abcab", "<>"_ns), "<>b<><>b");
   EXPECT_EQ(replaced("aac", ""_ns), "");
@@ -121,20 +116,20 @@ TEST(NSStringQZFoundation, EditsText) {
 
 TEST(NSStringQZFoundation, DeletesNumbersFromTheEnd) {
   for (const char* kept : {"Copy 0", "Copy -3", "Copy12", "Copy 2 ", "Copy 2\n", "a 1.5", ""})
-    EXPECT_EQ(orNil(stringByDeletingNumberFromEnd(text(kept))), kept);
+    EXPECT_EQ(orNil(stringByDeletingNumberFromEnd(ns(kept))), kept);
   EXPECT_EQ(orNil(stringByDeletingNumberFromEnd(" 3"_ns)), "");
   EXPECT_EQ(orNil(stringByDeletingNumberFromEnd("Copy  4"_ns)), "Copy ");
   EXPECT_EQ(orNil(stringByDeletingNumberFromEnd("a 99999999999999999999"_ns)), "a");
 }
 
 TEST(NSStringQZFoundation, BuildsPaths) {
-  EXPECT_EQ(orNil(stringWithPathComponents(array({"usr"_ns, "bin"_ns}))), "/usr/bin");
-  EXPECT_EQ(orNil(stringWithPathComponents(array({"/"_ns, "usr"_ns, "/"_ns}))), "/usr");
+  EXPECT_EQ(orNil(stringWithPathComponents(arrayOf({"usr"_ns, "bin"_ns}))), "/usr/bin");
+  EXPECT_EQ(orNil(stringWithPathComponents(arrayOf({"/"_ns, "usr"_ns, "/"_ns}))), "/usr");
 
-  EXPECT_EQ(orNil(stringByAppendingPathComponents("/"_ns, "a"_ns, text("b/"), "c"_ns)), "/a/b/c");
+  EXPECT_EQ(orNil(stringByAppendingPathComponents("/"_ns, "a"_ns, ns("b/"), "c"_ns)), "/a/b/c");
   EXPECT_EQ(orNil(stringByAppendingPathComponents("a"_ns, "b"_ns, nullptr, "c"_ns)), "a/b");
-  EXPECT_EQ(orNil(stringByAppendingPathComponents("a"_ns, array({"b"_ns, "c"_ns}))), "a/b/c");
-  const auto self = text("a/");
+  EXPECT_EQ(orNil(stringByAppendingPathComponents("a"_ns, arrayOf({"b"_ns, "c"_ns}))), "a/b/c");
+  const auto self = ns("a/");
   EXPECT_TRUE(stringByAppendingPathComponents(self) == self);
   EXPECT_EQ(orNil(stringByPrependingPathComponent("b"_ns, "/a"_ns)), "/a/b");
 
@@ -160,7 +155,7 @@ TEST(NSStringQZFoundation, BuildsPaths) {
 
 TEST(NSStringQZFoundation, ReadsScalars) {
   for (const char* no : {"yes", "Yes", "1", "true", "Y", "YES ", " YES", "NO", ""})
-    EXPECT_FALSE(boolValue(text(no))) << no;
+    EXPECT_FALSE(boolValue(ns(no))) << no;
   EXPECT_TRUE(boolValue(NSMutableString::stringWithUTF8String("YES")));
   EXPECT_EQ(fullRange("abc"_ns), NSMakeRange(0, 3));
   EXPECT_EQ(unsignedIntValue("-5"_ns), 0u);
@@ -169,8 +164,8 @@ TEST(NSStringQZFoundation, ReadsScalars) {
   for (const char* each : {" \n-42x", "+7", "x1", "", "- 1", "9223372036854775808",
                            "-99999999999999999999", "\u00A03"}) {
     std::int64_t scanned = 0;
-    NSScanner::scannerWithString(text(each))->scanLongLong(&scanned);
-    EXPECT_EQ(longLongValue(text(each)), scanned) << each;
+    NSScanner::scannerWithString(ns(each))->scanLongLong(&scanned);
+    EXPECT_EQ(longLongValue(ns(each)), scanned) << each;
   }
   EXPECT_EQ(fourCharCode("abcde"_ns), 0x61626364u);
   EXPECT_EQ(fourCharCode("ab"_ns), 0x61620000u);
@@ -195,7 +190,7 @@ TEST(Extension, ReplacesOnlyWhatFits) {
                         [&] { extend<NSString>("test").replace<&boolValue>(name); });
   };
   EXPECT_THAT(reason("noSuch"), ::testing::ContainsRegex("noSuch.*does not exist"));
-  EXPECT_THAT(reason("length"), ::testing::HasSubstr("another type"));
+  EXPECT_THAT(reason("length"), HasSubstr("another type"));
   EXPECT_EQ(send<std::uint32_t>("abc"_ns, "length"_sel), 3u);
 }
 

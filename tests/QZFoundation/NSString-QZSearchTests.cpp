@@ -63,7 +63,7 @@ TEST(NSStringQZSearch, LongestPrefix) {
     auto strings = NSArray::arrayWithArray(NSArray::arrayWithObjects(candidates));
     return longestPrefixInStrings(text, strings->objectEnumerator());
   };
-  auto twin = NSString::stringWithCharacters(u"/usr");
+  auto twin = ns(u"/usr");
   EXPECT_TRUE(equal(longest("/usr/lib"_ns, {"/"_ns, "/usr"_ns, "/usr/lib64"_ns}), "/usr"_ns));
   EXPECT_EQ(longest("/usr"_ns, {"/usr"_ns, twin}), "/usr"_ns) << "the earlier of two";
   EXPECT_EQ(longest("a"_ns, {"b"_ns, number(1)}), nullptr);
@@ -85,7 +85,7 @@ TEST(NSStringQZSearch, LinesAreCountedAndFoundAlike) {
                                              u"b\u2028c\u2029d\re",
                                              {{0, 2}, {2, 2}, {4, 2}, {6, 2}}},
                                             {u"a\n\r\nbc", {{0, 2}, {2, 2}, {4, 2}}}}) {
-    auto text = NSString::stringWithCharacters(each.text);
+    auto text = ns(each.text);
     const auto count = static_cast<std::uint32_t>(each.lines.size());
     EXPECT_EQ(numberOfLines(text), count) << text;
     for (std::uint32_t i = 0; i < count; ++i)

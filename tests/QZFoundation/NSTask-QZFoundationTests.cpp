@@ -9,7 +9,7 @@
 namespace qz::test {
 namespace {
 
-Ref<NSArray> script(NSString* text) { return NSArray::arrayWithObjects({"-c"_ns, text}); }
+Ref<NSArray> script(NSString* text) { return arrayOf({"-c"_ns, text}); }
 
 std::string outputOf(NSString* text) {
   return std::string(send<Ref<NSData>>(classOf<NSData>(), "dataByRunningTask:withArguments:"_sel,
@@ -30,14 +30,14 @@ TEST(NSTaskQZFoundation, CollectsTheOutput) {
 
 TEST(NSTaskQZFoundation, OutputOfAnySize) {
   const auto data = dataByRunningTask_withArguments(
-      "/usr/bin/head"_ns, NSArray::arrayWithObjects({"-c"_ns, "20000000"_ns, "/dev/zero"_ns}));
+      "/usr/bin/head"_ns, arrayOf({"-c"_ns, "20000000"_ns, "/dev/zero"_ns}));
   EXPECT_EQ(data->length(), 20000000u);
   EXPECT_EQ(data->view().find_first_not_of('\0'), std::string_view::npos);
 }
 
 TEST(NSTaskQZFoundation, CopiesTheOutputToAHandle) {
   const TemporaryDirectory directory;
-  const auto path = NSString::stringWithUTF8String(directory.write("out", "kept "));
+  const auto path = ns(directory.write("out", "kept "));
   auto handle = NSFileHandle::fileHandleForUpdatingAtPath(path);
   handle->seekToEndOfFile();
   auto task = shell("echo one; echo two"_ns);

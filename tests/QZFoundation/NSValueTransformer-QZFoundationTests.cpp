@@ -10,7 +10,7 @@ namespace qz::test {
 namespace {
 
 Ref<NSValueTransformer> named(const char* name) {
-  return valueTransformerWithDynamicName(NSString::stringWithUTF8String(name));
+  return valueTransformerWithDynamicName(ns(name));
 }
 
 std::string there(const char* name, NSObject* value) {
@@ -97,13 +97,13 @@ TEST(ValueTransformers, FilesChangeTheirStyle) {
   EXPECT_EQ(back("QZFile-POSIX-URL", "file:///tmp/a%20b"_ns), "/tmp/a b");
   const std::string classic = there("QZFile-POSIX-HFS", "/usr/lib"_ns);
   EXPECT_TRUE(classic.ends_with(":usr:lib")) << classic;
-  EXPECT_EQ(back("QZFile-POSIX-HFS", NSString::stringWithUTF8String(classic)), "/usr/lib");
+  EXPECT_EQ(back("QZFile-POSIX-HFS", ns(classic)), "/usr/lib");
   EXPECT_EQ(there("QZFile-URL-POSIX", "not a url"_ns), "(null)");
   EXPECT_EQ(there("QZFile-POSIX-URL", ""_ns), "(null)");
   EXPECT_EQ(there("QZFile-POSIX-URL", number(1)), "(null)");
 
   const TemporaryDirectory directory;
-  auto path = NSString::stringWithUTF8String(directory.write("file", ""));
+  auto path = ns(directory.write("file", ""));
   auto exists = as<NSNumber>(named("QZFile-POSIX-exists")->transformedValue(path));
   EXPECT_EQ(exists->kind(), NumberKind::Bool);
   EXPECT_TRUE(exists->boolValue());

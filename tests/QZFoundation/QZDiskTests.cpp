@@ -7,8 +7,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::string_view_literals;
-
 constexpr const char* mounts =
     "20 1 0:5 / /dev rw - devtmpfs udev rw\n"
     "27 1 254:0 / / rw,relatime - ext4 /dev/vda rw\n"
@@ -35,7 +33,7 @@ TEST(QZDisk, FoundByItsMountPathAlone) {
   EXPECT_EQ(QZDisk::diskForMountPath("/home/"_ns), nullptr);
   EXPECT_EQ(QZDisk::diskForMountPath(nullptr), nullptr);
   for (const std::u16string_view noPath : {u"/\0x"sv, u"/\xD800"sv})
-    EXPECT_EQ(QZDisk::diskForMountPath(NSString::stringWithCharacters(noPath)), nullptr);
+    EXPECT_EQ(QZDisk::diskForMountPath(ns(noPath)), nullptr);
 }
 
 TEST(QZDisk, FoundByAFilePathThatTheMountPathBeginsWith) {
@@ -60,8 +58,8 @@ TEST(QZDisk, TellsWhatTheTableAndTheVolumeSay) {
   auto disk = QZDisk::diskForMountPath("/Volumes/Data"_ns);
   EXPECT_TRUE(equal(disk->devicePath(), "/dev/sda1"_ns));
   EXPECT_EQ(disk->volumeName()->UTF8String(), std::string("Dätä\0", 7));
-  EXPECT_TRUE(equal(disk->creationDate(), NSDate::dateWithTimeIntervalSince1970(1000)));
-  EXPECT_TRUE(equal(disk->modificationDate(), NSDate::dateWithTimeIntervalSince1970(2000)));
+  EXPECT_TRUE(equal(disk->creationDate(), dateAt(1000)));
+  EXPECT_TRUE(equal(disk->modificationDate(), dateAt(2000)));
   EXPECT_EQ(disk->availableFreeSpace(), 5'000'000'000);
   EXPECT_EQ(send<QZFileSystemID>(disk, "fileSystemID"_sel), (QZFileSystemID{8, 1}));
   EXPECT_TRUE(disk->ignoresPermissions());
@@ -93,8 +91,8 @@ TEST(NSFileManagerQZVolumes, VolumeOfAFile) {
   };
   EXPECT_EQ(attributesOf("/etc"_ns), nullptr);
   table.setAttributes("/", {"Root", 1000, 2000});
-  const auto name = NSString::stringWithCharacters({u"Root\0", 5});
-  const auto made = NSDate::dateWithTimeIntervalSince1970(1000);
+  const auto name = ns({u"Root\0", 5});
+  const auto made = dateAt(1000);
   EXPECT_TRUE(attributesOf("/etc"_ns)->isEqual(NSDictionary::of(
       {{QZVolumeMountPath, "/"_ns}, {QZVolumeName, name}, {QZVolumeCreationDate, made}})));
   // Nothing behind what is missing.

@@ -85,15 +85,15 @@ TEST_F(QZFileWatcherTest, FollowsAFileThatComesAndGoes) {
     watch(path("sub/file"), kernel);
     EXPECT_EQ(watcher->usesTimer(), !kernel);
     EXPECT_EQ(to_string(watcher->watchingPath()), directory.path());
-    EXPECT_GE(change([&] { std::filesystem::create_directory(top + "/sub"); }), 1);
+    EXPECT_GE(change([&] { fs::create_directory(top + "/sub"); }), 1);
     EXPECT_EQ(to_string(watcher->watchingPath()), top + "/sub");
     EXPECT_GE(change([&] { directory.write("sub/file", "x"); }), 1);
     EXPECT_EQ(to_string(watcher->watchingPath()), file);
     // As editors do: another file takes the place.
-    const auto replace = [&] { std::filesystem::rename(directory.write("new", "longer"), file); };
+    const auto replace = [&] { fs::rename(directory.write("new", "longer"), file); };
     EXPECT_GE(change(replace), 1);
     EXPECT_GE(change([&] { directory.write("sub/file", "again"); }), 1);
-    EXPECT_GE(change([&] { std::filesystem::remove_all(top + "/sub"); }), 1);
+    EXPECT_GE(change([&] { fs::remove_all(top + "/sub"); }), 1);
     if (kernel) servePending();
     EXPECT_EQ(to_string(watcher->watchingPath()), directory.path());
     EXPECT_EQ(delegate->last, watcher);
@@ -110,7 +110,7 @@ TEST_F(QZFileWatcherTest, NamesNeedNotBeUtf8) {
     if (kernel) directory.write("a\xFF", "more");
     EXPECT_GE(kernel ? served(1) : polled(), 1);
   }
-  watch(NSString::stringWithCharacters({u"/\0x", 3}));
+  watch(ns({u"/\0x", 3}));
   EXPECT_TRUE(equal(watcher->watchingPath(), "/"_ns));
 }
 
@@ -144,7 +144,7 @@ TEST_F(QZFileWatcherTest, PollsWhenTheSystemHasNoWatchToGive) {
 TEST_F(QZFileWatcherTest, NoticesThatTheFileSystemIsUnmounted) {
   for (const bool kernel : {false, true}) {
     const std::string mount = directory.path() + "/mount";
-    std::filesystem::create_directories(mount);
+    fs::create_directories(mount);
     if (::mount("none", mount.c_str(), "tmpfs", 0, nullptr) != 0) GTEST_SKIP() << "may not mount";
     directory.write("mount/a", "");
     watch(path("mount/a"), kernel);
@@ -192,9 +192,9 @@ TEST_F(QZFileWatcherTest, APathIsPolledOnceForAll) {
 TEST_F(QZFileWatcherTest, AHundredShareOneQueueOfTheKernel) {
   const auto queues = [] {
     int found = 0;
-    for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+    for (const auto& each : fs::directory_iterator("/proc/self/fd")) {
       std::error_code gone;  // the one that reads the folder
-      found += std::filesystem::read_symlink(each, gone).string().ends_with("inotify") ? 1 : 0;
+      found += fs::read_symlink(each, gone).string().ends_with("inotify") ? 1 : 0;
     }
     return found;
   };

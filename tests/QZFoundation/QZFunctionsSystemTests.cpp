@@ -24,7 +24,7 @@ TEST(QZFunctions, DirectoriesOfTheApplication) {
   EXPECT_EQ(QZApplicationSupportSubPath()->UTF8String(), "Application Support/foundation-tests");
   const std::string caches = home.path() + "/Library/Caches/foundation-tests";
   EXPECT_EQ(QZCacheDirectory()->UTF8String(), caches);
-  EXPECT_TRUE(std::filesystem::is_directory(caches));
+  EXPECT_TRUE(fs::is_directory(caches));
   // Where it cannot be made, the path is answered all the same.
   const Environment nowhere("HOME", "/proc/nowhere");
   EXPECT_EQ(QZCacheDirectory()->UTF8String(), "/proc/nowhere/Library/Caches/foundation-tests");
@@ -58,7 +58,7 @@ TEST(QZFunctions, SystemVersionComesFromTheReleaseFile) {
   const std::size_t length = std::fread(told, 1, sizeof told - 1, shell);
   ::pclose(shell);
   const auto version = QZSystemVersionNumber();
-  const auto number = QZVersionNumber::versionWithString(NSString::stringWithUTF8String(told));
+  const auto number = QZVersionNumber::versionWithString(ns(told));
   EXPECT_TRUE(length == 0 ? version == nullptr : equal(version, number)) << told;
 }
 

@@ -46,8 +46,7 @@ class LibraryMessages : public ::testing::Test {
   ~LibraryMessages() override { NSBundle::setPreferredLanguages(nullptr); }
 
   static std::string message(const std::string& language, NSString* key) {
-    NSBundle::setPreferredLanguages(
-        NSArray::arrayWithObject(NSString::stringWithUTF8String(language)));
+    NSBundle::setPreferredLanguages(NSArray::arrayWithObject(ns(language)));
     return to_string(
         detail::libraryBundle()->localizedStringForKey_value_table(key, ""_ns, nullptr));
   }
@@ -79,13 +78,12 @@ TEST_F(LibraryMessages, EveryMessageInTheSourcesHasItsEntry) {
       R"re(QZLocalizedString(?:FromTableInBundle)?\(\s*"((?:[^"\\]|\\.)*)"_ns)re");
   auto english = table("en");
   int messages = 0;
-  for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(sourcePath("QZFoundation"))) {
+  for (const auto& entry : fs::recursive_directory_iterator(sourcePath("QZFoundation"))) {
     if (entry.path().extension() != ".cpp") continue;
     const std::string source = contentsOf(entry.path());
     for (std::sregex_iterator it(source.begin(), source.end(), call), end; it != end; ++it) {
       const std::string key = std::regex_replace((*it)[1].str(), std::regex("\\\\(.)"), "$1");
-      EXPECT_TRUE(english->objectForKey(NSString::stringWithUTF8String(key))) << key;
+      EXPECT_TRUE(english->objectForKey(ns(key))) << key;
       ++messages;
     }
   }
@@ -110,7 +108,7 @@ TEST_F(LibraryMessages, AreFoundByTheUsersLanguage) {
 }
 
 TEST_F(LibraryMessages, TheTextFoundIsTheFormat) {
-  NSBundle::setPreferredLanguages(NSArray::arrayWithObjects({"de"_ns}));
+  NSBundle::setPreferredLanguages(arrayOf({"de"_ns}));
   const auto library = detail::libraryBundle();
   EXPECT_EQ(to_string(QZLocalizedStringFromTableInBundle("Value %d too large for %@ component"_ns,
                                                          nullptr, library, "c"_ns, 60, "x"_ns)),

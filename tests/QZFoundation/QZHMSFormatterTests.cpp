@@ -3,7 +3,7 @@
 #include "Platform/Values/NSScanner.h"
 #include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
 std::string text(QZHMSFormatter* formatter, double seconds) {
@@ -103,7 +103,7 @@ TEST(QZHMSFormatter, Parsing) {
   const auto formatter = QZHMSFormatter::init();
   EXPECT_TRUE(formatter->getObjectValue_forString_errorDescription(nullptr, "1"_ns, nullptr));
   EXPECT_FALSE(formatter->getObjectValue_forString_errorDescription(nullptr, "x"_ns, nullptr));
-  EXPECT_TRUE(test::refuses(
+  EXPECT_TRUE(refuses(
       [&] { formatter->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr); }));
 }
 
@@ -163,7 +163,7 @@ TEST(QZHMSFormatter, ParsesAsAScannerWould) {
     std::u16string units;
     for (std::size_t length = random() % 14; units.size() < length;)
       units += alphabet[random() % alphabet.size()];
-    const auto string = NSString::stringWithCharacters(units);
+    const auto string = ns(units);
     ASSERT_EQ(parse(string), parseWithScanner(string)) << string;
   }
 }
@@ -175,14 +175,14 @@ TEST(QZHMSFormatter, RoundTrip) {
   for (int i = 0; i < 5000; ++i) {
     // Below 2³¹ seconds. Not with a fraction and a minus sign: that adds where it should take away.
     const auto whole = static_cast<std::int32_t>(random() >> (33 + random() % 20));
-    ASSERT_EQ(parse(NSString::stringWithUTF8String(text(formatter, -whole))).value, -whole);
+    ASSERT_EQ(parse(ns(text(formatter, -whole))).value, -whole);
     const double fraction = whole + static_cast<double>(random() % 1000) / 1000;
     const std::string shown = text(formatter, fraction);
-    const double read = parse(NSString::stringWithUTF8String(shown)).value;
+    const double read = parse(ns(shown)).value;
     ASSERT_TRUE(read <= fraction + 1e-6 && read > fraction - 0.001 - 1e-6) << shown;
     ASSERT_EQ(text(formatter, read).substr(0, shown.find('.')), shown.substr(0, shown.find('.')));
   }
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

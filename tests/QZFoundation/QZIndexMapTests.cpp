@@ -7,8 +7,6 @@
 namespace qz::test {
 namespace {
 
-using ::testing::ElementsAre;
-
 Ref<QZIndexMap> mapOf(std::vector<std::int32_t> entries) {
   return QZIndexMap::initWithIndices_count(entries.data(),
                                            static_cast<std::int32_t>(entries.size()));
@@ -26,8 +24,7 @@ TEST(QZIndexMap, IsMadeFromVectorsAndNumbers) {
   EXPECT_EQ(QZIndexMap::identityMapWithCount(-1)->count(), 0u);
   EXPECT_THAT(mapOf({2, 0, 1})->entries(), ElementsAre(2, 0, 1));
   EXPECT_THAT(QZIndexMap::initWithIndices(numbers({1, 0}))->entries(), ElementsAre(1, 0));
-  EXPECT_THAT(QZIndexMap::initWithIndices(NSArray::arrayWithObjects({"1"_ns, "0"_ns}))->entries(),
-              ElementsAre(1, 0));
+  EXPECT_THAT(QZIndexMap::initWithIndices(arrayOf({"1"_ns, "0"_ns}))->entries(), ElementsAre(1, 0));
   auto* vector = static_cast<std::int32_t*>(std::malloc(2 * sizeof(std::int32_t)));
   vector[0] = 1;
   vector[1] = 0;

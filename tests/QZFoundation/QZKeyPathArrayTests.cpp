@@ -29,7 +29,7 @@ TEST(QZKeyPathArray, ShowsWhatTheElementsAnswerNow) {
 }
 
 TEST(QZKeyPathArray, AnswersNilAndIsWalkedWithNull) {
-  auto people = NSArray::arrayWithObjects({make<Person>("Ann"_ns), make<Person>()});
+  auto people = arrayOf({make<Person>("Ann"_ns), make<Person>()});
   auto names = arrayForKeyPath(people, "name"_ns);
   EXPECT_EQ(names->objectAtIndex(1), nullptr);
   EXPECT_EQ(names->lastObject(), nullptr);

@@ -33,12 +33,10 @@ std::vector<std::string> messages(const std::string& path) {
   return all;
 }
 
-using Lines = std::vector<std::string>;
-
 class QZLogTest : public ::testing::Test {
  protected:
   Ref<QZLog> logTo(const std::string& file, bool writes = true) const {
-    auto log = QZLog::initWithFilePath(NSString::stringWithUTF8String(file));
+    auto log = QZLog::initWithFilePath(ns(file));
     if (writes) log->setKey_enabled("all"_ns, true);
     return log;
   }
@@ -51,7 +49,7 @@ TEST_F(QZLogTest, OnlyEnabledKeysAreWritten) {
   auto log = logTo(path, false);
   log->logMessage("no"_ns);
   log->logWithKey_format("a"_ns, nullptr);  // would raise, were it expanded
-  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_FALSE(fs::exists(path));
   log->setKey_enabled("a"_ns, true);
   EXPECT_TRUE(refuses([&] { log->logWithKey_format("a"_ns, nullptr); }));
   log->logWithKey_message("a"_ns, "yes"_ns);
@@ -85,7 +83,7 @@ TEST_F(QZLogTest, OpeningEmptiesTheFileUnlessItAppends) {
   log->logMessage("3"_ns);
   EXPECT_EQ(messages(path), (Lines{"3"}));
   log->clearLog();
-  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_FALSE(fs::exists(path));
   log->logData(NSData::dataWithBytes(std::string_view("raw")));
   EXPECT_EQ(contentsOf(path), "raw");
 }
@@ -115,15 +113,14 @@ TEST_F(QZLogTest, WhereTheFileCannotBeMade) {
   auto log = logTo(directory.path() + "/later/app.log");
   log->logMessage("lost"_ns);
   EXPECT_EQ(log->logOutputHandle(), nullptr);
-  std::filesystem::create_directory(directory.path() + "/later");
+  fs::create_directory(directory.path() + "/later");
   log->logMessage("found"_ns);
   EXPECT_EQ(messages(directory.path() + "/later/app.log"), (Lines{"found"}));
   logTo(directory.path())->logMessage("a folder"_ns);
   logTo("")->logMessage("no path"_ns);
   for (const char16_t unit : {u'\0', u'\xD800'}) {
     auto nowhere = QZLog::initWithFilePath(
-        ns(directory.path() + "/x")
-            ->stringByAppendingString(NSString::stringWithCharacters({&unit, 1})));
+        ns(directory.path() + "/x")->stringByAppendingString(ns({&unit, 1})));
     nowhere->setKey_enabled("all"_ns, true);
     nowhere->logMessage("what names no file"_ns);
     EXPECT_EQ(nowhere->logOutputHandle(), nullptr);
@@ -155,7 +152,7 @@ TEST_F(QZLogTest, ADiskThatIsFullKeepsWhatWasThere) {
 TEST_F(QZLogTest, AFileThatIsMovedAwayIsFollowedByANewOne) {
   auto log = logTo(path);
   log->logMessage("1"_ns);
-  std::filesystem::rename(path, path + ".1");
+  fs::rename(path, path + ".1");
   directory.write("app.log", "07-01-01 00:00:00.000 put there\n");
   for (int i = 0; i < 150 && messages(path).size() < 2; ++i) {
     log->logMessage("2"_ns);
@@ -164,7 +161,7 @@ TEST_F(QZLogTest, AFileThatIsMovedAwayIsFollowedByANewOne) {
   EXPECT_EQ(messages(path), (Lines{"put there", "2"}));
   EXPECT_EQ(messages(path + ".1")[0], "1");
   // One that is emptied in place goes on from its start.
-  std::filesystem::resize_file(path, 0);
+  fs::resize_file(path, 0);
   log->logMessage("3"_ns);
   EXPECT_EQ(messages(path), (Lines{"3"}));
 }
@@ -190,7 +187,7 @@ TEST_F(QZLogTest, WhoTakesThePlaceOfLogDataSeesThreePieces) {
   auto log = make<PieceLog>();
   log->setKey_enabled("all"_ns, true);
   log->logMessage("text"_ns);
-  EXPECT_THAT(log->pieces, ::testing::ElementsAre(::testing::SizeIs(stampLength), "text", "\n"));
+  EXPECT_THAT(log->pieces, ElementsAre(::testing::SizeIs(stampLength), "text", "\n"));
   log->pieces.clear();
   log->passesOn = log->raises = true;
   EXPECT_TRUE(raises(NSGenericException, [&] { log->logMessage("half"_ns); }));
@@ -202,7 +199,7 @@ TEST_F(QZLogTest, WhoTakesThePlaceOfLogDataSeesThreePieces) {
   classOf<QZLog>()->replaceInstanceMethod("logData:"_sel, before);
   ASSERT_EQ(replacedPieces.size(), 3u);
   EXPECT_EQ(replacedPieces[1], "text");
-  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_FALSE(fs::exists(path));
 }
 
 // The debug log --------------------------------------------------------------------------------
@@ -220,7 +217,7 @@ class QZDebugTest : public ::testing::Test {
 TEST_F(QZDebugTest, EachLogBeginsAnew) {
   home.write("Desktop/foundation-tests.log", "of the run before");
   QZDebugLog("progress"_ns, "%d"_ns, 1);
-  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_FALSE(fs::exists(file));
   EXPECT_EQ(QZGetDebugLog()->logFilePath()->UTF8String(), file);
   QZSetDebugEnabled("progress"_ns, true);
   QZDebugLog("progress"_ns, "%d of %@"_ns, 2, number(3));
@@ -237,7 +234,7 @@ TEST_F(QZDebugTest, EachLogBeginsAnew) {
   QZDebugClose();
   EXPECT_EQ(old->logOutputHandle(), nullptr);
   EXPECT_FALSE(QZIsDebugEnabled("progress"_ns));
-  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_FALSE(fs::exists(file));
   EXPECT_NE(QZGetDebugLog(), old);
 }
 
@@ -252,7 +249,7 @@ TEST_F(QZDebugTest, TheUserDefaultEnablesKeys) {
       if (QZIsDebugEnabled(each)) keys += each->UTF8String() + " ";
     return keys;
   };
-  const auto list = NSArray::arrayWithObjects({"progress"_ns, number(5), "import"_ns});
+  const auto list = arrayOf({"progress"_ns, number(5), "import"_ns});
   EXPECT_EQ(enabled(list), "import progress ");
   QZDebugLog("import"_ns, "written"_ns);
   QZDebugLog("other"_ns, "not written"_ns);

@@ -45,7 +45,7 @@ TEST(QZPathIndexer, RemovingLeavesNothingEmpty) {
   indexer->removePath("/b/y/f"_ns);
   indexer->removePath("/a/x/g"_ns);
   EXPECT_EQ(indexer->pathsByFilename()->count(), 0u);
-  EXPECT_THAT(to_string(indexer), testing::HasSubstr(": [pathsByFilename = {"));
+  EXPECT_THAT(to_string(indexer), HasSubstr(": [pathsByFilename = {"));
 }
 
 TEST(QZPathIndexer, ContainsNoPath) {

@@ -3,7 +3,7 @@
 #include "tests/support/Formatters.h"
 #include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
 constexpr std::int32_t binary = 0;
@@ -12,7 +12,7 @@ constexpr std::int32_t decimal = 1;
 Ref<QZStorageSizeFormatter> formatter(std::int32_t mode, const char* locale = "en_US") {
   auto made = QZStorageSizeFormatter::init();
   made->setFormat("#,##0.0;0;#,##0.0"_ns);
-  made->setLocale(test::locale(locale));
+  made->setLocale(locale(locale));
   made->setStorageSizeMode(mode);
   return made;
 }
@@ -60,11 +60,11 @@ TEST(QZStorageSizeFormatter, OtherValues) {
   EXPECT_EQ(sizes->stringForObjectValue(nullptr), nullptr);
   EXPECT_EQ(to_string(sizes->editingStringForObjectValue(NSNumber::of(1572864))), "1,572,864.0");
   const auto plain = QZStorageSizeFormatter::init();
-  plain->setLocale(test::locale("en_US"));
+  plain->setLocale(locale("en_US"));
   EXPECT_EQ(text(plain, 1'234'567), "1.235 MB");
   const auto copy = as<QZStorageSizeFormatter>(formatter(binary)->copy());
   EXPECT_EQ(text(copy, 1'000'000), "976.6 KB");
-  const auto archived = as<QZStorageSizeFormatter>(test::throughArchive(copy));
+  const auto archived = as<QZStorageSizeFormatter>(throughArchive(copy));
   EXPECT_EQ(text(archived, 1'000'000), "1.0 MB");  // the mode is not archived
 }
 
@@ -94,12 +94,12 @@ TEST(QZStorageSizeFormatter, Parsing) {
   };
   for (const auto& each : cases)
     for (const std::int32_t mode : {binary, decimal}) {
-      const auto number = as<NSNumber>(test::read(formatter(mode), each.text).value);
+      const auto number = as<NSNumber>(read(formatter(mode), each.text).value);
       EXPECT_EQ(number ? number->unsignedLongLongValue() : fails,
                 mode == binary ? each.binary : each.decimal)
           << each.text;
     }
-  EXPECT_TRUE(test::refuses([] {
+  EXPECT_TRUE(refuses([] {
     formatter(binary)->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr);
   }));
 }
@@ -114,7 +114,7 @@ TEST(QZStorageSizeFormatter, RoundTrip) {
       for (int i = 0; i < 5; ++i, unit *= kilobyte)
         for (const std::uint64_t count : {1, 7, 999}) {
           const auto shown = sizes->stringForObjectValue(NSNumber::of(count * unit));
-          const auto number = as<NSNumber>(test::read(sizes, shown).value);
+          const auto number = as<NSNumber>(read(sizes, shown).value);
           ASSERT_TRUE(number) << shown;
           ASSERT_EQ(number->unsignedLongLongValue(), count * unit) << shown;
         }
@@ -122,4 +122,4 @@ TEST(QZStorageSizeFormatter, RoundTrip) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -9,8 +9,6 @@
 namespace qz::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 /// Writes down what it is told of a task, and on which thread.
 class Delegate : public Derives<Delegate, NSObject> {
  public:
@@ -217,7 +215,7 @@ TEST(QZThreadedTask, UpdatesBetweenTwoTurnsCostOneDelivery) {
   onWorker([&] {
     for (int i = 1; i <= 1000; ++i) task->updatePercentComplete(static_cast<float>(i));
     for (int i = 1; i <= 10; ++i) {
-      task->updateProgressMessage(NSString::stringWithUTF8String("m" + std::to_string(i)));
+      task->updateProgressMessage(ns("m" + std::to_string(i)));
       task->updateSecondaryProgressMessage("s"_ns);
       task->updateKnowsPercentComplete(i % 2 == 0);
     }
@@ -243,8 +241,7 @@ TEST(QZThreadedTask, NilIsDeliveredAndNeverUndoesWhatCameAfterIt) {
     auto task = make<Copying>();
     onWorker([&] {
       for (const std::string& text : each.updates)
-        task->updateProgressMessage(text == "-" ? nullptr
-                                                : NSString::stringWithUTF8String(text).get());
+        task->updateProgressMessage(text == "-" ? nullptr : ns(text).get());
     });
     servePending();
     EXPECT_EQ(task->messages, each.delivered);

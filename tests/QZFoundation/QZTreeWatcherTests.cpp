@@ -13,8 +13,6 @@
 namespace qz::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class TreeDelegate : public Derives<TreeDelegate, NSObject> {
  public:
   static void describe(ClassDescription<TreeDelegate>& is) {
@@ -78,7 +76,7 @@ TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
 }
 
 TEST_F(QZTreeWatcherTest, CollectsForAWhile) {
-  watch({.latency = 0.3, .namesToLeaveOut = NSArray::arrayWithObjects({"*.tmp"_ns})});
+  watch({.latency = 0.3, .namesToLeaveOut = arrayOf({"*.tmp"_ns})});
   std::string told;
   std::string below;
   listener = [&](NSArray* changes) {

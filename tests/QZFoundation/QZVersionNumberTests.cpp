@@ -10,7 +10,7 @@ namespace qz::test {
 namespace {
 
 Ref<QZVersionNumber> version(std::string_view text) {
-  return QZVersionNumber::versionWithString(NSString::stringWithUTF8String(text));
+  return QZVersionNumber::versionWithString(ns(text));
 }
 
 std::string digits(QZVersionNumber* version) {
@@ -63,8 +63,7 @@ TEST(QZVersionNumber, TextsCompareAsTheirVersions) {
     second = first;
     append(first, random() % 4);
     append(second, random() % 4);
-    EXPECT_EQ(QZVersionNumber::compareVersionString_withVersionString(
-                  NSString::stringWithUTF8String(first), NSString::stringWithUTF8String(second)),
+    EXPECT_EQ(QZVersionNumber::compareVersionString_withVersionString(ns(first), ns(second)),
               version(first.c_str())->compare(version(second.c_str())))
         << first << " and " << second;
   }
@@ -102,8 +101,8 @@ TEST(QZVersionNumber, TheListCanBeReadAndChanged) {
                      [&] { one->setDigits(NSArray::arrayWithObject("1"_ns)); }, {"no Number"}));
   EXPECT_TRUE(refuses([&] { one->addDigit(nullptr); }));
   EXPECT_EQ(digits(one), "8 9 1");
-  EXPECT_THAT(to_string(one), ::testing::HasSubstr(": {digits = ("));
-  EXPECT_THAT(to_string(one), ::testing::HasSubstr("), versionString = 8.9.1}"));
+  EXPECT_THAT(to_string(one), HasSubstr(": {digits = ("));
+  EXPECT_THAT(to_string(one), HasSubstr("), versionString = 8.9.1}"));
 }
 
 // The rules as they are told, with a scanner.
@@ -133,13 +132,12 @@ TEST(QZVersionNumber, ReadsAsAScannerDoes) {
   for (int i = 0; i < 5000; ++i) {
     std::u16string text;
     for (auto left = random() % 9; left > 0; --left) text += units[random() % units.size()];
-    const auto string = NSString::stringWithCharacters(text);
+    const auto string = ns(text);
     ASSERT_EQ(digits(QZVersionNumber::versionWithString(string)), digitsByScanner(string))
         << "\"" << string << "\"";
   }
   for (char32_t unit = 1; unit < 0x10000; unit += unit < 0x3100 ? 1 : 61) {
-    const auto string =
-        NSString::stringWithCharacters(std::u16string{u'1', static_cast<char16_t>(unit), u'2'});
+    const auto string = ns(std::u16string{u'1', static_cast<char16_t>(unit), u'2'});
     ASSERT_EQ(digits(QZVersionNumber::versionWithString(string)), digitsByScanner(string))
         << static_cast<unsigned>(unit);
   }

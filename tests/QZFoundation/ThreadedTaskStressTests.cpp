@@ -45,7 +45,7 @@ class Busy : public Derives<Busy, QZThreadedTask> {
     const int updates = 2000 + static_cast<int>(random_() % 4000);
     for (int i = 0; i < updates && !abortRequestReceived(); ++i) {
       updatePercentComplete(static_cast<float>(i));
-      if (i % 64 == 0) updateSecondaryProgressMessage(NSString::stringWithUTF8String("s"));
+      if (i % 64 == 0) updateSecondaryProgressMessage(ns("s"));
       ++totals_->updates;
     }
     updateProgressMessage("last"_ns);

@@ -50,7 +50,7 @@ class XJKQueueTest : public ::testing::Test {
     return std::exchange(delegate->log, "");
   }
   Ref<NSString> file(const char* name, const char* text = "") {
-    return NSString::stringWithUTF8String(directory.write(name, text));
+    return ns(directory.write(name, text));
   }
   static void append(NSString* path) {
     const int descriptor = ::open(path->UTF8String().c_str(), O_WRONLY | O_APPEND);
@@ -89,7 +89,7 @@ TEST_F(XJKQueueTest, ReportsEachKindInTheFixedOrder) {
 TEST_F(XJKQueueTest, RefusesWithErrno) {
   EXPECT_EQ(queue->addPathToQueue("/no/such/file"_ns), ENOENT);
   EXPECT_EQ(queue->addPathToQueue(nullptr), ENOENT);
-  EXPECT_EQ(queue->addPathToQueue(NSString::stringWithCharacters({u"/\0x", 3})), EINVAL);
+  EXPECT_EQ(queue->addPathToQueue(ns({u"/\0x", 3})), EINVAL);
   queue->addPath("/no/such/file"_ns);
   queue->removePath("/no/such/file"_ns);
   EXPECT_EQ(to_string(queue), "XJKQueue { watchedPaths = (), alwaysNotify = NO }");
@@ -101,7 +101,7 @@ TEST_F(XJKQueueTest, RefusesWithErrno) {
 TEST_F(XJKQueueTest, EqualPathsAreWatchedEach) {
   const auto a = file("a");
   queue->addPath(a);
-  queue->addPath(NSString::stringWithUTF8String(a->UTF8String()));
+  queue->addPath(ns(a->UTF8String()));
   EXPECT_EQ(toldOfMore(a, 2), "WrittenToNotification:/a WrittenToNotification:/a ");
   queue->removePath(a);
   EXPECT_EQ(toldOfMore(a, 1), "WrittenToNotification:/a ");
@@ -113,7 +113,7 @@ TEST_F(XJKQueueTest, EqualPathsAreWatchedEach) {
 TEST_F(XJKQueueTest, NamesNeedNotBeUtf8) {
   std::vector<Ref<NSString>> paths;
   for (const char* name : {"a\xFE", "a\xFF"}) {
-    const auto path = NSString::stringWithFileSystemRepresentation(directory.write(name, ""));
+    const auto path = ns(directory.write(name, ""));
     EXPECT_EQ(queue->addPathToQueue(path), 0);
     paths.push_back(path);
   }
@@ -164,7 +164,7 @@ TEST_F(XJKQueueTest, AddingAndRemovingLosesNothing) {
   const char* stress = std::getenv("QZ_STRESS_PAIRS");
   const int pairs = stress != nullptr ? std::atoi(stress) : 20'000;
   const auto a = file("a");
-  const auto top = NSString::stringWithUTF8String(directory.path());
+  const auto top = ns(directory.path());
   const auto addAndRemove = [&](int count) {
     for (int i = 0; i < count; ++i) {
       NSString* const path = i % 3 == 0 ? top : a;
@@ -228,7 +228,7 @@ TEST_F(XJKQueueTest, TellsThatThereIsNoWatchLeft) {
 
 TEST_F(XJKQueueTest, TellsThatAFileSystemIsUnmounted) {
   const std::string mount = directory.path() + "/mount";
-  std::filesystem::create_directory(mount);
+  fs::create_directory(mount);
   if (::mount("none", mount.c_str(), "tmpfs", 0, nullptr) != 0) GTEST_SKIP() << "may not mount";
   const auto a = file("mount/a");
   EXPECT_EQ(queue->addPathToQueue_notifyingAbout(a, 0x7F), 0);

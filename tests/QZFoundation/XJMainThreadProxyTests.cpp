@@ -21,7 +21,7 @@ class Document : public Derives<Document, NSObject> {
   Ref<NSString> title() { return noting(title_); }
   void setTitle(NSString* title) { title_ = noting(Ref<NSString>(title)); }
   int sum(int a, double b) { return noting(a + static_cast<int>(b)); }
-  Ref<NSArray> both(NSObject* a, NSObject* b) { return noting(NSArray::arrayWithObjects({a, b})); }
+  Ref<NSArray> both(NSObject* a, NSObject* b) { return noting(arrayOf({a, b})); }
   void fail() { throw std::runtime_error("failed"); }
   static Ref<NSString> kind() { return NSThread::isMainThread() ? "main"_ns : "other"_ns; }
 
@@ -53,7 +53,7 @@ class XJMainThreadProxyTest : public ::testing::Test {
 
 TEST_F(XJMainThreadProxyTest, ForwardsAndAnswers) {
   elsewhere([&] {
-    send<void>(proxy, "setTitle:"_sel, NSString::stringWithUTF8String("New"));
+    send<void>(proxy, "setTitle:"_sel, ns("New"));
     EXPECT_EQ(to_string(send<Ref<NSString>>(proxy, "title"_sel)), "New");
     EXPECT_EQ(send<int>(proxy, "sum:and:"_sel, 2, 3.5), 5);
     EXPECT_THROW(send<void>(proxy, "fail"_sel), std::runtime_error);
@@ -144,7 +144,7 @@ TEST_F(XJMainThreadProxyTest, TypedCalls) {
     const auto more = [](Document* it, int by) { return it->calls + by; };
     EXPECT_EQ(onMainThread(document).call(more, 10), 11);
     EXPECT_THROW(onMainThread(document).call(&Document::fail), std::runtime_error);
-    onMainThread(document).post(&Document::setTitle, NSString::stringWithUTF8String("Posted"));
+    onMainThread(document).post(&Document::setTitle, ns("Posted"));
     onMainThread(document).post([](Document* it) { it->calls += 100; });
   });
   EXPECT_EQ(document->calls, 102);

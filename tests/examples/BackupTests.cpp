@@ -15,9 +15,6 @@
 namespace qz::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::HasSubstr;
-
 class Backup : public CommandTest {
  protected:
   Backup() : CommandTest("examples/backup") { fs::create_directory(source); }

@@ -1,14 +1,9 @@
 // A directory and a file manager for one test.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "Platform/Runtime/Describe.h"
 #include "Platform/System/NSFileManager.h"
 #include "tests/support/Files.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

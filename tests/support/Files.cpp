@@ -48,10 +48,6 @@ std::string about(const std::string& path, const std::string& relative,
 
 }  // namespace
 
-Ref<NSString> ns(std::string_view path) {
-  return NSString::stringWithFileSystemRepresentation(path);
-}
-
 std::string contentsOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return "(missing)";

@@ -3,14 +3,8 @@
 
 #include <map>
 #include <string>
-#include <string_view>
-
-#include "Platform/Values/NSString.h"
 
 namespace qz::test {
-
-/// A path of any bytes.
-Ref<NSString> ns(std::string_view path);
 
 /// All bytes of a file; "(missing)" when there is none.
 std::string contentsOf(const std::string& path);

@@ -1,12 +1,6 @@
 #include "tests/support/Formatters.h"
 
-#include <thread>
-#include <vector>
-
-#include "Platform/Collections/NSArray.h"
 #include "Platform/Text/NSKeyedArchiver.h"
-#include "Platform/Values/NSData.h"
-#include "Platform/Values/NSError.h"
 
 namespace qz::test {
 

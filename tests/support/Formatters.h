@@ -2,22 +2,16 @@
 /// What tests of formatters share.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-
 #include "Platform/Text/NSDateFormatter.h"
 #include "Platform/Text/NSLocale.h"
 #include "Platform/Text/NSTimeZone.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 
 inline Ref<NSLocale> locale(std::string_view name) {
   return NSLocale::localeWithLocaleIdentifier(NSString::stringWithUTF8String(name));
 }
-
-inline Ref<NSDate> dateAt(double seconds) { return NSDate::dateWithTimeIntervalSince1970(seconds); }
 
 constexpr double moment = 1709214600.25;  ///< Thursday, 2024-02-29 13:50:00.250 UTC
 

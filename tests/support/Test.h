@@ -52,6 +52,25 @@
 
 namespace qz::test {
 
+namespace fs = std::filesystem;
+using namespace std::literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+using Lines = std::vector<std::string>;
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+inline constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+/// A String of any bytes, which name a file again as they are.
+inline Ref<NSString> ns(std::string_view bytes) {
+  return NSString::stringWithFileSystemRepresentation(bytes);
+}
+inline Ref<NSString> ns(std::u16string_view units) { return NSString::stringWithCharacters(units); }
+inline Ref<NSArray> arrayOf(std::initializer_list<NSObject*> objects) {
+  return NSArray::arrayWithObjects(objects);
+}
+inline Ref<NSDate> dateAt(double seconds) { return NSDate::dateWithTimeIntervalSince1970(seconds); }
 inline Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
 inline Ref<NSDate> inSeconds(double seconds) {
   return NSDate::dateWithTimeIntervalSinceNow(seconds);

@@ -8,8 +8,6 @@
 namespace qz::test {
 namespace {
 
-using testing::HasSubstr;
-
 class Inspect : public CommandTest {
  protected:
   Inspect() : CommandTest("tools/qzfoundation-inspect") {}

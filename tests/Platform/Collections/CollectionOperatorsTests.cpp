@@ -5,9 +5,6 @@
 namespace qz::test {
 namespace {
 
-using List = std::initializer_list<NSObject*>;
-
-Ref<NSArray> array(List objects) { return NSArray::arrayWithObjects(objects); }
 Ref<Person> person(NSString* name, int age, Person* partner = nullptr) {
   auto made = make<Person>(name, age);
   made->partner = partner;
@@ -16,7 +13,7 @@ Ref<Person> person(NSString* name, int age, Person* partner = nullptr) {
 
 Ref<NSArray> people() {
   auto bob = person("Bob"_ns, 40);
-  return array({person("Ann"_ns, 30, bob), bob, person(nullptr, 20), person("Ann"_ns, 50, bob)});
+  return arrayOf({person("Ann"_ns, 30, bob), bob, person(nullptr, 20), person("Ann"_ns, 50, bob)});
 }
 
 // An Array's description in one line.
@@ -72,7 +69,7 @@ TEST(CollectionOperators, MakeOneValueOfMany) {
 
 TEST(CollectionOperators, OfNothing) {
   for (const Ref<NSObject>& empty :
-       {Ref<NSObject>(NSArray::array()), Ref<NSObject>(array({NSNull::null()})),
+       {Ref<NSObject>(NSArray::array()), Ref<NSObject>(arrayOf({NSNull::null()})),
         Ref<NSObject>(NSSet::set())}) {
     EXPECT_EQ(text(empty->valueForKeyPath("@sum.age"_ns)), "0");
     for (NSString* path : {"@avg.age"_ns, "@min.age"_ns, "@max.age"_ns})
@@ -82,15 +79,15 @@ TEST(CollectionOperators, OfNothing) {
 }
 
 TEST(CollectionOperators, UnitesCollections) {
-  auto groups = array({array({number(1), number(2)}), NSNull::null(), array({}),
-                       NSSet::setWithObjects({number(2), number(3)})});
+  auto groups = arrayOf({arrayOf({number(1), number(2)}), NSNull::null(), arrayOf({}),
+                         NSSet::setWithObjects({number(2), number(3)})});
   EXPECT_EQ(text(groups->valueForKeyPath("@unionOfArrays"_ns)), "(1,2,2,3)");
   EXPECT_EQ(text(groups->valueForKeyPath("@unionOfSets"_ns)), "(1,2,2,3)");
   EXPECT_EQ(text(groups->valueForKeyPath("@distinctUnionOfArrays.self"_ns)), "(1,2,3)");
   auto sets = NSSet::setWithArray(groups);
   EXPECT_EQ(text(sets->valueForKeyPath("@distinctUnionOfSets"_ns)), "{1,2,3}");
-  auto teams = array({NSDictionary::of({{"members"_ns, people()}}),
-                      NSDictionary::of({{"members"_ns, array({person("Cid"_ns, 1)})}})});
+  auto teams = arrayOf({NSDictionary::of({{"members"_ns, people()}}),
+                        NSDictionary::of({{"members"_ns, arrayOf({person("Cid"_ns, 1)})}})});
   EXPECT_EQ(text(teams->valueForKeyPath("members.@unionOfArrays.name"_ns)), "(Ann,Bob,Ann,Cid)");
   EXPECT_EQ(text(teams->valueForKeyPath("@distinctUnionOfArrays.members.name"_ns)),
             "(Ann,Bob,Cid)");
@@ -100,21 +97,23 @@ TEST(CollectionOperators, AddUpExactly) {
   constexpr auto greatest = std::numeric_limits<std::int64_t>::max();
   const auto big = NSNumber::of(greatest);
   const std::tuple<Ref<NSArray>, const char*, NumberKind> cases[] = {
-      {array({NSNumber::of((std::int64_t{1} << 53)), number(1)}), "9007199254740993",
+      {arrayOf({NSNumber::of((std::int64_t{1} << 53)), number(1)}), "9007199254740993",
        NumberKind::LongLong},
-      {array({big, big, NSNumber::of(-greatest)}), "9223372036854775807", NumberKind::LongLong},
-      {array({big, number(1)}), "9223372036854775808", NumberKind::UnsignedLongLong},
-      {array({NSNumber::of(-greatest), number(-2)}), "-9.223372036854776e+18", NumberKind::Double},
-      {array({number(1), NSNumber::of(0.5)}), "1.5", NumberKind::Double},
-      {array({"2.5"_ns, number(1)}), "3.5", NumberKind::Double},
+      {arrayOf({big, big, NSNumber::of(-greatest)}), "9223372036854775807", NumberKind::LongLong},
+      {arrayOf({big, number(1)}), "9223372036854775808", NumberKind::UnsignedLongLong},
+      {arrayOf({NSNumber::of(-greatest), number(-2)}), "-9.223372036854776e+18",
+       NumberKind::Double},
+      {arrayOf({number(1), NSNumber::of(0.5)}), "1.5", NumberKind::Double},
+      {arrayOf({"2.5"_ns, number(1)}), "3.5", NumberKind::Double},
   };
   for (const auto& [numbers, expected, kind] : cases) {
     const auto sum = as<NSNumber>(numbers->valueForKeyPath("@sum"_ns));
     EXPECT_EQ(to_string(sum), expected);
     EXPECT_EQ(sum->kind(), kind) << expected;
   }
-  EXPECT_EQ(to_string(array({big, big})->valueForKeyPath("@avg.self"_ns)), "9.223372036854776e+18");
-  auto dates = array({NSDate::dateWithTimeIntervalSince1970(5), NSDate::distantPast()});
+  EXPECT_EQ(to_string(arrayOf({big, big})->valueForKeyPath("@avg.self"_ns)),
+            "9.223372036854776e+18");
+  auto dates = arrayOf({dateAt(5), NSDate::distantPast()});
   EXPECT_EQ(dates->valueForKeyPath("@min"_ns), NSDate::distantPast());
   EXPECT_TRUE(refuses([&] { dates->valueForKeyPath("@sum"_ns); }));
 }

@@ -66,7 +66,7 @@ TYPED_TEST(EveryArray, IsWalkedBothWays) {
 
 TYPED_TEST(EveryArray, FindsTheFirstEqualOne) {
   auto array = this->of("abcb");
-  auto b = NSString::stringWithUTF8String("b");
+  auto b = ns("b");
   EXPECT_EQ(array->indexOfObject(b), 1u);
   EXPECT_EQ(array->indexOfObjectIdenticalTo(b), NSNotFound);
   EXPECT_EQ(array->indexOfObjectIdenticalTo(array->objectAtIndex(3)), 3u);
@@ -93,8 +93,7 @@ TYPED_TEST(EveryArray, MakesOtherArrays) {
 
 TYPED_TEST(EveryArray, SortsAndKeepsTheOrderOfEquals) {
   std::vector<Ref<NSObject>> people;
-  for (int i = 0; i < 300; ++i)
-    people.push_back(make<Person>(NSString::stringWithUTF8String(std::to_string(i)), i * 7 % 10));
+  for (int i = 0; i < 300; ++i) people.push_back(make<Person>(ns(std::to_string(i)), i * 7 % 10));
   auto sorted = TypeParam::of(people)->sortedArrayUsingSelector("compareByAge:"_sel);
   std::ranges::stable_sort(people, {}, [](auto& each) { return as<Person>(each)->age; });
   EXPECT_EQ(sorted->toVector(), people);

@@ -7,8 +7,8 @@ namespace qz::test {
 namespace {
 
 TEST(NSCountedSet, CountsWhatIsAddedAndRemoved) {
-  auto set = NSCountedSet::setWithArray(
-      NSArray::arrayWithObjects({"a"_ns, "b"_ns, "a"_ns, number(1), NSNumber::of(1.0)}));
+  auto set =
+      NSCountedSet::setWithArray(arrayOf({"a"_ns, "b"_ns, "a"_ns, number(1), NSNumber::of(1.0)}));
   EXPECT_EQ(set->countForObject(nullptr), 0u);
   EXPECT_EQ(to_string(set), "{(\n    a [2],\n    b [1],\n    1 [2]\n)}");
   set->removeObject("a"_ns);

@@ -16,7 +16,7 @@ TYPED_TEST_SUITE(AnyDictionary, Kinds);
 TYPED_TEST(AnyDictionary, AnswersByKeyAndKeepsItsOrder) {
   auto d = TypeParam::of({{"z"_ns, number(1)}, {"a"_ns, number(2)}, {number(7), number(1)}});
   EXPECT_EQ(d->count(), 3u);
-  EXPECT_EQ(to_string(d->objectForKey(NSString::stringWithUTF8String("a"))), "2");
+  EXPECT_EQ(to_string(d->objectForKey(ns("a"))), "2");
   EXPECT_EQ(to_string(d->objectForKey(NSNumber::of(7.0))), "1");
   EXPECT_FALSE(d->objectForKey("b"_ns));
   EXPECT_EQ(text(d->allKeys()), "za7");
@@ -61,7 +61,7 @@ TYPED_TEST(AnyDictionary, ReadsByKeyPath) {
   EXPECT_EQ(to_string(d->valueForKeyPath("inner.count"_ns)), "mine");
   EXPECT_EQ(to_string(d->valueForKey("@count"_ns)), "2");
   EXPECT_FALSE(d->valueForKey("count"_ns));
-  const auto keys = NSArray::arrayWithObjects({"none"_ns, "other"_ns});
+  const auto keys = arrayOf({"none"_ns, "other"_ns});
   EXPECT_EQ(text(d->objectsForKeys_notFoundMarker(keys, "-"_ns)), "-1");
   EXPECT_TRUE(refuses([&] { d->objectsForKeys_notFoundMarker(keys, nullptr); }));
 }
@@ -100,7 +100,7 @@ TEST(NSDictionary, ConstructorsAgreeAndTheLastOfEqualKeysWins) {
   auto expected = NSDictionary::of({{"a"_ns, number(3)}, {"b"_ns, number(2)}});
   NSObject* objects[] = {"x"_ns, "y"_ns, "z"_ns};
   NSObject* keys[] = {"a"_ns, "b"_ns, "a"_ns};
-  auto values = NSArray::arrayWithObjects({number(1), number(2), number(3)});
+  auto values = arrayOf({number(1), number(2), number(3)});
   auto names = NSArray::arrayWithObjects_count(keys, 3);
   EXPECT_EQ(to_string(NSDictionary::initWithObjects_forKeys(values, names)), to_string(expected));
   EXPECT_EQ(to_string(NSMutableDictionary::initWithObjects_forKeys_count(objects, keys, 3)),
@@ -115,7 +115,7 @@ TEST(NSDictionary, ConstructorsAgreeAndTheLastOfEqualKeysWins) {
   EXPECT_TRUE(refuses([] { NSDictionary::dictionaryWithObjectsAndKeys("object"_ns); }));
   EXPECT_TRUE(refuses([] { NSDictionary::of({{"key"_ns, nullptr}}); }));
   EXPECT_TRUE(refuses([] { NSDictionary::of({{nullptr, "object"_ns}}); }));
-  const auto list = NSArray::arrayWithObjects({number(3), "a"_ns, number(2), "b"_ns});
+  const auto list = arrayOf({number(3), "a"_ns, number(2), "b"_ns});
   for (Class* aClass : {classOf<NSDictionary>(), classOf<NSMutableDictionary>()}) {
     const auto listed = send<Ref<NSDictionary>>(aClass, "initWithObjectsAndKeys:"_sel, list.get());
     EXPECT_EQ(to_string(listed), to_string(expected));
@@ -136,7 +136,7 @@ TEST(NSMutableDictionary, SetsAndRemovesByKeyValueAccess) {
   auto d = NSMutableDictionary::of({{"a"_ns, number(1)}, {"b"_ns, number(2)}});
   d->setValue_forKey(nullptr, "a"_ns);
   d->setValue_forKey(number(3), "c"_ns);
-  d->removeObjectsForKeys(NSArray::arrayWithObjects({"b"_ns, "missing"_ns}));
+  d->removeObjectsForKeys(arrayOf({"b"_ns, "missing"_ns}));
   EXPECT_TRUE(d->isEqual(NSDictionary::of({{"c"_ns, number(3)}})));
   d->addEntriesFromDictionary(Custom::of({{"d"_ns, number(4)}, {"c"_ns, number(5)}}));
   EXPECT_EQ(to_string(d), "{\n    c = 5;\n    d = 4;\n}");

@@ -49,7 +49,7 @@ TEST(NSPredicate, CombinesInOrderAndNoFurtherThanNeeded) {
   EXPECT_EQ(std::exchange(asked, ""), "yn");
   EXPECT_TRUE(ask(NSPredicate::orPredicateWithSubpredicates({no, yes, no})));
   EXPECT_EQ(std::exchange(asked, ""), "ny");
-  EXPECT_FALSE(ask(NSPredicate::orPredicateWithSubpredicates(NSArray::arrayWithObjects({no, no}))));
+  EXPECT_FALSE(ask(NSPredicate::orPredicateWithSubpredicates(arrayOf({no, no}))));
   EXPECT_TRUE(ask(NSPredicate::andPredicateWithSubpredicates(NSArray::array())));
   EXPECT_FALSE(ask(NSPredicate::orPredicateWithSubpredicates(NSArray::array())));
   EXPECT_TRUE(ask(NSPredicate::notPredicateWithSubpredicate(no)));

@@ -53,11 +53,11 @@ TYPED_TEST(AnySet, KnowsItsMembersAndTheirOrder) {
   auto three = NSNumber::of(3.0);
   auto set = TypeParam::of({"z"_ns, "a"_ns, three});
   EXPECT_EQ(set->count(), 3u);
-  EXPECT_TRUE(set->containsObject(NSString::stringWithUTF8String("a")));
+  EXPECT_TRUE(set->containsObject(ns("a")));
   EXPECT_EQ(set->member(number(3)), three);
   EXPECT_EQ(to_string(set->anyObject()), "z");
   EXPECT_FALSE(TypeParam::of({})->anyObject());
-  auto inOrder = NSArray::arrayWithObjects({"z"_ns, "a"_ns, three});
+  auto inOrder = arrayOf({"z"_ns, "a"_ns, three});
   EXPECT_TRUE(set->allObjects()->isEqual(inOrder));
   std::string walked;
   for (NSObject* each : set) walked += to_string(each);
@@ -94,7 +94,7 @@ TYPED_TEST(AnySet, MakesOtherSets) {
   EXPECT_TRUE(refuses([&] { set->objectsPassingTest({}); }));
   auto backwards = NSSortDescriptor::initWithKey_ascending("intValue"_ns, false);
   EXPECT_TRUE(set->sortedArrayUsingDescriptors(NSArray::arrayWithObject(backwards))
-                  ->isEqual(NSArray::arrayWithObjects({number(2), number(1)})));
+                  ->isEqual(arrayOf({number(2), number(1)})));
   as<NSMutableSet>(set->mutableCopy())->addObject("new"_ns);
   EXPECT_EQ(set->count(), 2u);
   EXPECT_TRUE(set->copy()->isEqual(set));
@@ -129,7 +129,7 @@ TYPED_TEST(AnySet, CollectsTheValuesOfItsMembers) {
 TEST(NSSet, AnswersBySelectorAndRefusesNil) {
   EXPECT_EQ(to_string(NSSet::setWithObjects({"a"_ns, "b"_ns})), "{(\n    a,\n    b\n)}");
   auto set = send<Ref<NSMutableSet>>(classOf<NSMutableSet>(), "setWithArray:"_sel,
-                                     NSArray::arrayWithObjects({"a"_ns, "b"_ns, "a"_ns}));
+                                     arrayOf({"a"_ns, "b"_ns, "a"_ns}));
   EXPECT_EQ(send<std::uint32_t>(set, "count"_sel), 2u);
   EXPECT_TRUE(refuses([&] { set->addObject(nullptr); }));
   EXPECT_TRUE(refuses([&] { set->setByAddingObject(nullptr); }));

@@ -9,8 +9,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::chrono_literals;
-
 NSString* const wordCame = detail::literal<"wordCame">();
 
 /// The calling thread, to be compared with.

@@ -49,7 +49,7 @@ TEST_F(NSNotificationCenterTest, FiltersByNameAndSenderInTheOrderOfAdding) {
   add(listeners[1], "Saved"_ns, nullptr);
   add(listeners[2], nullptr, nullptr);
   add(listeners[3], "Saved"_ns, sender);
-  add(listeners[4], NSString::stringWithUTF8String("Saved"), sender);
+  add(listeners[4], ns("Saved"), sender);
   const std::vector<std::tuple<NSString*, NSObject*, std::string>> cases{
       {"Saved"_ns, sender, "abcde"}, {"Saved"_ns, stranger, "bc"}, {"Closed"_ns, nullptr, "c"}};
   for (const auto& [name, from, expected] : cases) {

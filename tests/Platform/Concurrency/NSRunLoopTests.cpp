@@ -9,7 +9,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 class LoopRecorder : public Derives<LoopRecorder, NSObject> {
@@ -217,8 +216,8 @@ TEST_F(NSRunLoopTest, SendsLaterUnlessCancelled) {
   recorder->performSelector_withObject_afterDelay("write:"_sel, nullptr, 0.001);
   recorder->performSelector_withObject_afterDelay("tick"_sel, nullptr, 0.001);
   EXPECT_EQ(recorder->text, "");
-  NSObject::cancelPreviousPerformRequestsWithTarget_selector_object(
-      recorder, "write:"_sel, NSString::stringWithUTF8String("c"));
+  NSObject::cancelPreviousPerformRequestsWithTarget_selector_object(recorder, "write:"_sel,
+                                                                    ns("c"));
   NSObject::cancelPreviousPerformRequestsWithTarget_selector_object(recorder, "write:"_sel,
                                                                     nullptr);
   while (recorder->written < 2) loop->runMode_beforeDate(NSDefaultRunLoopMode, inSeconds(60));

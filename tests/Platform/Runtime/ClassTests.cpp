@@ -54,7 +54,7 @@ TEST(Class, OwnershipCanBeKeptByHand) {
 // A class that is declared but stands in no list cannot be found by name before it is mentioned.
 TEST(Class, EveryPlatformClassIsRegistered) {
   const std::regex declared("class (\\w+)( final)? : public Derives<");
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(sourcePath("Platform"))) {
+  for (const auto& entry : fs::recursive_directory_iterator(sourcePath("Platform"))) {
     if (entry.path().extension() != ".h" || entry.path().parent_path().filename() == "detail")
       continue;
     std::ifstream file(entry.path());

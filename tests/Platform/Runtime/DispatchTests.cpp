@@ -54,8 +54,7 @@ class Nested : public Derives<Nested, NSObject> {
 };
 
 Ref<NSString> shout(Person* person, NSString* text) {
-  return NSString::stringWithUTF8String(person->name()->UTF8String() + ": " + text->UTF8String() +
-                                        "!");
+  return ns(person->name()->UTF8String() + ": " + text->UTF8String() + "!");
 }
 
 TEST(Dispatch, ConvertsArgumentsAndAnswers) {
@@ -207,7 +206,7 @@ TEST(Dispatch, InvocationsKeepTheirArgumentsWhenAsked) {
   invocation->setTarget(bob);
   invocation->setSelector("greet:"_sel);
   {
-    auto text = NSString::stringWithUTF8String("A greeting of its own");
+    auto text = ns("A greeting of its own");
     invocation->setArgument_atIndex(text, 2);
     invocation->retainArguments();
   }

@@ -27,7 +27,7 @@ class Nested : public Derives<Nested, NSObject> {
     auto below = make<Nested>();
     below->depth = depth + 1;
     for (int i = 0; i < 40; ++i) {
-      auto other = NSString::stringWithUTF8String("name.length" + std::string(i, 'x'));
+      auto other = ns("name.length" + std::string(i, 'x'));
       try {
         make<Person>("Ann"_ns)->valueForKeyPath(other);
       } catch (const Raised&) {
@@ -155,7 +155,7 @@ TEST(KeyValueCoding, ReadsAndSetsManyAtOnce) {
       NSDictionary::of({{"name"_ns, NSNull::null()}, {"age"_ns, "31"_ns}}));
   EXPECT_EQ(ann->name(), nullptr);
   EXPECT_EQ(ann->age, 31);
-  auto read = ann->dictionaryWithValuesForKeys(NSArray::arrayWithObjects({"name"_ns, "age"_ns}));
+  auto read = ann->dictionaryWithValuesForKeys(arrayOf({"name"_ns, "age"_ns}));
   EXPECT_EQ(read->objectForKey("name"_ns), NSNull::null());
   EXPECT_EQ(to_string(read->objectForKey("age"_ns)), "31");
 }

@@ -14,8 +14,6 @@ void add(NSObject* object, NSObject* observer, NSString* path,
   object->addObserver_forKeyPath_options_context(observer, path, options, context);
 }
 
-using Lines = std::vector<std::string>;
-
 TEST(KeyValueObserving, TellsWhatWasAskedFor) {
   const std::pair<NSKeyValueObservingOptions, Lines> cases[] = {
       {0, {"value setting"}},
@@ -50,7 +48,7 @@ TEST(KeyValueObserving, EachWayToChangeAValueIsToldOnce) {
       {"by hand",
        [](Node* node) {
          node->willChangeValueForKey("plain"_ns);
-         node->willChangeValueForKey(NSString::stringWithUTF8String("value"));
+         node->willChangeValueForKey(ns("value"));
          node->plain = 5;
          node->didChangeValueForKey("plain"_ns);
          node->didChangeValueForKey("value"_ns);
@@ -84,10 +82,9 @@ TEST(KeyValueObserving, TheChangeIsADictionary) {
   node->setNext(nullptr);
   Ref<NSDictionary> change = recorder->last;
   EXPECT_EQ(recorder->context, &context);
-  EXPECT_TRUE(change->isEqual(NSDictionary::of(
-      {{NSKeyValueChangeKindKey, number(1)},
-       {NSKeyValueChangeNewKey, NSNull::null()},
-       {NSString::stringWithUTF8String("NSKeyValueChangeOldKey"), NSNull::null()}})));
+  EXPECT_TRUE(change->isEqual(NSDictionary::of({{NSKeyValueChangeKindKey, number(1)},
+                                                {NSKeyValueChangeNewKey, NSNull::null()},
+                                                {ns("NSKeyValueChangeOldKey"), NSNull::null()}})));
   EXPECT_EQ(change->objectForKey(number(1)), nullptr);
   EXPECT_TRUE(change->mutableCopy()->isEqual(change));
 }

@@ -96,7 +96,7 @@ TEST(ThreadSafety, KeysAreReadWhileClassesAreExtended) {
         auto& name = names[static_cast<std::size_t>(t * 8 + i / 100)];
         name = "added" + std::to_string(t) + std::to_string(i);
         extend<Person>("Threads").property<&ageOf>(name.c_str());
-        EXPECT_EQ(to_string(ann->valueForKey(NSString::stringWithUTF8String(name))), "30");
+        EXPECT_EQ(to_string(ann->valueForKey(ns(name))), "30");
       }
     }
   });

@@ -14,8 +14,6 @@ namespace {
 std::mutex saidMutex;
 std::vector<std::string> said;
 
-Ref<NSString> text(const std::string& utf8) { return NSString::stringWithUTF8String(utf8); }
-
 class NSBundleTest : public ::testing::Test {
  protected:
   NSBundleTest() {
@@ -35,10 +33,10 @@ class NSBundleTest : public ::testing::Test {
     NSBundle::setPreferredLanguages(NSArray::arrayWithObjects(languages));
   }
 
-  Ref<NSBundle> bundle() const { return NSBundle::bundleWithPath(text(directory.path())); }
+  Ref<NSBundle> bundle() const { return NSBundle::bundleWithPath(ns(directory.path())); }
 
   std::string message(const std::string& key, NSString* table = nullptr) const {
-    return bundle()->localizedStringForKey_value_table(text(key), ""_ns, table)->UTF8String();
+    return bundle()->localizedStringForKey_value_table(ns(key), ""_ns, table)->UTF8String();
   }
 
   std::string resource(NSString* name, NSString* type, NSString* within = nullptr) const {
@@ -66,12 +64,12 @@ TEST_F(NSBundleTest, WhoeverIsToldMayAsk) {
 TEST_F(NSBundleTest, PathsNeedBeNoText) {
   directory.write("\xFF/Info.plist", "{ CFBundleIdentifier = here; }");
   directory.write("\xFF/locale/en/\xFE.txt", "");
-  const auto odd = NSString::stringWithFileSystemRepresentation(directory.path() + "/\xFF");
+  const auto odd = ns(directory.path() + "/\xFF");
   const Ref<NSBundle> found = NSBundle::bundleWithPath(odd);
   ASSERT_TRUE(found);
   EXPECT_TRUE(equal(found->bundlePath(), odd));
   EXPECT_TRUE(equal(found->bundleIdentifier(), "here"_ns));
-  const auto name = NSString::stringWithFileSystemRepresentation("\xFE");
+  const auto name = ns("\xFE");
   const auto path = [&](NSString* localization) {
     return found->pathForResource_ofType_inDirectory_forLocalization(name, "txt"_ns, nullptr,
                                                                      localization);
@@ -79,7 +77,7 @@ TEST_F(NSBundleTest, PathsNeedBeNoText) {
   EXPECT_TRUE(equal(path("en"_ns), odd->stringByAppendingPathComponent("locale/en"_ns)
                                        ->stringByAppendingPathComponent(name)
                                        ->stringByAppendingString(".txt"_ns)));
-  EXPECT_FALSE(path(NSString::stringWithCharacters({u"en\0x", 4})));
+  EXPECT_FALSE(path(ns({u"en\0x", 4})));
 }
 
 TEST_F(NSBundleTest, InformationComesFromInfoPlist) {
@@ -87,7 +85,7 @@ TEST_F(NSBundleTest, InformationComesFromInfoPlist) {
   EXPECT_TRUE(equal(bundle()->bundleIdentifier(), "a.b"_ns));
   EXPECT_EQ(bundle()->objectForInfoDictionaryKey("CFBundleName"_ns), nullptr);
   EXPECT_TRUE(equal(bundle()->developmentLocalization(), "en"_ns));
-  EXPECT_EQ(bundle(), NSBundle::bundleWithPath(text(directory.path() + "/./")));
+  EXPECT_EQ(bundle(), NSBundle::bundleWithPath(ns(directory.path() + "/./")));
   EXPECT_EQ(NSBundle::bundleWithIdentifier("a.b"_ns), bundle());
   EXPECT_TRUE(NSBundle::allBundles()->containsObject(bundle()));
   EXPECT_TRUE(said.empty());
@@ -113,8 +111,7 @@ TEST_F(NSBundleTest, ResourcesInThePreferredLanguage) {
   EXPECT_EQ(resource("b"_ns, ""_ns, "sub"_ns), "locale/de/sub/b");
   EXPECT_EQ(resource("only"_ns, "txt"_ns), "only.txt");
   EXPECT_EQ(resource("only-fr"_ns, nullptr), "nil");
-  EXPECT_EQ(resource(NSString::stringWithCharacters(std::u16string_view(u"a.txt\0", 6)), nullptr),
-            "nil");
+  EXPECT_EQ(resource(ns(std::u16string_view(u"a.txt\0", 6)), nullptr), "nil");
   EXPECT_EQ(
       bundle()
           ->pathForResource_ofType_inDirectory_forLocalization("a"_ns, "txt"_ns, nullptr, nullptr)
@@ -155,7 +152,7 @@ TEST_F(NSBundleTest, TextsInThePreferredLanguage) {
 TEST_F(NSBundleTest, MalformedTablesFallBackAndSaySoOnce) {
   directory.write("locale/en/Localizable.strings", "a = A;");
   directory.write("locale/de/Localizable.strings", "a = B\nb = C;");
-  std::filesystem::create_directories(directory.path() + "/Dir.strings");
+  fs::create_directories(directory.path() + "/Dir.strings");
   ASSERT_EQ(::mkfifo((directory.path() + "/Pipe.strings").c_str(), 0600), 0);
   prefer({"de"_ns});
   EXPECT_EQ(message("a"), "A");

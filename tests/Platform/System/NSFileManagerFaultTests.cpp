@@ -13,8 +13,6 @@
 namespace qz::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class FileFaults : public FileTest {
  protected:
   int copyError(const std::string& from, const std::string& to) {

@@ -12,11 +12,7 @@
 namespace qz::test {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::AnyOf;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::UnorderedElementsAre;
 
 class Handler : public Derives<Handler, NSObject> {
  public:
@@ -373,8 +369,8 @@ TEST_F(FileManagerTest, AttributesAreReadAndChanged) {
   EXPECT_EQ(fileType(manager->attributesOfItemAtPath_error(path("link"), nullptr)),
             NSFileTypeSymbolicLink);
 
-  auto created = NSDate::dateWithTimeIntervalSince1970(-86400.25);
-  auto modified = NSDate::dateWithTimeIntervalSince1970(1e9 + 0.75);
+  auto created = dateAt(-86400.25);
+  auto modified = dateAt(1e9 + 0.75);
   auto changes = NSDictionary::of({{NSFilePosixPermissions, NSNumber::of(0600)},
                                    {NSFileCreationDate, created},
                                    {NSFileModificationDate, modified},

@@ -8,7 +8,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::string_literals;
 using Serialization = NSPropertyListSerialization;
 
 constexpr NSPropertyListFormat formats[] = {NSPropertyListOldStyleFormat, NSPropertyListXMLFormat,
@@ -57,12 +56,12 @@ std::string binary(const std::vector<std::string>& objects) {
 }
 
 TEST(PropertyList, XmlIsLaidOutForPeople) {
-  auto list = NSDictionary::of(
-      {{"b & <c>"_ns, NSArray::arrayWithObjects({NSNumber::of(-7), NSNumber::of(2.5), "x\ry"_ns})},
-       {"a"_ns, NSDictionary::of({{"no"_ns, NSNumber::of(false)}})},
-       {"date"_ns, NSDate::dateWithTimeIntervalSince1970(1709208000.9)},
-       {"data"_ns, NSData::dataWithBytes(std::string(50, '\xFF'))},
-       {"empty"_ns, NSArray::arrayWithObjects({NSArray::array(), NSDictionary::dictionary()})}});
+  auto list =
+      NSDictionary::of({{"b & <c>"_ns, arrayOf({NSNumber::of(-7), NSNumber::of(2.5), "x\ry"_ns})},
+                        {"a"_ns, NSDictionary::of({{"no"_ns, NSNumber::of(false)}})},
+                        {"date"_ns, dateAt(1709208000.9)},
+                        {"data"_ns, NSData::dataWithBytes(std::string(50, '\xFF'))},
+                        {"empty"_ns, arrayOf({NSArray::array(), NSDictionary::dictionary()})}});
   EXPECT_EQ(written(list, NSPropertyListXMLFormat), R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0">
 <dict>
@@ -94,10 +93,9 @@ TEST(PropertyList, XmlIsLaidOutForPeople) {
 }
 
 TEST(PropertyList, BinaryHoldsWhatXmlDoesNot) {
-  auto more = NSArray::arrayWithObjects(
-      {NSNumber::of(0.1f), NSPropertyListUID::UIDWithUnsignedLongLong(70'000),
-       NSString::stringWithCharacters(u"\xD800\x0001"), NSDate::dateWithTimeIntervalSince1970(0.5),
-       NSDate::dateWithTimeIntervalSince1970(-1e15)});
+  auto more = NSArray::arrayWithObjects({NSNumber::of(0.1f),
+                                         NSPropertyListUID::UIDWithUnsignedLongLong(70'000),
+                                         ns(u"\xD800\x0001"), dateAt(0.5), dateAt(-1e15)});
   auto again = as<NSArray>(read(written(more, NSPropertyListBinaryFormat)));
   EXPECT_TRUE(equal(again, more)) << again;
   EXPECT_EQ(as<NSNumber>(again->objectAtIndex(0))->kind(), NumberKind::Float);
@@ -114,10 +112,10 @@ TEST(PropertyList, RandomListsAndTheirFormatsAreRecognised) {
       ASSERT_TRUE(written(read(bytes, mutability), NSPropertyListXMLFormat) == text) << i;
     }
   }
-  const auto texts = NSDictionary::of(
-      {{"a \"b\"\\\n//"_ns, NSArray::arrayWithObjects({"ü😀\x01"_ns, ""_ns, "plain-1.0"_ns})},
-       {"bytes"_ns, NSData::dataWithBytes("\x00\x12\xFF\x7F\x80"s)},
-       {"none"_ns, NSArray::arrayWithObjects({NSArray::array(), NSData::data()})}});
+  const auto texts =
+      NSDictionary::of({{"a \"b\"\\\n//"_ns, arrayOf({"ü😀\x01"_ns, ""_ns, "plain-1.0"_ns})},
+                        {"bytes"_ns, NSData::dataWithBytes("\x00\x12\xFF\x7F\x80"s)},
+                        {"none"_ns, arrayOf({NSArray::array(), NSData::data()})}});
   for (NSPropertyListFormat format : formats) {
     if (format == NSPropertyListXMLFormat) continue;  // has no room for U+0001
     NSPropertyListFormat found;
@@ -130,7 +128,7 @@ TEST(PropertyList, RandomListsAndTheirFormatsAreRecognised) {
 }
 
 TEST(PropertyList, MutabilityIsAsAsked) {
-  auto list = NSDictionary::of({{"k"_ns, NSArray::arrayWithObjects({"s"_ns, NSData::data()})}});
+  auto list = NSDictionary::of({{"k"_ns, arrayOf({"s"_ns, NSData::data()})}});
   for (NSPropertyListFormat format : formats) {
     for (std::uint32_t option : {0u, 1u, 2u, 77u}) {
       auto root = read(written(list, format), option);
@@ -146,10 +144,9 @@ TEST(PropertyList, MutabilityIsAsAsked) {
 }
 
 TEST(PropertyList, BinaryWritesEqualValuesOnce) {
-  auto inner = NSArray::arrayWithObjects({"shared text"_ns, NSNumber::of(1), NSNumber::of(1.0)});
-  auto list =
-      NSArray::arrayWithObjects({inner, inner, NSMutableString::stringWithString("shared text"_ns),
-                                 NSNumber::of(true), NSNumber::of(std::int64_t{1})});
+  auto inner = arrayOf({"shared text"_ns, NSNumber::of(1), NSNumber::of(1.0)});
+  auto list = arrayOf({inner, inner, NSMutableString::stringWithString("shared text"_ns),
+                       NSNumber::of(true), NSNumber::of(std::int64_t{1})});
   const std::string bytes = written(list, NSPropertyListBinaryFormat);
   EXPECT_EQ(bytes.size(), 8 + (1 + 5) + (1 + 3) + (1 + 11) + 2 + 9 + 1 + 6 + 32u);
   auto again = as<NSArray>(read(bytes, NSPropertyListMutableContainers));
@@ -285,8 +282,7 @@ TEST(PropertyList, BinaryFaultsSayWhatAndWhere) {
 
 TEST(PropertyList, CutOffAnywhereItIsRefused) {
   std::mt19937_64 random(11);
-  auto list =
-      NSArray::arrayWithObjects({randomPropertyList(random, 2), "end"_ns, NSNumber::of(1.5)});
+  auto list = arrayOf({randomPropertyList(random, 2), "end"_ns, NSNumber::of(1.5)});
   const std::string xml = written(list, NSPropertyListXMLFormat);
   for (std::size_t i = 0; i + 1 < xml.size(); ++i)
     ASSERT_NE(problemOf(xml.substr(0, i)), "none") << i;
@@ -325,7 +321,7 @@ TEST(PropertyList, NestingAndCyclesAreBounded) {
     }
   }
   auto loop = NSMutableDictionary::dictionary();
-  loop->setObject_forKey(NSArray::arrayWithObjects({""_ns, loop}), "k"_ns);
+  loop->setObject_forKey(arrayOf({""_ns, loop}), "k"_ns);
   for (NSPropertyListFormat format : formats)
     EXPECT_TRUE(written(loop, format).ends_with("a container contains itself"));
   loop->removeAllObjects();
@@ -333,7 +329,7 @@ TEST(PropertyList, NestingAndCyclesAreBounded) {
 
 TEST(PropertyList, WhatCannotBeWrittenIsRefusedByItsPath) {
   const auto at = [](NSObject* value) {
-    return NSDictionary::of({{"a"_ns, NSArray::arrayWithObjects({""_ns, value})}});
+    return NSDictionary::of({{"a"_ns, arrayOf({""_ns, value})}});
   };
   for (NSPropertyListFormat format : formats) {
     EXPECT_EQ(written(at(NSNull::null()), format),
@@ -346,9 +342,9 @@ TEST(PropertyList, WhatCannotBeWrittenIsRefusedByItsPath) {
   const auto xml = NSPropertyListXMLFormat;
   EXPECT_EQ(written(at("x\x02"_ns), xml),
             "refused: root.a[1]: XML has no room for the character U+0002 of a String");
-  EXPECT_EQ(written(at(NSString::stringWithCharacters(u"\xDC00")), xml),
+  EXPECT_EQ(written(at(ns(u"\xDC00")), xml),
             "refused: root.a[1]: XML has no room for the character U+DC00 of a String");
-  EXPECT_EQ(written(at(NSDate::dateWithTimeIntervalSince1970(1e12)), xml),
+  EXPECT_EQ(written(at(dateAt(1e12)), xml),
             "refused: root.a[1]: XML has no room for a date outside the years 1 to 9999");
   EXPECT_EQ(written(at(NSPropertyListUID::UIDWithUnsignedLongLong(1)), xml),
             "refused: root.a[1]: a value of the class NSPropertyListUID cannot stand in a property "

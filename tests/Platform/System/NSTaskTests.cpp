@@ -30,10 +30,10 @@ std::string output(NSTask* task) {
 TEST(NSTask, RunsWithWhatItIsGiven) {
   const TemporaryDirectory directory;
   auto task = shell("pwd; printf '[%s]' \"$0\" \"$1\" \"$NAME\" \"$HOME\"; exit 3"_ns);
-  task->setArguments(task->arguments()->arrayByAddingObjectsFromArray(
-      NSArray::arrayWithObjects({"a b"_ns, "*\"'$x"_ns})));
+  task->setArguments(
+      task->arguments()->arrayByAddingObjectsFromArray(arrayOf({"a b"_ns, "*\"'$x"_ns})));
   task->setEnvironment(NSDictionary::of({{"NAME"_ns, "vé=1"_ns}}));
-  task->setCurrentDirectoryPath(NSString::stringWithUTF8String(directory.path()));
+  task->setCurrentDirectoryPath(ns(directory.path()));
   EXPECT_EQ(output(task), directory.path() + "\n[a b][*\"'$x][vé=1][]");
   EXPECT_EQ(task->terminationStatus(), 3);
   EXPECT_EQ(task->terminationReason(), NSTaskTerminationReasonExit);
@@ -134,7 +134,7 @@ TEST(NSTask, WhatCannotBeLaunchedRaisesWithPathAndReasonAndMayTryAgain) {
   task->setStandardOutput(pipe);
   task->setLaunchPath("/no/such/program"_ns);
   EXPECT_TRUE(refuses([&] { task->launch(); }, {"/no/such/program", "No such file"}));
-  task->setLaunchPath(NSString::stringWithUTF8String(plain));
+  task->setLaunchPath(ns(plain));
   EXPECT_TRUE(refuses([&] { task->launch(); }, {plain, "Permission denied"}));
   task->setLaunchPath("/bin/echo"_ns);
   task->setCurrentDirectoryPath("/no/such/folder"_ns);

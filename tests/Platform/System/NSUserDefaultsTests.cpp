@@ -160,7 +160,7 @@ TEST_F(UserDefaults, WhatCannotBeWrittenStaysSet) {
   ASSERT_TRUE(error);
   EXPECT_EQ(error->code(), ENOTDIR) << error;
   EXPECT_EQ(to_string(defaults_->objectForKey("k"_ns)), "v");
-  std::filesystem::remove(directory_.path() + "/suite");
+  fs::remove(directory_.path() + "/suite");
   EXPECT_TRUE(defaults_->synchronize());
   EXPECT_NE(contents().find("<string>v</string>"), std::string::npos);
 }
@@ -199,10 +199,9 @@ TEST_F(UserDefaultsOfProcesses, ChangesAreAnnounced) {
 }
 
 TEST(ArgumentDefaults, NamesAndValuesAreTold) {
-  auto words =
-      NSArray::arrayWithObjects({"program"_ns, "-first"_ns, "one two"_ns, "file"_ns, "-list"_ns,
-                                 "(a, {b = c;})"_ns, "--long"_ns, "x"_ns, "-minus"_ns, "-5"_ns,
-                                 "-flag"_ns, "-first"_ns, "(broken"_ns, "-3"_ns, "-end"_ns});
+  auto words = arrayOf({"program"_ns, "-first"_ns, "one two"_ns, "file"_ns, "-list"_ns,
+                        "(a, {b = c;})"_ns, "--long"_ns, "x"_ns, "-minus"_ns, "-5"_ns, "-flag"_ns,
+                        "-first"_ns, "(broken"_ns, "-3"_ns, "-end"_ns});
   auto values = detail::defaultsOfArguments(words);
   EXPECT_EQ(values->count(), 3u);
   EXPECT_EQ(to_string(values->objectForKey("first"_ns)), "(broken");

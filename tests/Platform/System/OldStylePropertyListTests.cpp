@@ -5,9 +5,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::string_literals;
-using namespace std::string_view_literals;
-
 std::string fault(const std::string& bytes, bool onlyStrings = false) {
   detail::PropertyListFault found;
   return detail::readOldStyleDictionary(bytes, onlyStrings, &found) ? "none" : found.text();
@@ -31,7 +28,7 @@ TEST(OldStylePropertyList, StringsAndEscapes) {
   EXPECT_EQ(valueOfK(R"("\U00fc\u41z\UD83D\UDE00\12\1019\?")")->UTF8String(), "üAz😀\nA9?");
   EXPECT_EQ(valueOfK("word-1.0/x:$_+")->UTF8String(), "word-1.0/x:$_+");
   EXPECT_EQ(valueOfK("\"two\nlines\"")->UTF8String(), "two\nlines");
-  EXPECT_TRUE(valueOfK("\"a\0b\""s)->isEqualToString(NSString::stringWithCharacters(u"a\0b"sv)));
+  EXPECT_TRUE(valueOfK("\"a\0b\""s)->isEqualToString(ns(u"a\0b"sv)));
   EXPECT_EQ(valueOfK(R"("\000")")->length(), 1u);
 }
 

@@ -27,8 +27,7 @@ class PropertyListInterchange : public testing::Test {
     Ref<NSString> problem;
     auto list =
         NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
-            NSData::dataWithContentsOfFile(NSString::stringWithUTF8String(path(name))), 0, nullptr,
-            &problem);
+            NSData::dataWithContentsOfFile(ns(path(name))), 0, nullptr, &problem);
     EXPECT_TRUE(list) << name << ": " << problem;
     return list;
   }
@@ -42,7 +41,7 @@ class PropertyListInterchange : public testing::Test {
   }
 
   void write(NSObject* list, NSPropertyListFormat format, const std::string& name) const {
-    data(list, format)->writeToFile_atomically(NSString::stringWithUTF8String(path(name)), false);
+    data(list, format)->writeToFile_atomically(ns(path(name)), false);
   }
 
   TemporaryDirectory directory_;

@@ -14,7 +14,6 @@ namespace qz::test {
 namespace {
 
 using namespace detail;
-namespace fs = std::filesystem;
 
 std::string described(TreeChanges& changes, const std::string& root) {
   static const char letters[] = "cxdras";  // created, changed, deleted, renamed, attributes, rescan

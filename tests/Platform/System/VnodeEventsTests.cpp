@@ -9,7 +9,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::chrono_literals;
 using namespace detail;
 
 /// Everything that is ready, one event for each watch.

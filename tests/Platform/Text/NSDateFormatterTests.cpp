@@ -4,17 +4,13 @@
 #include "tests/support/Formatters.h"
 #include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
-using test::dateAt;
-using test::moment;
-using test::raises;
-using test::text;
 using Style = NSDateFormatterStyle;
 
 Ref<NSDateFormatter> formatter(const char* locale, NSString* zone = "UTC"_ns) {
-  return test::setUp(NSDateFormatter::init(), locale, zone);
+  return setUp(NSDateFormatter::init(), locale, zone);
 }
 
 TEST(NSDateFormatter, Styles) {
@@ -138,7 +134,7 @@ TEST(NSDateFormatter, Reading) {
   reader->setTwoDigitStartDate(dateAt(2493072000));
   EXPECT_EQ(read("50"_ns), 2524608000);
 
-  EXPECT_EQ(test::read(reader, "soon"_ns).error, "“soon” is not a date in the format “yy”");
+  EXPECT_EQ(read(reader, "soon"_ns).error, "“soon” is not a date in the format “yy”");
   EXPECT_TRUE(raises(NSInvalidArgumentException, [&] {
     reader->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr);
   }));
@@ -187,7 +183,7 @@ TEST(NSDateFormatter, Words) {
       {"en_US", "now at 5pm"_ns, none},
   };
   for (const auto& [name, words, expected] : cases) {
-    const auto locale = test::locale(name);
+    const auto locale = locale(name);
     const auto read = detail::readNaturalDate(words->view(), now, *berlin, *locale);
     EXPECT_EQ(read.value_or(none), expected) << words;
   }
@@ -201,7 +197,7 @@ TEST(NSDateFormatter, Words) {
 TEST(NSDateFormatter, OneFormatterServesManyThreads) {
   const auto shared = formatter("de_DE", "Europe/Berlin"_ns);
   shared->setDateFormat("EEEE, d. MMMM y HH:mm:ss zzzz"_ns);
-  test::expectServesManyThreads(shared, [](int i) { return dateAt(1704067200 + i * 86400.0); });
+  expectServesManyThreads(shared, [](int i) { return dateAt(1704067200 + i * 86400.0); });
 }
 
 TEST(NSLocale, IdentifiersAndTheEnvironment) {
@@ -210,7 +206,7 @@ TEST(NSLocale, IdentifiersAndTheEnvironment) {
   };
   EXPECT_EQ(named("de-at"_ns), "de_AT");
   EXPECT_EQ(named("de-DE-u-ca-buddhist"_ns), "de_DE@calendar=buddhist");
-  EXPECT_EQ(named(NSString::stringWithUTF8String(std::string(100'000, 'x'))), "");
+  EXPECT_EQ(named(ns(std::string(100'000, 'x'))), "");
   EXPECT_EQ(named("дом"_ns), "");
   EXPECT_EQ(NSLocale::localeWithLocaleIdentifier(nullptr), nullptr);
   const auto swiss = NSLocale::localeWithLocaleIdentifier("de_CH"_ns);
@@ -221,4 +217,4 @@ TEST(NSLocale, IdentifiersAndTheEnvironment) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

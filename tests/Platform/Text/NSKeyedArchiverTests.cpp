@@ -61,11 +61,10 @@ Ref<NSData> archived(NSObject* root) { return NSKeyedArchiver::archivedDataWithR
 
 Ref<NSObject> unarchived(NSData* data, std::string* problem, bool expectsNodes = true) {
   Ref<NSError> error;
-  auto classes =
-      expectsNodes
-          ? NSArray::arrayWithObjects({classOf<Node>(), classOf<NSSortDescriptor>(),
-                                       classOf<NSURL>(), classOf<NSUUID>(), classOf<NSIndexPath>()})
-          : NSArray::array();
+  auto classes = expectsNodes
+                     ? arrayOf({classOf<Node>(), classOf<NSSortDescriptor>(), classOf<NSURL>(),
+                                classOf<NSUUID>(), classOf<NSIndexPath>()})
+                     : NSArray::array();
   auto object = NSKeyedUnarchiver::unarchivedObjectOfClasses_fromData_error(classes, data, &error);
   *problem = error ? error->localizedDescription()->UTF8String() : "";
   EXPECT_TRUE(!error || !object);
@@ -75,12 +74,11 @@ Ref<NSObject> unarchived(NSData* data, std::string* problem, bool expectsNodes =
 TEST(KeyedArchive, CollectionsAndValuesComeBackInTheirKinds) {
   auto shared = NSMutableString::stringWithString("shared"_ns);
   auto root = NSArray::arrayWithObjects(
-      {"$null"_ns, NSNumber::of(true), NSNumber::of(0.1f), NSNumber::of(UINT64_MAX),
-       NSDate::dateWithTimeIntervalSince1970(1e9), NSData::dataWithBytes("\x00\x01"),
-       NSNull::null(), shared, shared, NSMutableData::dataWithBytes("m"),
-       NSMutableArray::arrayWithObject("e"_ns), NSSet::setWithObjects({"a"_ns, NSNumber::of(1)}),
-       NSMutableSet::setWithObject("b"_ns),
-       NSCountedSet::setWithArray(NSArray::arrayWithObjects({"c"_ns, "d"_ns, "c"_ns})),
+      {"$null"_ns, NSNumber::of(true), NSNumber::of(0.1f), NSNumber::of(UINT64_MAX), dateAt(1e9),
+       NSData::dataWithBytes("\x00\x01"), NSNull::null(), shared, shared,
+       NSMutableData::dataWithBytes("m"), NSMutableArray::arrayWithObject("e"_ns),
+       NSSet::setWithObjects({"a"_ns, NSNumber::of(1)}), NSMutableSet::setWithObject("b"_ns),
+       NSCountedSet::setWithArray(arrayOf({"c"_ns, "d"_ns, "c"_ns})),
        NSDictionary::of({{NSNumber::of(1), NSArray::array()}}),
        NSMutableDictionary::of({{"k"_ns, NSNull::null()}})});
   std::string problem;
@@ -99,7 +97,7 @@ TEST(KeyedArchive, ObjectsSayThemselves) {
   auto head = make<Node>();
   head->name = "head"_ns;
   head->count = -5;
-  head->next = NSArray::arrayWithObjects({tail, tail});
+  head->next = arrayOf({tail, tail});
   auto data = archived(head);
   std::string problem;
   auto again = as<Node>(unarchived(data, &problem));
@@ -140,7 +138,7 @@ TEST(KeyedArchive, BreachesRaise) {
   const auto encode = [&](NSObject* object, NSString* key) {
     return raises(NSInvalidArgumentException, [&] { archiver->encodeObject_forKey(object, key); });
   };
-  const auto mixed = NSArray::arrayWithObjects({"v"_ns, make<NSObject>()});
+  const auto mixed = arrayOf({"v"_ns, make<NSObject>()});
   for (int i = 0; i < 2; ++i) EXPECT_TRUE(encode(mixed, "k"_ns)) << "also the second time";
   EXPECT_TRUE(encode(make<Backwards>("k"_ns, true), "k"_ns));
   EXPECT_TRUE(encode("v"_ns, nullptr));

@@ -7,11 +7,9 @@
 #include "tests/support/Formatters.h"
 #include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
-using test::locale;
-using test::raises;
 using Style = NSNumberFormatterStyle;
 
 Ref<NSNumberFormatter> formatter(NSString* format, const char* name = "en_US") {
@@ -113,7 +111,7 @@ TEST(NSNumberFormatter, SettingsCountInAnyOrder) {
 TEST(NSNumberFormatter, EverySettingIsAKeyAndIsKeptByCopiesAndArchives) {
   const auto made = NSNumberFormatter::init();
   for (const std::string_view key : classOf<NSNumberFormatter>()->propertyKeys()) {
-    const auto name = NSString::stringWithUTF8String(key);
+    const auto name = ns(key);
     Ref<NSObject> value = made->valueForKey(name);
     if (const auto number = as<NSNumber>(value); number && number->kind() == NumberKind::Bool)
       value = NSNumber::of(!number->boolValue());
@@ -127,9 +125,9 @@ TEST(NSNumberFormatter, EverySettingIsAKeyAndIsKeptByCopiesAndArchives) {
     made->setValue_forKey(value, name);
     EXPECT_TRUE(equal(made->valueForKey(name), value)) << name << " " << made->valueForKey(name);
   }
-  for (const auto& other : {made->copy(), test::throughArchive(made)}) {
+  for (const auto& other : {made->copy(), throughArchive(made)}) {
     for (const std::string_view key : classOf<NSNumberFormatter>()->propertyKeys()) {
-      const auto name = NSString::stringWithUTF8String(key);
+      const auto name = ns(key);
       EXPECT_TRUE(equal(other->valueForKey(name), made->valueForKey(name))) << name;
     }
     EXPECT_EQ(text(as<NSNumberFormatter>(other.get()), -12.5), text(made, -12.5));
@@ -185,7 +183,7 @@ TEST(NSNumberFormatter, Reading) {
     for (const bool isLenient : {false, true}) {
       const auto reader = formatter("#,##0.###"_ns);
       reader->setLenient(isLenient);
-      const auto [value, error] = test::read(reader, string);
+      const auto [value, error] = read(reader, string);
       const Kind kind = isLenient ? lenient : strict;
       if (kind == No) {
         EXPECT_EQ(error, "“" + string->UTF8String() + "” is not a number") << isLenient;
@@ -210,11 +208,10 @@ TEST(NSNumberFormatter, LimitsOfReading) {
                                          {"5.5"_ns, "“5.5” is not a whole number"},
                                          {"0"_ns, "“0” is below the minimum of 1"},
                                          {"11"_ns, "“11” is above the maximum of 10"}})
-    EXPECT_EQ(test::read(reader, string).error, expected);
-  const auto huge = NSString::stringWithUTF8String(std::string(20'000, 'x'));
-  EXPECT_LT(test::read(reader, huge).error.size(), 200u);
-  EXPECT_EQ(reader->numberFromString(NSString::stringWithUTF8String(std::string(5000, '9'))),
-            nullptr);
+    EXPECT_EQ(read(reader, string).error, expected);
+  const auto huge = ns(std::string(20'000, 'x'));
+  EXPECT_LT(read(reader, huge).error.size(), 200u);
+  EXPECT_EQ(reader->numberFromString(ns(std::string(5000, '9'))), nullptr);
 }
 
 // What is formatted is read as the same number, as far as the digits shown go.
@@ -253,7 +250,7 @@ TEST(NSNumberFormatter, FormatsAsIcuDoes) {
       const icu::DecimalFormat reference(
           pattern, icu::DecimalFormatSymbols(icu::Locale(name), status), status);
       ASSERT_TRUE(U_SUCCESS(status));
-      const auto ours = formatter(NSString::stringWithCharacters(pattern), name);
+      const auto ours = formatter(ns(pattern), name);
       const auto expectSame = [&](const Ref<NSNumber>& number, const icu::UnicodeString& theirs) {
         const std::u16string expected(theirs.getBuffer(),
                                       static_cast<std::size_t>(theirs.length()));
@@ -287,9 +284,9 @@ TEST(NSNumberFormatter, OneFormatterServesManyThreads) {
     const auto shared = NSNumberFormatter::init();
     shared->setLocale(locale("de_DE"));
     shared->setNumberStyle(style);
-    test::expectServesManyThreads(shared, [](int i) { return NSNumber::of(i * 1001); });
+    expectServesManyThreads(shared, [](int i) { return NSNumber::of(i * 1001); });
   }
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

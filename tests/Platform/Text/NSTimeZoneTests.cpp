@@ -5,11 +5,10 @@
 #include "Platform/Text/NSLocale.h"
 #include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
 
 Ref<NSTimeZone> zone(NSString* name) { return NSTimeZone::timeZoneWithName(name); }
-Ref<NSDate> at(double seconds) { return NSDate::dateWithTimeIntervalSince1970(seconds); }
 
 TEST(NSTimeZone, NamesThatAreZonesAndNamesThatAreNone) {
   EXPECT_TRUE(zone("Europe/Berlin"_ns)->name()->isEqual("Europe/Berlin"_ns));
@@ -19,7 +18,7 @@ TEST(NSTimeZone, NamesThatAreZonesAndNamesThatAreNone) {
   for (NSString* none : {"Nowhere/Land"_ns, ""_ns, "Etc/Unknown"_ns, "europe"_ns, "\x01/\x02"_ns})
     EXPECT_EQ(zone(none), nullptr) << none;
   EXPECT_EQ(zone(nullptr), nullptr);
-  EXPECT_EQ(zone(NSString::stringWithUTF8String(std::string(100'000, 'A'))), nullptr);
+  EXPECT_EQ(zone(ns(std::string(100'000, 'A'))), nullptr);
   EXPECT_EQ(NSTimeZone::timeZoneWithAbbreviation("XYZ"_ns), nullptr);
   const auto zones = NSTimeZone::abbreviationDictionary()->allValues();
   for (NSObject* name : *zones)
@@ -28,7 +27,8 @@ TEST(NSTimeZone, NamesThatAreZonesAndNamesThatAreNone) {
 }
 
 TEST(NSTimeZone, FixedDistances) {
-  EXPECT_EQ(NSTimeZone::timeZoneForSecondsFromGMT(-12345)->secondsFromGMTForDate(at(1e9)), -12345);
+  EXPECT_EQ(NSTimeZone::timeZoneForSecondsFromGMT(-12345)->secondsFromGMTForDate(dateAt(1e9)),
+            -12345);
   EXPECT_TRUE(NSTimeZone::timeZoneForSecondsFromGMT(0)->isEqual(NSTimeZone::GMT()));
   EXPECT_EQ(NSTimeZone::timeZoneForSecondsFromGMT(64801), nullptr);
 }
@@ -37,12 +37,14 @@ TEST(NSTimeZone, DaylightSaving) {
   const auto berlin = zone("Europe/Berlin"_ns);
   const double winter = 1704067200;  // 2024-01-01
   const double change = 1711846800;  // 2024-03-31 01:00 UTC
-  EXPECT_FALSE(berlin->isDaylightSavingTimeForDate(at(winter)));
-  EXPECT_EQ(berlin->daylightSavingTimeOffsetForDate(at(change)), 3600);
-  EXPECT_EQ(berlin->nextDaylightSavingTimeTransitionAfterDate(at(winter))->timeIntervalSince1970(),
-            change);
-  EXPECT_EQ(zone("Asia/Tokyo"_ns)->nextDaylightSavingTimeTransitionAfterDate(at(winter)), nullptr);
-  EXPECT_TRUE(berlin->abbreviationForDate(at(change))->isEqual("CEST"_ns));
+  EXPECT_FALSE(berlin->isDaylightSavingTimeForDate(dateAt(winter)));
+  EXPECT_EQ(berlin->daylightSavingTimeOffsetForDate(dateAt(change)), 3600);
+  EXPECT_EQ(
+      berlin->nextDaylightSavingTimeTransitionAfterDate(dateAt(winter))->timeIntervalSince1970(),
+      change);
+  EXPECT_EQ(zone("Asia/Tokyo"_ns)->nextDaylightSavingTimeTransitionAfterDate(dateAt(winter)),
+            nullptr);
+  EXPECT_TRUE(berlin->abbreviationForDate(dateAt(change))->isEqual("CEST"_ns));
   const auto german = NSLocale::localeWithLocaleIdentifier("de_DE"_ns);
   EXPECT_TRUE(berlin->localizedName_locale(NSTimeZoneNameStyle::DaylightSaving, german)
                   ->isEqual("Mitteleuropäische Sommerzeit"_ns));
@@ -67,7 +69,7 @@ TEST(NSTimeZone, OffsetsAreThoseOfTheSystem) {
                            "Asia/Kolkata", "Pacific/Apia", "America/Sao_Paulo", "UTC"}) {
     ::setenv("TZ", name, 1);
     ::tzset();
-    const auto ours = zone(NSString::stringWithUTF8String(name));
+    const auto ours = zone(ns(name));
     for (int i = 0; i < 2000; ++i) {
       const auto time = static_cast<std::time_t>(random() % 2'050'000'000u);  // 1970 to 2034
       std::tm parts{};
@@ -105,4 +107,4 @@ TEST(NSTimeZone, ManyThreadsAskAtOnce) {
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

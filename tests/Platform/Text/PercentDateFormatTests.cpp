@@ -4,17 +4,13 @@
 #include "tests/support/Formatters.h"
 #include "tests/support/Test.h"
 
-namespace qz {
+namespace qz::test {
 namespace {
-
-using test::dateAt;
-using test::moment;
-using test::text;
 
 Ref<NSDateFormatter> formatter(NSString* format, const char* locale = "en_US",
                                NSString* zone = "UTC"_ns) {
-  return test::setUp(NSDateFormatter::initWithDateFormat_allowNaturalLanguage(format, false),
-                     locale, zone);
+  return setUp(NSDateFormatter::initWithDateFormat_allowNaturalLanguage(format, false), locale,
+               zone);
 }
 
 TEST(PercentDateFormat, Conversions) {
@@ -115,7 +111,7 @@ TEST(PercentDateFormat, Reading) {
     for (const bool isLenient : {false, true}) {
       const auto reader = formatter(format);
       reader->setLenient(isLenient);
-      const auto date = as<NSDate>(test::read(reader, string).value);
+      const auto date = as<NSDate>(read(reader, string).value);
       EXPECT_EQ(date ? date->timeIntervalSince1970() : no, isLenient ? lenient : strict)
           << string << isLenient;
     }
@@ -137,8 +133,8 @@ TEST(PercentDateFormat, TwoDigitYearsAreOfTheCenturyFromItsStart) {
 
 TEST(PercentDateFormat, OneFormatterServesManyThreads) {
   const auto shared = formatter("%a %y-%m-%d %H:%M:%S.%F "_ns, "de_DE", "Europe/Berlin"_ns);
-  test::expectServesManyThreads(shared, [](int i) { return dateAt(moment + i); });
+  expectServesManyThreads(shared, [](int i) { return dateAt(moment + i); });
 }
 
 }  // namespace
-}  // namespace qz
+}  // namespace qz::test

@@ -10,8 +10,7 @@ using Attributes = std::map<std::u16string, int>;
 
 Ref<NSDictionary> dictionaryOf(const Attributes& attributes) {
   auto all = NSMutableDictionary::dictionary();
-  for (const auto& [name, value] : attributes)
-    all->setObject_forKey(number(value), NSString::stringWithCharacters(name));
+  for (const auto& [name, value] : attributes) all->setObject_forKey(number(value), ns(name));
   return all;
 }
 
@@ -47,7 +46,7 @@ TEST(NSMutableAttributedString, ChangesAsUnitsWithAttributesDo) {
       const auto last = first + static_cast<std::ptrdiff_t>(count);
       const int value = static_cast<int>(random() % 2);
       const std::u16string name(1, random() % 2 != 0 ? u'a' : u'b');
-      const auto nameString = NSString::stringWithCharacters(name);
+      const auto nameString = ns(name);
       const std::u16string added(random() % 4, static_cast<char16_t>(u'A' + step % 26));
       const auto replaceInModel = [&](Attributes taken) {
         const auto place = model.attributes.erase(first, last);
@@ -68,15 +67,15 @@ TEST(NSMutableAttributedString, ChangesAsUnitsWithAttributesDo) {
           for (auto each = first; each != last; ++each) each->erase(name);
           break;
         case 3:
-          string->replaceCharactersInRange_withString(range, NSString::stringWithCharacters(added));
+          string->replaceCharactersInRange_withString(range, ns(added));
           replaceInModel(count == 0 && from > 0     ? *(first - 1)
                          : from < model.text.size() ? *first
                                                     : Attributes());
           break;
         case 4:
           string->replaceCharactersInRange_withAttributedString(
-              range, NSAttributedString::initWithString_attributes(
-                         NSString::stringWithCharacters(added), dictionaryOf({{name, value}})));
+              range, NSAttributedString::initWithString_attributes(ns(added),
+                                                                   dictionaryOf({{name, value}})));
           replaceInModel({{name, value}});
           break;
         default:

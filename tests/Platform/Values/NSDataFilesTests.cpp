@@ -14,8 +14,6 @@
 namespace qz::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 std::ptrdiff_t filesIn(const std::string& path) {
   return std::distance(fs::directory_iterator(path), fs::directory_iterator());
 }
@@ -98,7 +96,7 @@ TEST_F(NSDataFiles, SayWhatIsWrong) {
       {nullptr, EINVAL},
       {""_ns, EINVAL},
       {"a\0b"_ns, EINVAL},
-      {NSString::stringWithCharacters(u"\xD800"), EINVAL},
+      {ns(u"\xD800"), EINVAL},
   };
   for (const auto& [path, code] : cases) {
     for (std::uint32_t options : {0u, unsigned{NSDataReadingMapped}}) {

@@ -4,8 +4,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::string_view_literals;
-
 TEST(NSData, IsTheSameHoweverMade) {
   for (std::size_t length : {0u, 1u, 5u, 128u, 129u, 4000u}) {
     const std::string bytes(length, '\x80');

@@ -5,11 +5,6 @@ namespace {
 
 using namespace std::chrono;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-Ref<NSDate> at(double seconds) { return NSDate::dateWithTimeIntervalSince1970(seconds); }
-
 TEST(NSDate, DescribesItselfInUtc) {
   const std::pair<double, const char*> cases[] = {
       {0, "1970-01-01 00:00:00 +0000"},
@@ -19,7 +14,7 @@ TEST(NSDate, DescribesItselfInUtc) {
       {317257084800, "12023-06-24 00:00:00 +0000"},
       {1e15, "1e+15 seconds since 1970"},
   };
-  for (const auto& [seconds, text] : cases) EXPECT_EQ(to_string(at(seconds)), text);
+  for (const auto& [seconds, text] : cases) EXPECT_EQ(to_string(dateAt(seconds)), text);
   EXPECT_EQ(NSDate::distantPast()->description()->UTF8String(), "0001-01-01 00:00:00 +0000");
   EXPECT_EQ(NSDate::distantFuture()->description()->UTF8String(), "9999-12-31 23:59:59 +0000");
 }
@@ -28,7 +23,7 @@ TEST(NSDate, OrdersEveryNumber) {
   const double sorted[] = {nan, -infinity, -1e300, -0.25, 0, 1e-9, 1.5e9, infinity};
   for (std::size_t i = 0; i < std::size(sorted); ++i) {
     for (std::size_t j = 0; j < std::size(sorted); ++j) {
-      const auto a = at(sorted[i]), b = at(sorted[j]);
+      const auto a = dateAt(sorted[i]), b = dateAt(sorted[j]);
       const auto expected = i < j   ? NSOrderedAscending
                             : i > j ? NSOrderedDescending
                                     : NSOrderedSame;
@@ -40,12 +35,12 @@ TEST(NSDate, OrdersEveryNumber) {
       EXPECT_EQ(a->laterDate(b), i >= j ? a : b);
     }
   }
-  EXPECT_TRUE(at(-0.0)->isEqual(at(0.0)));
-  EXPECT_EQ(at(nan)->hash(), at(-nan)->hash());
+  EXPECT_TRUE(dateAt(-0.0)->isEqual(dateAt(0.0)));
+  EXPECT_EQ(dateAt(nan)->hash(), dateAt(-nan)->hash());
   for (const char* name : {"compare:", "earlierDate:", "laterDate:", "isEarlierThanDate:",
                            "isLaterThanDate:", "timeIntervalSinceDate:"})
-    EXPECT_TRUE(refuses([&] { at(0)->performSelector_withObject(Selector::named(name), nullptr); },
-                        {name}));
+    EXPECT_TRUE(refuses(
+        [&] { dateAt(0)->performSelector_withObject(Selector::named(name), nullptr); }, {name}));
 }
 
 TEST(NSDate, CountsFromNowAndFromOtherDates) {
@@ -56,7 +51,7 @@ TEST(NSDate, CountsFromNowAndFromOtherDates) {
   EXPECT_GE(date->timePoint() + 1us, before);  // what the double's steps lose
   EXPECT_LE(date->timePoint(), after);
   EXPECT_NEAR(later->timeIntervalSinceDate(date), 100, duration<double>(after - before).count());
-  EXPECT_EQ(NSDate::dateWithTimeInterval_sinceDate(-2.5, at(10))->timeIntervalSince1970(), 7.5);
+  EXPECT_EQ(NSDate::dateWithTimeInterval_sinceDate(-2.5, dateAt(10))->timeIntervalSince1970(), 7.5);
 }
 
 TEST(NSDate, CrossesToTheClockOfTheLibraryAndBack) {
@@ -71,7 +66,8 @@ TEST(NSDate, CrossesToTheClockOfTheLibraryAndBack) {
       {-9223372036.5, system_clock::time_point(-9223372036500ms)},
       {nan, system_clock::time_point()},
   };
-  for (const auto& [seconds, point] : cases) EXPECT_EQ(at(seconds)->timePoint(), point) << seconds;
+  for (const auto& [seconds, point] : cases)
+    EXPECT_EQ(dateAt(seconds)->timePoint(), point) << seconds;
   // Neither way makes a Date of whole microseconds drift.
   for (auto point : {system_clock::time_point(1700000000123456us),
                      system_clock::time_point(-1700000000123456us)})

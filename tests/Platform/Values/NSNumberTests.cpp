@@ -9,9 +9,6 @@ namespace {
 using Exact = long double;
 static_assert(LDBL_MANT_DIG >= 64);
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-const double nan = std::nan("");
-
 struct Sample {
   Ref<NSNumber> number;
   Exact value;

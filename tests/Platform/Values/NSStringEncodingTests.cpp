@@ -5,8 +5,6 @@
 namespace qz::test {
 namespace {
 
-using namespace std::string_view_literals;
-
 constexpr std::uint32_t unicodeEncodings[] = {4,          10,         0x90000100, 0x94000100,
                                               0x8C000100, 0x98000100, 0x9C000100};
 

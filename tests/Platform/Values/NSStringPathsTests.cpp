@@ -6,8 +6,6 @@
 namespace qz::test {
 namespace {
 
-Ref<NSString> text(std::string_view utf8) { return NSString::stringWithUTF8String(utf8); }
-
 std::string joined(const Ref<NSArray>& components) {
   return components->componentsJoinedByString("|"_ns)->UTF8String();
 }
@@ -31,7 +29,7 @@ TEST(NSStringPaths, TakesPathsApart) {
   };
   for (const Case& each : cases) {
     SCOPED_TRACE(each.path);
-    const auto path = text(each.path);
+    const auto path = ns(each.path);
     EXPECT_EQ(joined(path->pathComponents()), each.components);
     EXPECT_EQ(path->lastPathComponent()->UTF8String(), each.last);
     EXPECT_EQ(path->stringByDeletingLastPathComponent()->UTF8String(), each.parent);
@@ -48,12 +46,12 @@ TEST(NSStringPaths, PutsPathsTogether) {
       {"a", "b/c", "a/b/c"}, {"a", "..", "a/.."}, {"a", "/", "a"},
   };
   for (const auto& [path, component, expected] : joins)
-    EXPECT_EQ(text(path)->stringByAppendingPathComponent(text(component))->UTF8String(), expected)
+    EXPECT_EQ(ns(path)->stringByAppendingPathComponent(ns(component))->UTF8String(), expected)
         << path << " + " << component;
   EXPECT_TRUE(refuses([] { "a"_ns->stringByAppendingPathComponent(nullptr); }));
 
-  EXPECT_EQ(text("a/b/")->stringByAppendingPathExtension("c"_ns)->UTF8String(), "a/b.c");
-  EXPECT_EQ(text("//")->stringByAppendingPathExtension("c"_ns)->UTF8String(), "/");
+  EXPECT_EQ(ns("a/b/")->stringByAppendingPathExtension("c"_ns)->UTF8String(), "a/b.c");
+  EXPECT_EQ(ns("//")->stringByAppendingPathExtension("c"_ns)->UTF8String(), "/");
   EXPECT_TRUE(refuses([] { "a"_ns->stringByAppendingPathExtension("b/c"_ns); }, {"b/c"}));
 
   const auto path = [](std::initializer_list<NSObject*> components) {
@@ -72,12 +70,12 @@ TEST(NSStringPaths, ComponentsAreThoseOfTheStandardLibrary) {
     for (std::size_t i = random() % 12; i > 0; --i) path += "ab./"[random() % 4];
     SCOPED_TRACE(path);
     std::string expected;
-    for (const auto& each : std::filesystem::path(path)) {
+    for (const auto& each : fs::path(path)) {
       if (each.empty()) continue;  // what stands for a slash at the end
       if (!expected.empty()) expected += '|';
       expected += each == "//" ? "/" : each.string();
     }
-    const auto components = text(path)->pathComponents();
+    const auto components = ns(path)->pathComponents();
     EXPECT_EQ(joined(components), expected);
     EXPECT_TRUE(equal(NSString::pathWithComponents(components)->pathComponents(), components));
   }
@@ -91,14 +89,14 @@ TEST(NSStringPaths, TildeIsTheHomeDirectory) {
                                        {"a/~", "a/~"},
                                        {"~root/a", ofRoot},
                                        {"~nobody-by-this-name/a", "~nobody-by-this-name/a"}})
-    EXPECT_EQ(text(path)->stringByExpandingTildeInPath()->UTF8String(), expanded) << path;
+    EXPECT_EQ(ns(path)->stringByExpandingTildeInPath()->UTF8String(), expanded) << path;
   for (const auto& [path, shortened] :
        {std::pair{"/home/me", "~"}, {"/home/me/a/", "~/a"}, {"/home/me2", "/home/me2"}})
-    EXPECT_EQ(text(path)->stringByAbbreviatingWithTildeInPath()->UTF8String(), shortened) << path;
+    EXPECT_EQ(ns(path)->stringByAbbreviatingWithTildeInPath()->UTF8String(), shortened) << path;
   {
     const Environment root("HOME", "/");
-    EXPECT_EQ(text("/a")->stringByAbbreviatingWithTildeInPath()->UTF8String(), "/a");
-    EXPECT_EQ(text("~/a")->stringByExpandingTildeInPath()->UTF8String(), "/a");
+    EXPECT_EQ(ns("/a")->stringByAbbreviatingWithTildeInPath()->UTF8String(), "/a");
+    EXPECT_EQ(ns("~/a")->stringByExpandingTildeInPath()->UTF8String(), "/a");
   }
   const Environment relative("HOME", "here");  // no home: the list of users is asked
   EXPECT_TRUE(NSHomeDirectory()->isAbsolutePath());
@@ -117,7 +115,7 @@ TEST(NSStringPaths, StandardPathsHaveNoDots) {
       {"a/...", "a/..."},
   };
   for (const auto& [path, expected] : cases)
-    EXPECT_EQ(text(path)->stringByStandardizingPath()->UTF8String(), expected) << path;
+    EXPECT_EQ(ns(path)->stringByStandardizingPath()->UTF8String(), expected) << path;
 }
 
 TEST(NSStringPaths, EveryFileNameComesBackFromItsString) {
@@ -129,7 +127,7 @@ TEST(NSStringPaths, EveryFileNameComesBackFromItsString) {
           random() % 2 != 0 ? static_cast<char>(1 + random() % 255) : "\xE2\x82\xAC"[random() % 3];
     const auto path = stringWithFileSystemPath(name);
     ASSERT_EQ(path->fileSystemRepresentation(), name);
-    ASSERT_EQ(fileSystemPath(path), std::filesystem::path(name));
+    ASSERT_EQ(fileSystemPath(path), fs::path(name));
   }
   EXPECT_EQ(stringWithFileSystemPath("\xC3\xA4")->view(), u"ä");
   EXPECT_EQ(stringWithFileSystemPath("\xE4")->view(), std::u16string(1, 0xDCE4));
@@ -137,8 +135,7 @@ TEST(NSStringPaths, EveryFileNameComesBackFromItsString) {
 
 TEST(NSStringPaths, RefusesWhatNoFileCanBeNamed) {
   for (const auto& units : {std::u16string(u"a\0b", 3), std::u16string(1, 0xD800)})
-    EXPECT_TRUE(
-        refuses([&] { NSString::stringWithCharacters(units)->fileSystemRepresentation(); }));
+    EXPECT_TRUE(refuses([&] { ns(units)->fileSystemRepresentation(); }));
   EXPECT_TRUE(refuses([] { fileSystemPath(nullptr); }));
 }
 

@@ -4,26 +4,22 @@
 namespace qz::test {
 namespace {
 
-Ref<NSString> text(std::string_view utf8) { return NSString::stringWithUTF8String(utf8); }
-
 std::string replaced(std::string_view escaped, NSString* kept) {
-  const auto plain = CFURLCreateStringByReplacingPercentEscapes(text(escaped), kept);
+  const auto plain = CFURLCreateStringByReplacingPercentEscapes(ns(escaped), kept);
   return plain ? plain->UTF8String() : "nil";
 }
 
 TEST(PercentEscapes, AreAddedAndTakenAway) {
-  const auto plain = text("a-Z_0~. /%\xC3\xA4\xF0\x9F\x98\x80");
+  const auto plain = ns("a-Z_0~. /%\xC3\xA4\xF0\x9F\x98\x80");
   const auto escaped = plain->stringByAddingPercentEncoding();
   EXPECT_EQ(escaped->UTF8String(), "a-Z_0~.%20%2F%25%C3%A4%F0%9F%98%80");
   EXPECT_TRUE(equal(escaped->stringByRemovingPercentEncoding(), plain));
 
   const auto allowed = NSCharacterSet::characterSetWithCharactersInString("a/ä"_ns);
-  EXPECT_EQ(text("a/bä")->stringByAddingPercentEncodingWithAllowedCharacters(allowed)->UTF8String(),
+  EXPECT_EQ(ns("a/bä")->stringByAddingPercentEncodingWithAllowedCharacters(allowed)->UTF8String(),
             "a/%62%C3%A4");
   EXPECT_TRUE(refuses([] { "a"_ns->stringByAddingPercentEncodingWithAllowedCharacters(nullptr); }));
-  EXPECT_EQ(
-      NSString::stringWithCharacters(std::u16string(1, 0xDC00))->stringByAddingPercentEncoding(),
-      nullptr);
+  EXPECT_EQ(ns(std::u16string(1, 0xDC00))->stringByAddingPercentEncoding(), nullptr);
 }
 
 TEST(PercentEscapes, EveryCharacterComesBack) {
@@ -40,7 +36,7 @@ TEST(PercentEscapes, EveryCharacterComesBack) {
         units += static_cast<char16_t>(0xDC00 + (point & 0x3FF));
       }
     }
-    const auto plain = NSString::stringWithCharacters(units);
+    const auto plain = ns(units);
     ASSERT_TRUE(
         equal(plain->stringByAddingPercentEncoding()->stringByRemovingPercentEncoding(), plain));
   }

@@ -7,9 +7,7 @@
 namespace qz::test {
 namespace {
 
-Ref<NSString> text(std::string_view utf8) { return NSString::stringWithUTF8String(utf8); }
-
-Ref<NSURL> url(std::string_view utf8) { return NSURL::URLWithString(text(utf8)); }
+Ref<NSURL> url(std::string_view utf8) { return NSURL::URLWithString(ns(utf8)); }
 
 std::string orNil(const Ref<NSString>& string) { return string ? string->UTF8String() : "nil"; }
 
@@ -58,8 +56,7 @@ TEST(NSURL, RefusesWhatIsNotWellFormed) {
         "http://[v1.a:b]", "http://[::ffff:1.2.3.4]", "urn:a:b:c", "a/b:c", "?a:b/?", "..", "%00"})
     EXPECT_NE(url(good), nullptr) << good;
   EXPECT_EQ(NSURL::URLWithString(nullptr), nullptr);
-  EXPECT_EQ(NSURL::URLWithString(NSString::stringWithCharacters(std::u16string_view(u"a\0b", 3))),
-            nullptr);
+  EXPECT_EQ(NSURL::URLWithString(ns(std::u16string_view(u"a\0b", 3))), nullptr);
 }
 
 // Of the examples of RFC 3986, 5.4, those that differ in more than their names.
@@ -85,7 +82,7 @@ TEST(NSURL, ResolvesAsTheStandardShows) {
       {"http:g", "http:g"},
   };
   for (const auto& [reference, expected] : cases) {
-    const auto resolved = NSURL::URLWithString_relativeToURL(text(reference), base);
+    const auto resolved = NSURL::URLWithString_relativeToURL(ns(reference), base);
     EXPECT_EQ(whole(resolved), expected) << reference;
     EXPECT_EQ(orNil(resolved->relativeString()), reference);
     EXPECT_TRUE(resolved->isEqual(url(expected)));
@@ -108,7 +105,7 @@ TEST(NSURL, FilesHaveTheirPaths) {
 
   const auto relative = NSURL::fileURLWithPath("a:b/../c"_ns);
   EXPECT_EQ(orNil(relative->relativePath()), "a:b/../c");
-  EXPECT_EQ(fileSystemPath(relative->path()), std::filesystem::current_path() / "c");
+  EXPECT_EQ(fileSystemPath(relative->path()), fs::current_path() / "c");
 
   // Bytes that are no UTF-8 are kept all the way.
   const auto stray = NSURL::fileURLWithPath(stringWithFileSystemPath("/x/\xFF\xC3"));
@@ -118,7 +115,7 @@ TEST(NSURL, FilesHaveTheirPaths) {
   EXPECT_EQ(NSURL::fileURLWithPath(nullptr), nullptr);
   EXPECT_EQ(NSURL::fileURLWithPath(""_ns), nullptr);
   for (const auto& units : {std::u16string(u"/a\0b", 4), std::u16string(1, 0xD800)})
-    EXPECT_EQ(NSURL::fileURLWithPath(NSString::stringWithCharacters(units)), nullptr);
+    EXPECT_EQ(NSURL::fileURLWithPath(ns(units)), nullptr);
   EXPECT_TRUE(refuses([] { url("file:///a%00b")->fileSystemRepresentation(); }));
 }
 
@@ -131,7 +128,7 @@ TEST(NSURL, MakesOthers) {
       {"file:///", "a", "file:///a"},
   };
   for (const auto& [from, component, expected] : appended)
-    EXPECT_EQ(whole(url(from)->URLByAppendingPathComponent(text(component))), expected);
+    EXPECT_EQ(whole(url(from)->URLByAppendingPathComponent(ns(component))), expected);
   const std::array<const char*, 2> deleted[] = {
       {"http://h/a/b", "http://h/a/"},
       {"http://h/a/b/", "http://h/a/"},
@@ -172,15 +169,15 @@ TEST(ClassicPaths, AreTheSamePlaces) {
                                              {"/Volumes/Root/x", "Root:Volumes:Root:x"},
                                              {"/%41ö", "Root:%41ö"}};
   for (const auto& [posix, classic] : both) {
-    EXPECT_EQ(converted(text(posix), URLPathStyle::POSIX, URLPathStyle::HFS), classic);
-    EXPECT_EQ(converted(text(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
+    EXPECT_EQ(converted(ns(posix), URLPathStyle::POSIX, URLPathStyle::HFS), classic);
+    EXPECT_EQ(converted(ns(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
   }
   const std::array<const char*, 2> read[] = {
       {"Root", "/"}, {"D", "/Volumes/D"}, {":a:", "a"}, {"Root:Volumes:D", "/Volumes/D"}};
   for (const auto& [classic, posix] : read)
-    EXPECT_EQ(converted(text(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
+    EXPECT_EQ(converted(ns(classic), URLPathStyle::HFS, URLPathStyle::POSIX), posix);
   for (const char* bad : {"", "Root:.", "Root:..:a", "..:a", ":.:a"})
-    EXPECT_EQ(converted(text(bad), URLPathStyle::HFS, URLPathStyle::POSIX), "nil") << bad;
+    EXPECT_EQ(converted(ns(bad), URLPathStyle::HFS, URLPathStyle::POSIX), "nil") << bad;
   EXPECT_EQ(CFURLCreateWithFileSystemPath(nullptr, URLPathStyle::HFS, false), nullptr);
   EXPECT_EQ(CFURLCreateWithFileSystemPath("a"_ns, URLPathStyle(2), false), nullptr);
   EXPECT_EQ(CFURLCopyFileSystemPath(nullptr, URLPathStyle::POSIX), nullptr);
