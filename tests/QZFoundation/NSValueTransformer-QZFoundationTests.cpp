@@ -5,6 +5,7 @@
 #include "QZFoundation/QZMathValueTransformer.h"
 #include "QZFoundation/QZWordSeparator.h"
 #include "tests/support/Test.h"
+#include "tests/support/Threads.h"
 
 namespace qz::test {
 namespace {
@@ -40,19 +41,16 @@ TEST(ValueTransformers, AreFoundByName) {
 }
 
 TEST(ValueTransformers, AreRegisteredFromSeveralThreads) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
-    threads.emplace_back([t] {
-      for (int i = 0; i < 500; ++i) {
-        auto own = NSString::stringWithFormat("T%d-%d"_ns, t, i);
-        NSValueTransformer::setValueTransformer_forName(make<NSValueTransformer>(), own);
-        NSValueTransformer::setValueTransformer_forName(make<NSValueTransformer>(), "shared"_ns);
-        auto shared = NSValueTransformer::valueTransformerForName("shared"_ns);
-        EXPECT_TRUE(shared->transformedValue(own) == own);
-        EXPECT_TRUE(NSValueTransformer::valueTransformerForName(own));
-      }
-    });
-  for (std::thread& each : threads) each.join();
+  inThreads(4, [](int t) {
+    for (int i = 0; i < 500; ++i) {
+      auto own = NSString::stringWithFormat("T%d-%d"_ns, t, i);
+      NSValueTransformer::setValueTransformer_forName(make<NSValueTransformer>(), own);
+      NSValueTransformer::setValueTransformer_forName(make<NSValueTransformer>(), "shared"_ns);
+      auto shared = NSValueTransformer::valueTransformerForName("shared"_ns);
+      EXPECT_TRUE(shared->transformedValue(own) == own);
+      EXPECT_TRUE(NSValueTransformer::valueTransformerForName(own));
+    }
+  });
 }
 
 TEST(ValueTransformers, DynamicNamesMakeEachOnce) {

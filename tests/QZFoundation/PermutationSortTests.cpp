@@ -2,6 +2,7 @@
 
 #include <bit>
 
+#include "tests/support/Sanitizers.h"
 #include "tests/support/Test.h"
 
 namespace qz::detail {
@@ -150,27 +151,27 @@ TEST(PlainSort, ComparesAndExchangesLikeTheRecursiveForm) {
 // Runs an order that contradicts itself; it must stay in its range, end, and lose nothing.
 void expectSound(std::size_t count, const std::function<long(std::uint32_t, std::uint32_t)>& order,
                  bool unchanged = false) {
-  constexpr std::uint32_t kOutside = 0xDEAD;
-  constexpr std::size_t kMargin = 4;
-  std::vector<std::uint32_t> objects(count + 2 * kMargin, kOutside);
-  std::iota(objects.begin() + kMargin, objects.end() - kMargin, 0U);
+  constexpr std::uint32_t outside = 0xDEAD;
+  constexpr std::size_t margin = 4;
+  std::vector<std::uint32_t> objects(count + 2 * margin, outside);
+  std::iota(objects.begin() + margin, objects.end() - margin, 0U);
   std::vector<std::uint32_t> indices = objects;
   const std::vector<std::uint32_t> before = objects;
   std::size_t comparisons = 0;
-  const std::uint32_t* const first = objects.data() + kMargin;
-  plainSort(objects.data(), indices.data(), kMargin, static_cast<std::int64_t>(kMargin + count) - 1,
+  const std::uint32_t* const first = objects.data() + margin;
+  plainSort(objects.data(), indices.data(), margin, static_cast<std::int64_t>(margin + count) - 1,
             [&](const std::uint32_t& element, const std::uint32_t& pivot) {
               EXPECT_GE(&element, first);
               EXPECT_LT(&element, first + count);
-              EXPECT_NE(pivot, kOutside);
+              EXPECT_NE(pivot, outside);
               // Each partition scans its range at most twice, and both parts are smaller.
               if (++comparisons > count * (count + 3)) throw std::runtime_error("endless");
               return order(element, pivot);
             });
   EXPECT_EQ(objects, indices);
   if (!unchanged) {
-    EXPECT_TRUE(std::equal(objects.begin(), objects.begin() + kMargin, before.begin()));
-    std::sort(objects.begin() + kMargin, objects.end() - kMargin);
+    EXPECT_TRUE(std::equal(objects.begin(), objects.begin() + margin, before.begin()));
+    std::sort(objects.begin() + margin, objects.end() - margin);
   }
   EXPECT_EQ(objects, before);
 }
@@ -220,11 +221,8 @@ void expectQuadraticButFlat(const std::vector<std::int64_t>& values) {
 
 TEST(PlainSort, QuadraticInputNeedsNoDeepStack) {
   Random random(6);
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-  constexpr std::uint32_t count = 5000;  // a quadratic number of steps, each of them watched
-#else
-  constexpr std::uint32_t count = 20000;
-#endif
+  // A quadratic number of steps, each of which sanitizers watch.
+  constexpr std::uint32_t count = test::watchesAddresses || test::watchesThreads ? 5000 : 20000;
   expectQuadraticButFlat(quadraticValues(count));
   // The organ pipe splits off two elements at a time to the right, each time deferring them.
   expectQuadraticButFlat(shaped(shapes()[12], count, random));

@@ -1,6 +1,7 @@
 #include "tests/support/Formatters.h"
 
 #include "Platform/Text/NSKeyedArchiver.h"
+#include "tests/support/Threads.h"
 
 namespace qz::test {
 
@@ -33,17 +34,15 @@ Ref<NSObject> throughArchive(NSObject* object) {
 }
 
 void expectServesManyThreads(NSFormatter* shared, const std::function<Ref<NSObject>(int)>& value) {
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([&] {
-      for (int k = 0; k < 150; ++k) {
-        const Ref<NSObject> expected = value(k);
-        const Ref<NSString> shown = shared->stringForObjectValue(expected);
-        Ref<NSObject> read;
-        shared->getObjectValue_forString_errorDescription(&read, shown, nullptr);
-        EXPECT_TRUE(equal(read, expected)) << shown;
-      }
-    });
+  inThreads(4, [&](int) {
+    for (int k = 0; k < 150; ++k) {
+      const Ref<NSObject> expected = value(k);
+      const Ref<NSString> shown = shared->stringForObjectValue(expected);
+      Ref<NSObject> read;
+      shared->getObjectValue_forString_errorDescription(&read, shown, nullptr);
+      EXPECT_TRUE(equal(read, expected)) << shown;
+    }
+  });
 }
 
 }  // namespace qz::test

@@ -5,6 +5,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/Sanitizers.h"
+
 namespace qz::test {
 
 inline long openDescriptors() {
@@ -13,14 +15,11 @@ inline long openDescriptors() {
 
 /// Of memory; always 0 under the sanitizers, which hold on to what was freed.
 inline long residentPages() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  return 0;
-#else
+  if (watchesAddresses || watchesThreads) return 0;
   long all = 0;
   long resident = 0;
   std::ifstream("/proc/self/statm") >> all >> resident;
   return resident;
-#endif
 }
 
 }  // namespace qz::test

@@ -49,19 +49,19 @@ std::size_t poolBytesReserved() noexcept { return 0; }
 namespace {
 
 // A batch is the unit of exchange with the store; a thread caches at most two of each class.
-constexpr std::size_t kBatchBytes = 32 * 1024;
+constexpr std::size_t batchBytes = 32 * 1024;
 // Fresh memory is linked into lists a run at a time, so that it is still in the first-level cache
 // when its blocks are handed out.
-constexpr std::size_t kRunBytes = 4 * 1024;
-constexpr std::size_t kMinSlabBytes = 64 * 1024;
-constexpr std::size_t kMaxSlabBytes = 2 * 1024 * 1024;  // A huge page on the usual machines.
-constexpr std::size_t kCacheLine = 64;
+constexpr std::size_t runBytes = 4 * 1024;
+constexpr std::size_t minSlabBytes = 64 * 1024;
+constexpr std::size_t maxSlabBytes = 2 * 1024 * 1024;  // A huge page on the usual machines.
+constexpr std::size_t cacheLine = 64;
 
 constexpr std::size_t blockSize(std::size_t index) {
   return std::max(index * kPoolGranularity, sizeof(PoolBlock));
 }
 
-constexpr std::size_t batchCount(std::size_t index) { return kBatchBytes / blockSize(index); }
+constexpr std::size_t batchCount(std::size_t index) { return batchBytes / blockSize(index); }
 
 struct Batch {
   PoolBlock* head;
@@ -119,7 +119,7 @@ class Store {
     count = std::min(count, left / size);
     char* run = slabNext_;
     // Whole cache lines keep runs aligned and two threads off the same line.
-    slabNext_ += (count * size + kCacheLine - 1) / kCacheLine * kCacheLine;
+    slabNext_ += (count * size + cacheLine - 1) / cacheLine * cacheLine;
     return run;
   }
 
@@ -142,8 +142,8 @@ class Store {
 
   // Slabs grow with the pool: a small program stays small and a large one gets huge pages.
   void addSlab() {
-    const std::size_t bytes = std::clamp(reserved_, kMinSlabBytes, kMaxSlabBytes);
-    const bool huge = bytes == kMaxSlabBytes;
+    const std::size_t bytes = std::clamp(reserved_, minSlabBytes, maxSlabBytes);
+    const bool huge = bytes == maxSlabBytes;
     const std::size_t mapped = huge ? 2 * bytes : bytes;
     void* memory =
         ::mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -228,8 +228,8 @@ PoolCache* attach() noexcept {
 Batch fetch(std::size_t index) {
   const std::size_t size = blockSize(index);
   // Eight blocks of any size end where a cache line does, so that runs leave no gaps.
-  static_assert(8 * kPoolGranularity == kCacheLine && kRunBytes / kPoolMaxSize >= 8);
-  std::size_t count = kRunBytes / size / 8 * 8;
+  static_assert(8 * kPoolGranularity == cacheLine && runBytes / kPoolMaxSize >= 8);
+  std::size_t count = runBytes / size / 8 * 8;
   char* run = nullptr;
   {
     std::lock_guard lock(store.mutex());

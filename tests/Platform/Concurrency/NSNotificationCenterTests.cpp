@@ -1,6 +1,7 @@
 #include "Platform/Concurrency/NSNotificationCenter.h"
 
 #include "tests/support/Test.h"
+#include "tests/support/Threads.h"
 
 namespace qz::test {
 namespace {
@@ -180,21 +181,18 @@ TEST_F(NSNotificationCenterTest, AnyThread) {
   Ref<NSNotificationToken> lasting =
       center->observe("A"_ns, nullptr, [&](NSNotification*) { ++told; });
   constexpr int rounds = 300;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 2; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < rounds; ++i) post("A"_ns, sender);
-    });
-    threads.emplace_back([&] {
-      for (int i = 0; i < rounds; ++i) {
-        Ref<NSNotificationToken> brief =
-            center->observe(i % 2 == 0 ? "A"_ns : nullptr, i % 3 == 0 ? sender.get() : nullptr,
-                            [](NSNotification*) {});
-        if (i % 5 == 0) center->removeObserver(brief);
+  inThreads(4, [&](int t) {
+    for (int i = 0; i < rounds; ++i) {
+      if (t % 2 == 0) {
+        post("A"_ns, sender);
+        continue;
       }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+      Ref<NSNotificationToken> brief =
+          center->observe(i % 2 == 0 ? "A"_ns : nullptr, i % 3 == 0 ? sender.get() : nullptr,
+                          [](NSNotification*) {});
+      if (i % 5 == 0) center->removeObserver(brief);
+    }
+  });
   EXPECT_EQ(told, 2 * rounds);
 }
 

@@ -355,7 +355,7 @@ TEST_F(NSRunLoopTest, AnyThreadSends) {
   int posted = 0;
   int answered = 0;
   std::atomic<int> left{threads};
-  std::vector<std::thread> senders;
+  std::vector<std::jthread> senders;
   for (int t = 0; t < threads; ++t)
     senders.emplace_back([&] {
       for (int i = 0; i < rounds; ++i) {
@@ -372,7 +372,7 @@ TEST_F(NSRunLoopTest, AnyThreadSends) {
       if (--left == 0) loop->stop();
     });
   loop->run();
-  for (std::thread& sender : senders) sender.join();
+  senders.clear();
   EXPECT_EQ(posted, threads * rounds);
   EXPECT_EQ(answered, threads * rounds);
   EXPECT_EQ(loop->secondsUntilNextTimer(), std::nullopt);

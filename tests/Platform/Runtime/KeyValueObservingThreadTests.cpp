@@ -1,15 +1,10 @@
 // Observing from several threads at a time: meant for the thread sanitizer.
 #include "tests/support/Observers.h"
 #include "tests/support/Test.h"
+#include "tests/support/Threads.h"
 
 namespace qz::test {
 namespace {
-
-void inThreads(int count, const std::function<void(unsigned)>& body) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < count; ++i) threads.emplace_back(body, static_cast<unsigned>(i));
-  for (std::thread& each : threads) each.join();
-}
 
 TEST(KeyValueObservingThreads, AThreadMayEndInTheMiddleOfChanges) {
   auto node = make<Node>(0);
@@ -19,15 +14,15 @@ TEST(KeyValueObservingThreads, AThreadMayEndInTheMiddleOfChanges) {
     ~Late() { node->setValue(2); }
     Node* node;
   };
-  inThreads(1, [&](unsigned) {
+  inThreads(1, [&](int) {
     thread_local Late late{node};  // made before what the thread keeps of changes, gone after it
     static_cast<void>(late);
     node->setValue(1);
   });
   EXPECT_EQ(told, 2);
-  inThreads(1, [&](unsigned) { node->willChangeValueForKey("value"_ns); });
+  inThreads(1, [&](int) { node->willChangeValueForKey("value"_ns); });
   // Its stack of changes may lie where the last thread's did, which ended nothing.
-  inThreads(1, [&](unsigned) { node->setValue(3); });
+  inThreads(1, [&](int) { node->setValue(3); });
   EXPECT_EQ(told, 3);
 }
 
@@ -42,8 +37,8 @@ TEST(KeyValueObservingThreads, ObserversComeAndGoWhileOneThreadChanges) {
       node->next()->setValue(i);
     }
   });
-  inThreads(3, [&](unsigned seed) {
-    std::mt19937 random(seed);
+  inThreads(3, [&](int seed) {
+    std::mt19937 random(static_cast<unsigned>(seed));
     for (int i = 0; i < 400; ++i) {
       // No values: reading them here would race with the thread that changes them.
       auto token = observe(node, random() % 2 == 0 ? "value"_ns : "twice"_ns, 0,
@@ -66,8 +61,8 @@ TEST(KeyValueObservingThreads, ObserversComeAndGoWhileOneThreadChanges) {
 
 TEST(KeyValueObservingThreads, ObservedOnesDieElsewhere) {
   // What one thread observes is let go by another at any moment.
-  inThreads(3, [&](unsigned seed) {
-    std::mt19937 random(seed);
+  inThreads(3, [&](int seed) {
+    std::mt19937 random(static_cast<unsigned>(seed));
     for (int round = 0; round < 200; ++round) {
       Ref<Node> root = make<Node>(0);
       root->setNext(make<Node>(1));

@@ -3,21 +3,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/Sanitizers.h"
 #include "tests/support/Test.h"
+#include "tests/support/Threads.h"
 
 namespace qz::detail {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kBypassed = true;
-#elif defined(__has_feature)
-constexpr bool kBypassed = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kBypassed = false;
-#endif
+constexpr bool isBypassed = test::watchesAddresses || test::watchesThreads;
 
-constexpr std::size_t kKiB = 1024;
-constexpr std::size_t kMiB = 1024 * kKiB;
+constexpr std::size_t kilobyte = 1024;
+constexpr std::size_t megabyte = 1024 * kilobyte;
 
 struct Block {
   unsigned char* bytes;
@@ -36,18 +32,32 @@ bool intact(const Block& block) {
                      [&](unsigned char byte) { return byte == block.pattern; });
 }
 
-// Fails the calling test once if any block was overwritten, then frees them all.
-void checkAndFree(const std::vector<Block>& blocks) {
-  EXPECT_TRUE(std::all_of(blocks.begin(), blocks.end(), intact));
-  for (const Block& block : blocks) poolFree(block.bytes, block.size);
+// Whether nobody has written to it meanwhile.
+bool isIntactAndFreed(const Block& block) {
+  const bool isIntact = intact(block);
+  poolFree(block.bytes, block.size);
+  return isIntact;
+}
+
+bool areIntactAndFreed(const std::vector<Block>& blocks) {
+  return std::ranges::count_if(blocks, isIntactAndFreed) == std::ssize(blocks);
+}
+
+using Pointers = std::vector<void*>;
+
+void allocateAll(Pointers& blocks, std::size_t size) {
+  for (void*& block : blocks) block = poolAllocate(size);
+}
+
+void freeAll(const Pointers& blocks, std::size_t size) {
+  for (void* block : blocks) poolFree(block, size);
 }
 
 // Made before main, freed after it.
 struct StaticHolder {
   StaticHolder() : block(makeBlock(40, 0x5a)) {}
   ~StaticHolder() {
-    if (!intact(block)) std::abort();
-    poolFree(block.bytes, block.size);
+    if (!isIntactAndFreed(block)) std::abort();
   }
   Block block;
 };
@@ -70,54 +80,49 @@ TEST(ObjectPoolTest, BlocksOfEverySizeAreAlignedAndDoNotOverlap) {
   std::sort(extents.begin(), extents.end());
   for (std::size_t i = 1; i < extents.size(); ++i)
     ASSERT_LE(extents[i - 1].first + extents[i - 1].second, extents[i].first);
-  checkAndFree(blocks);
+  EXPECT_TRUE(areIntactAndFreed(blocks));
 }
 
 TEST(ObjectPoolTest, ABlockOf24BytesCosts24BytesHoweverOftenItIsMade) {
-  if (kBypassed) GTEST_SKIP() << "blocks come from operator new";
-  constexpr std::size_t kCount = 1'000'000;
+  if (isBypassed) GTEST_SKIP() << "blocks come from operator new";
+  constexpr std::size_t count = 1'000'000;
   const std::size_t before = poolBytesReserved();
-  std::vector<void*> blocks(kCount);
-  for (void*& block : blocks) block = poolAllocate(24);
+  Pointers blocks(count);
+  allocateAll(blocks, 24);
   const std::size_t grown = poolBytesReserved() - before;
   // One slab may be unfinished, and a run of 4 KiB ends with a few bytes of padding.
-  EXPECT_LE(grown, 24 * kCount * 102 / 100 + 2 * kMiB);
-  EXPECT_GE(poolBytesReserved(), 24 * kCount);
+  EXPECT_LE(grown, 24 * count * 102 / 100 + 2 * megabyte);
+  EXPECT_GE(poolBytesReserved(), 24 * count);
   const std::size_t reserved = poolBytesReserved();
   for (int round = 0; round < 5; ++round) {
-    for (void* block : blocks) poolFree(block, 24);
-    for (void*& block : blocks) block = poolAllocate(24);
+    freeAll(blocks, 24);
+    allocateAll(blocks, 24);
   }
   EXPECT_EQ(poolBytesReserved(), reserved);
-  for (void* block : blocks) poolFree(block, 24);
+  freeAll(blocks, 24);
 }
 
 TEST(ObjectPoolTest, ThreadsExchangeBlocksThroughASharedTable) {
-  constexpr std::size_t kSlots = 512;
-  static constexpr std::array<std::size_t, 5> kSizes = {16, 24, 48, 120, 500};
-  static std::array<std::atomic<unsigned char*>, kSlots> table{};
+  constexpr std::size_t slots = 512;
+  static constexpr std::array<std::size_t, 5> sizes = {16, 24, 48, 120, 500};
+  static std::array<std::atomic<unsigned char*>, slots> table{};
   std::atomic<int> damaged{0};
   // A slot always holds blocks of one size filled with the number of that slot.
   const auto freeChecked = [&damaged](unsigned char* bytes, std::size_t slot) {
-    const std::size_t size = kSizes[slot % kSizes.size()];
-    if (!intact({bytes, size, static_cast<unsigned char>(slot)})) ++damaged;
-    poolFree(bytes, size);
+    const auto pattern = static_cast<unsigned char>(slot);
+    if (!isIntactAndFreed({bytes, sizes[slot % sizes.size()], pattern})) ++damaged;
   };
-  std::vector<std::thread> threads;
-  for (std::uint32_t seed = 1; seed <= 4; ++seed) {
-    threads.emplace_back([&, random = seed]() mutable {
-      for (int i = 0; i < 200'000; ++i) {
-        random = random * 1664525u + 1013904223u;
-        const std::size_t slot = (random >> 8) % kSlots;
-        const Block made =
-            makeBlock(kSizes[slot % kSizes.size()], static_cast<unsigned char>(slot));
-        unsigned char* old = table[slot].exchange(made.bytes, std::memory_order_acq_rel);
-        if (old != nullptr) freeChecked(old, slot);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (std::size_t slot = 0; slot < kSlots; ++slot)
+  test::inThreads(4, [&](int seed) {
+    auto random = static_cast<std::uint32_t>(seed);
+    for (int i = 0; i < 200'000; ++i) {
+      random = random * 1664525u + 1013904223u;
+      const std::size_t slot = (random >> 8) % slots;
+      const Block made = makeBlock(sizes[slot % sizes.size()], static_cast<unsigned char>(slot));
+      unsigned char* old = table[slot].exchange(made.bytes, std::memory_order_acq_rel);
+      if (old != nullptr) freeChecked(old, slot);
+    }
+  });
+  for (std::size_t slot = 0; slot < slots; ++slot)
     if (unsigned char* bytes = table[slot].exchange(nullptr)) freeChecked(bytes, slot);
   EXPECT_EQ(damaged.load(), 0);
 }
@@ -125,10 +130,10 @@ TEST(ObjectPoolTest, ThreadsExchangeBlocksThroughASharedTable) {
 // Passes about 150 MB of blocks from this thread to one that frees them. Both threads live on
 // throughout, so nothing flows back by a thread ending.
 void expectConsumerHandsBlocksBack(std::size_t size) {
-  constexpr std::size_t kPerRound = 1'000;
-  const int rounds = static_cast<int>(150'000'000 / size / kPerRound);
+  constexpr std::size_t perRound = 1'000;
+  const int rounds = static_cast<int>(150'000'000 / size / perRound);
   const std::size_t before = poolBytesReserved();
-  std::vector<void*> blocks(kPerRound);
+  Pointers blocks(perRound);
   std::atomic<int> turn{-1};
   std::thread consumer([&] {
     // Takes what earlier threads left behind, and must not mistake how much that is.
@@ -136,26 +141,26 @@ void expectConsumerHandsBlocksBack(std::size_t size) {
     turn.store(0, std::memory_order_release);
     for (int round = 0; round < rounds; ++round) {
       while (turn.load(std::memory_order_acquire) != 2 * round + 1) std::this_thread::yield();
-      for (void* block : blocks) poolFree(block, size);
+      freeAll(blocks, size);
       turn.store(2 * round + 2, std::memory_order_release);
     }
     poolFree(own, size);
   });
   for (int round = 0; round < rounds; ++round) {
     while (turn.load(std::memory_order_acquire) != 2 * round) std::this_thread::yield();
-    for (void*& block : blocks) block = poolAllocate(size);
+    allocateAll(blocks, size);
     turn.store(2 * round + 1, std::memory_order_release);
   }
   consumer.join();
-  EXPECT_LE(poolBytesReserved() - before, 4 * kMiB);
+  EXPECT_LE(poolBytesReserved() - before, 4 * megabyte);
 }
 
 TEST(ObjectPoolTest, ThreadsReturnTheirBlocksWhenTheyEnd) {
-  if (kBypassed) GTEST_SKIP() << "blocks come from operator new";
+  if (isBypassed) GTEST_SKIP() << "blocks come from operator new";
   const auto live = [] {
-    std::array<void*, 1000> blocks;
-    for (void*& block : blocks) block = poolAllocate(88);
-    for (void* block : blocks) poolFree(block, 88);
+    Pointers blocks(1000);
+    allocateAll(blocks, 88);
+    freeAll(blocks, 88);
   };
   std::thread(live).join();
   const std::size_t before = poolBytesReserved();
@@ -164,38 +169,28 @@ TEST(ObjectPoolTest, ThreadsReturnTheirBlocksWhenTheyEnd) {
 }
 
 TEST(ObjectPoolTest, ThreadsThatOnlyFreeReturnWhatTheyFreed) {
-  if (kBypassed) GTEST_SKIP() << "blocks come from operator new";
-  constexpr std::size_t kPerThread = 37;
-  std::array<void*, kPerThread> blocks;
+  if (isBypassed) GTEST_SKIP() << "blocks come from operator new";
+  Pointers blocks(37);
   std::size_t before = 0;
   for (int i = 0; i < 3'000; ++i) {
     if (i == 200) before = poolBytesReserved();
-    for (void*& block : blocks) block = poolAllocate(104);
-    std::thread([&blocks] {
-      for (void* block : blocks) poolFree(block, 104);
-    }).join();
+    allocateAll(blocks, 104);
+    std::thread([&blocks] { freeAll(blocks, 104); }).join();
   }
   EXPECT_EQ(poolBytesReserved(), before);
 }
 
 TEST(ObjectPoolTest, ThreadsMayEndWhileOthersStartAndEnd) {
   std::atomic<int> damaged{0};
-  std::vector<std::thread> spawners;
-  for (unsigned char pattern = 1; pattern <= 4; ++pattern) {
-    spawners.emplace_back([&damaged, pattern] {
-      for (int i = 0; i < 2'000; ++i) {
-        std::thread([&damaged, pattern] {
-          std::vector<Block> blocks;
-          for (std::size_t j = 0; j < 40; ++j) blocks.push_back(makeBlock(16 + j * 8, pattern));
-          for (const Block& block : blocks) {
-            if (!intact(block)) ++damaged;
-            poolFree(block.bytes, block.size);
-          }
-        }).join();
-      }
-    });
-  }
-  for (std::thread& spawner : spawners) spawner.join();
+  test::inThreads(4, [&](int spawner) {
+    for (int i = 0; i < 2'000; ++i) {
+      std::thread([&damaged, pattern = static_cast<unsigned char>(spawner)] {
+        std::vector<Block> blocks;
+        for (std::size_t j = 0; j < 40; ++j) blocks.push_back(makeBlock(16 + j * 8, pattern));
+        if (!areIntactAndFreed(blocks)) ++damaged;
+      }).join();
+    }
+  });
   EXPECT_EQ(damaged.load(), 0);
 }
 
@@ -203,18 +198,15 @@ TEST(ObjectPoolTest, ThreadsMayEndWhileOthersStartAndEnd) {
 // complete one is has been tuned by measuring, so every likely length is tried, each with blocks
 // of a size that no earlier round has left behind.
 TEST(ObjectPoolTest, AThreadMayEndWithACompleteList) {
-  if (kBypassed) GTEST_SKIP() << "blocks come from operator new";
+  if (isBypassed) GTEST_SKIP() << "blocks come from operator new";
   std::size_t size = 504;
-  for (std::size_t bytes = 4 * kKiB; bytes <= 256 * kKiB; bytes *= 2, size -= 8) {
-    std::vector<void*> blocks(bytes / size);
-    std::vector<void*> others(40);
-    for (void*& block : blocks) block = poolAllocate(size);
-    for (void*& block : others) block = poolAllocate(size);
-    for (const auto* freed : {&blocks, &others}) {
-      std::thread([freed, size] {
-        for (void* block : *freed) poolFree(block, size);
-      }).join();
-    }
+  for (std::size_t bytes = 4 * kilobyte; bytes <= 256 * kilobyte; bytes *= 2, size -= 8) {
+    Pointers blocks(bytes / size);
+    Pointers others(40);
+    allocateAll(blocks, size);
+    allocateAll(others, size);
+    for (const auto* freed : {&blocks, &others})
+      std::thread([freed, size] { freeAll(*freed, size); }).join();
     expectConsumerHandsBlocksBack(size);
   }
 }
@@ -222,12 +214,8 @@ TEST(ObjectPoolTest, AThreadMayEndWithACompleteList) {
 struct LateUser {
   ~LateUser() {
     if (early.bytes == nullptr) return;
-    bool good = intact(early);
-    poolFree(early.bytes, early.size);
-    const Block late = makeBlock(early.size, 0x33);
-    good = good && intact(late);
-    poolFree(late.bytes, late.size);
-    if (good) ++*passed;
+    const bool isGood = isIntactAndFreed(early);
+    if (isIntactAndFreed(makeBlock(early.size, 0x33)) && isGood) ++*passed;
   }
   Block early{};
   std::atomic<int>* passed = nullptr;
@@ -256,10 +244,7 @@ struct KeyUser {
 
 void runKeyUser(void* value) {
   auto* user = static_cast<KeyUser*>(value);
-  for (const Block& block : user->blocks) {
-    user->good = user->good && intact(block);
-    poolFree(block.bytes, block.size);
-  }
+  user->good = areIntactAndFreed(user->blocks) && user->good;
   // More than were freed just now, so that some come from elsewhere.
   const std::size_t count = user->blocks.size() + 100;
   user->blocks.clear();
@@ -279,7 +264,7 @@ TEST(ObjectPoolTest, AThreadWhoseCacheIsGoneMayAllocateAndFree) {
       for (std::size_t j = 0; j < 600; ++j)
         user.blocks.push_back(makeBlock(16 + j % 3 * 8, static_cast<unsigned char>(j)));
       // ThreadSanitizer has done with the thread itself in the last round.
-      user.roundsLeft = kBypassed ? 1 : PTHREAD_DESTRUCTOR_ITERATIONS;
+      user.roundsLeft = isBypassed ? 1 : PTHREAD_DESTRUCTOR_ITERATIONS;
       pthread_setspecific(user.key, &user);
     }).join();
     ASSERT_EQ(user.roundsLeft, 0);
@@ -287,9 +272,9 @@ TEST(ObjectPoolTest, AThreadWhoseCacheIsGoneMayAllocateAndFree) {
     std::thread([] {
       std::vector<Block> others;
       for (std::size_t j = 0; j < 600; ++j) others.push_back(makeBlock(16 + j % 3 * 8, 0xee));
-      checkAndFree(others);
+      EXPECT_TRUE(areIntactAndFreed(others));
     }).join();
-    checkAndFree(std::exchange(user.blocks, {}));
+    EXPECT_TRUE(areIntactAndFreed(std::exchange(user.blocks, {})));
   }
   pthread_key_delete(user.key);
   EXPECT_TRUE(user.good);
@@ -300,40 +285,31 @@ TEST(ObjectPoolTest, AThreadWhoseCacheIsGoneMayAllocateAndFree) {
 // Forks while other threads keep the shared store busy; a child that inherited its lock in a
 // locked state would hang and be ended by its alarm.
 TEST(ObjectPoolTest, AForkedChildMayAllocate) {
-  if (kBypassed) GTEST_SKIP() << "blocks come from operator new";
+  if (isBypassed) GTEST_SKIP() << "blocks come from operator new";
   std::atomic<bool> stop{false};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 2; ++i) {
-    threads.emplace_back([&stop] {
-      while (!stop.load(std::memory_order_relaxed)) {
-        std::array<void*, 256> blocks;
-        for (void*& block : blocks) block = poolAllocate(496);
-        for (void* block : blocks) poolFree(block, 496);
-      }
-    });
-  }
+  const auto keepBusy = [&stop] {
+    Pointers blocks(256);
+    while (!stop.load(std::memory_order_relaxed)) {
+      allocateAll(blocks, 496);
+      freeAll(blocks, 496);
+    }
+  };
+  std::jthread one(keepBusy), two(keepBusy);
   int failures = 0;
   for (int i = 0; i < 200 && failures == 0; ++i) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
       alarm(10);
-      std::array<Block, 512> blocks;
-      for (std::size_t j = 0; j < blocks.size(); ++j)
-        blocks[j] = makeBlock(496, static_cast<unsigned char>(j));
-      bool good = true;
-      for (const Block& block : blocks) {
-        good = good && intact(block);
-        poolFree(block.bytes, block.size);
-      }
-      _exit(good ? 0 : 1);
+      std::vector<Block> blocks;
+      for (int j = 0; j < 512; ++j) blocks.push_back(makeBlock(496, static_cast<unsigned char>(j)));
+      _exit(areIntactAndFreed(blocks) ? 0 : 1);
     }
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     if (status != 0) ++failures;
   }
   stop = true;
-  for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(failures, 0);
 }
 

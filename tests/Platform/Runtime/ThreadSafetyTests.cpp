@@ -1,26 +1,14 @@
 // Eight threads at the run-time at once. What can go wrong here shows under the thread sanitizer,
 // or as a wrong answer.
-#include <barrier>
-
 #include "Platform/Runtime/WeakRef.h"
 #include "tests/support/Person.h"
 #include "tests/support/Test.h"
+#include "tests/support/Threads.h"
 
 namespace qz::test {
 namespace {
 
 constexpr int threadCount = 8;
-
-void inThreads(const std::function<void(int)>& work) {
-  std::barrier start(threadCount);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < threadCount; ++t)
-    threads.emplace_back([&, t] {
-      start.arrive_and_wait();
-      work(t);
-    });
-  for (auto& thread : threads) thread.join();
-}
 
 template <int N>
 class Late : public Derives<Late<N>, NSObject> {
@@ -45,7 +33,7 @@ int startsOf(std::integer_sequence<int, N...>) {
 // More classes than a look-up table starts with, each answering the same Selector for itself.
 TEST(ThreadSafety, ClassesAreMadeOnceWhileOthersDispatch) {
   constexpr auto each = std::make_integer_sequence<int, 40>();
-  inThreads([&](int) { EXPECT_EQ(askEach(each), 40 * 39 / 2); });
+  inThreads(threadCount, [&](int) { EXPECT_EQ(askEach(each), 40 * 39 / 2); });
   EXPECT_EQ(startsOf(each), 40);
 }
 
@@ -63,7 +51,7 @@ TEST(ThreadSafety, ImplementationsAreReplacedWhileOthersSend) {
   Class* aClass = classOf<Switch>();
   const auto one = aClass->instanceMethod("which"_sel)->imp;
   const auto two = aClass->instanceMethod("other"_sel)->imp;
-  inThreads([&](int t) {
+  inThreads(threadCount, [&](int t) {
     auto object = make<Switch>();
     if (t == 0) {
       for (int i = 0; i < 300; ++i) {
@@ -88,7 +76,7 @@ int ageOf(Person* person) { return person->age; }
 TEST(ThreadSafety, KeysAreReadWhileClassesAreExtended) {
   auto ann = make<Person>("Ann"_ns, 30);
   ann->partner = make<Person>("Bob"_ns, 40);
-  inThreads([&](int t) {
+  inThreads(threadCount, [&](int t) {
     for (int i = 0; i < 400; ++i) {
       EXPECT_EQ(as<NSNumber>(ann->valueForKeyPath("partner.age"_ns))->intValue(), 40);
       if (i % 100 == t) {
@@ -130,7 +118,7 @@ TEST(WeakRef, LoadsRaceWithTheLastRelease) {
     auto strong = make<Person>("Ann"_ns, round);
     const WeakRef<Person> weak(strong);
     std::atomic<int> found{0};
-    inThreads([&](int t) {
+    inThreads(threadCount, [&](int t) {
       if (t == 0) {
         strong = nullptr;
         return;

@@ -13,6 +13,7 @@
 #include "Platform/System/detail/OsRelease.h"
 #include "tests/support/Shell.h"
 #include "tests/support/Test.h"
+#include "tests/support/Threads.h"
 
 namespace qz::test {
 namespace {
@@ -154,18 +155,13 @@ TEST(NSTask, WhatCannotBeLaunchedRaisesWithPathAndReasonAndMayTryAgain) {
 }
 
 TEST(NSTask, ManyAtOnceInSeveralThreads) {
-  std::vector<std::future<int>> wrong;
-  for (int i = 0; i < 4; ++i)
-    wrong.push_back(std::async(std::launch::async, [i] {
-      int bad = 0;
-      for (int j = 0; j < 10; ++j) {
-        auto task = shell(NSString::stringWithFormat("echo %d.%d; exit %d"_ns, i, j, j));
-        bad += output(task) != std::to_string(i) + "." + std::to_string(j) + "\n";
-        bad += task->terminationStatus() != j;
-      }
-      return bad;
-    }));
-  for (auto& each : wrong) EXPECT_EQ(each.get(), 0);
+  inThreads(4, [](int i) {
+    for (int j = 0; j < 10; ++j) {
+      auto task = shell(NSString::stringWithFormat("echo %d.%d; exit %d"_ns, i, j, j));
+      EXPECT_EQ(output(task), std::to_string(i) + "." + std::to_string(j) + "\n");
+      EXPECT_EQ(task->terminationStatus(), j);
+    }
+  });
 }
 
 TEST(NSProcessInfo, TellsOfThisProcess) {

@@ -4,6 +4,7 @@
 
 #include "Platform/Text/NSLocale.h"
 #include "tests/support/Test.h"
+#include "tests/support/Threads.h"
 
 namespace qz::test {
 namespace {
@@ -93,17 +94,14 @@ TEST(NSTimeZone, OffsetsAreThoseOfTheSystem) {
 
 TEST(NSTimeZone, ManyThreadsAskAtOnce) {
   const auto shared = NSTimeZone::timeZoneWithName("America/Chicago"_ns);
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([&shared, i] {
-      for (int k = 0; k < 200; ++k) {
-        EXPECT_EQ(shared->offsetAt(1704067200), -21600);
-        EXPECT_EQ(NSTimeZone::timeZoneWithName(i % 2 == 0 ? "Asia/Dhaka"_ns : "Asia/Kabul"_ns)
-                      ->offsetAt(1704067200),
-                  i % 2 == 0 ? 21600 : 16200);
-        EXPECT_NE(NSTimeZone::systemTimeZone(), nullptr);
-      }
-    });
+  inThreads(4, [&](int i) {
+    for (int k = 0; k < 200; ++k) {
+      EXPECT_EQ(shared->offsetAt(1704067200), -21600);
+      EXPECT_EQ(zone(i % 2 == 0 ? "Asia/Dhaka"_ns : "Asia/Kabul"_ns)->offsetAt(1704067200),
+                i % 2 == 0 ? 21600 : 16200);
+      EXPECT_NE(NSTimeZone::systemTimeZone(), nullptr);
+    }
+  });
 }
 
 }  // namespace
