@@ -11,18 +11,18 @@
 
 namespace qz::detail {
 
-inline constexpr std::int64_t kPartitionBlock = 64;
+inline constexpr std::int64_t partitionBlock = 64;
 
 // What finishPartition can take: offsets into it have to fit a byte.
-inline constexpr std::int64_t kPartitionEnd = 3 * kPartitionBlock;
+inline constexpr std::int64_t partitionEnd = 3 * partitionBlock;
 
-// The rest of a partition around a key that spans low..high: [lo, hi], at most kPartitionEnd words.
+// The rest of a partition around a key that spans low..high: [lo, hi], at most partitionEnd words.
 // Whatever lies before lo is at most the pivot.
 template <typename Word>
 std::int64_t finishPartition(Word* words, std::int64_t lo, std::int64_t hi, std::uint64_t low,
                              std::uint64_t high) {
-  std::array<std::uint8_t, kPartitionEnd> lefts;
-  std::array<std::uint8_t, kPartitionEnd> rights;
+  std::array<std::uint8_t, partitionEnd> lefts;
+  std::array<std::uint8_t, partitionEnd> rights;
   std::size_t leftEnd = 0;
   std::size_t rightEnd = 0;
   const std::int64_t size = hi - lo + 1;
@@ -54,25 +54,25 @@ std::int64_t blockPartition(Word* words, std::int64_t lo, std::int64_t hi,
   const std::uint64_t pivot = keyBits(words[(lo + hi) / 2]);
   const std::uint64_t low = pivot & ~indexMask;
   const std::uint64_t high = pivot | indexMask;
-  std::array<std::uint8_t, kPartitionBlock> lefts;
-  std::array<std::uint8_t, kPartitionBlock> rights;
+  std::array<std::uint8_t, partitionBlock> lefts;
+  std::array<std::uint8_t, partitionBlock> rights;
   Word* left = words + lo;   // everything before is as the scheme leaves it
   Word* right = words + hi;  // everything behind, too
   std::size_t leftAt = 0;    // stops that still wait for one on the other side
   std::size_t leftEnd = 0;
   std::size_t rightAt = 0;
   std::size_t rightEnd = 0;
-  while (right - left + 1 > kPartitionEnd) {
+  while (right - left + 1 > partitionEnd) {
     if (leftAt == leftEnd) {
       leftAt = leftEnd = 0;
-      for (unsigned k = 0; k < kPartitionBlock; ++k) {
+      for (unsigned k = 0; k < partitionBlock; ++k) {
         lefts[leftEnd] = static_cast<std::uint8_t>(k);
         leftEnd += keyBits(left[k]) >= low;
       }
     }
     if (rightAt == rightEnd) {
       rightAt = rightEnd = 0;
-      for (unsigned k = 0; k < kPartitionBlock; ++k) {
+      for (unsigned k = 0; k < partitionBlock; ++k) {
         rights[rightEnd] = static_cast<std::uint8_t>(k);
         rightEnd += keyBits(*(right - k)) <= high;
       }
@@ -83,8 +83,8 @@ std::int64_t blockPartition(Word* words, std::int64_t lo, std::int64_t hi,
     }
     leftAt += exchanges;
     rightAt += exchanges;
-    if (leftAt == leftEnd) left += kPartitionBlock;
-    if (rightAt == rightEnd) right -= kPartitionBlock;
+    if (leftAt == leftEnd) left += partitionBlock;
+    if (rightAt == rightEnd) right -= partitionBlock;
   }
   if (leftAt != leftEnd) left += lefts[leftAt];
   if (rightAt != rightEnd) right -= rights[rightAt];

@@ -50,7 +50,7 @@ class PartitionReplay {
         static_cast<std::int64_t>(count),
         [&](std::int64_t lo, std::int64_t hi, int depth) {
           if (settle(words, lo, hi)) return true;
-          if (depth <= suspicious || hi - lo < kTreeMinimum) return false;
+          if (depth <= suspicious || hi - lo < treeMinimum) return false;
           replayWithTree(words, lo, hi);
           return true;
         },
@@ -60,7 +60,7 @@ class PartitionReplay {
   }
 
  private:
-  static constexpr std::int64_t kTreeMinimum = 1024;
+  static constexpr std::int64_t treeMinimum = 1024;
 
   // Finishes a range whose outcome needs no comparisons.
   bool settle(Word* words, std::int64_t lo, std::int64_t hi) {
@@ -103,7 +103,7 @@ class PartitionReplay {
         },
         [&](std::int64_t lo, std::int64_t hi) {
           // A small range is not searched through the tree again, so the tree may miss changes.
-          if (hi - lo < kPartitionEnd) {
+          if (hi - lo < partitionEnd) {
             return blockPartition(words, first + lo, first + hi, indexMask_) - first;
           }
           const std::uint64_t pivot = keyBits(words[first + (lo + hi) / 2]);

@@ -24,23 +24,23 @@
 namespace qz::detail {
 
 // Up to this count the plain scheme is done before the buffers of the fast one are set up.
-inline constexpr std::size_t kPlainSortMaximum = 32;
+inline constexpr std::size_t plainSortMaximum = 32;
 
 // The fast path numbers ranks and positions with 32 bits each.
-inline constexpr std::uint64_t kFastSortMaximum = 0xFFFFFFFF;
+inline constexpr std::uint64_t fastSortMaximum = 0xFFFFFFFF;
 
 // Ranges of up to so many words are sorted in the processor's nearer caches, larger ones are split.
-inline constexpr std::int64_t kSortLeaf = 8192;
+inline constexpr std::int64_t sortLeaf = 8192;
 
 // Splits words[0..count) by the plain scheme down to leaves for sortLeaf(words, count). A range met
 // suspiciously deep is a leaf as well, whatever its size: the scheme may be quadratic on it.
 template <typename Word, typename SortLeaf>
 void sortLeaves(Word* words, std::size_t count, std::uint64_t indexMask, SortLeaf sortLeaf) {
-  const int suspicious = 2 * static_cast<int>(std::bit_width(count / kSortLeaf)) + 4;
+  const int suspicious = 2 * static_cast<int>(std::bit_width(count / sortLeaf)) + 4;
   partitionThroughout(
       static_cast<std::int64_t>(count),
       [&](std::int64_t lo, std::int64_t hi, int depth) {
-        if (hi - lo >= kSortLeaf && depth <= suspicious) return false;
+        if (hi - lo >= sortLeaf && depth <= suspicious) return false;
         if (lo < hi) sortLeaf(words + lo, static_cast<std::size_t>(hi - lo + 1));
         return true;
       },
@@ -50,7 +50,7 @@ void sortLeaves(Word* words, std::size_t count, std::uint64_t indexMask, SortLea
 // Sorts to what the plain scheme makes of the words; count < 2^32.
 template <typename Word>
 void sortWords(Word* words, std::size_t count, std::uint64_t indexMask) {
-  const std::size_t capacity = std::min<std::size_t>(count, kSortLeaf);
+  const std::size_t capacity = std::min<std::size_t>(count, sortLeaf);
   PartitionReplay<Word> replay(capacity, indexMask);
   sortLeaves(words, count, indexMask, [&](Word* leaf, std::size_t size) {
     if (size <= capacity) {
@@ -110,15 +110,15 @@ void orderWords(Word* words, std::size_t count, std::uint64_t indexMask, Positio
     return;
   }
   // Ranks stand in for key and tie-breaker, which need not be asked again.
-  constexpr unsigned kPositionBits = 32;
-  constexpr std::uint64_t kPositionMask = (std::uint64_t{1} << kPositionBits) - 1;
+  constexpr unsigned positionBits = 32;
+  constexpr std::uint64_t positionMask = (std::uint64_t{1} << positionBits) - 1;
   const auto ranked = std::make_unique_for_overwrite<std::uint64_t[]>(count);
   for (std::size_t k = 0; k < count; ++k) {
     const std::uint64_t position = positionOf(words[k]);
-    ranked[position] = ranks[k] << kPositionBits | position;
+    ranked[position] = ranks[k] << positionBits | position;
   }
-  sortWords(ranked.get(), count, kPositionMask);
-  for (std::size_t k = 0; k < count; ++k) placed(k, ranked[k] & kPositionMask);
+  sortWords(ranked.get(), count, positionMask);
+  for (std::size_t k = 0; k < count; ++k) placed(k, ranked[k] & positionMask);
 }
 
 // Sorts entries with the positions 0, 1, 2... for index by the plain scheme, without more memory.
@@ -144,9 +144,9 @@ void keyedSort(std::uint64_t* keys, Index* indices, std::size_t count, Tie&& tie
   auto entryTie = [&](const KeyedEntry& a, const KeyedEntry& b) {
     return tie(indices[a.index], indices[b.index]);
   };
-  if (count <= kPlainSortMaximum) {
-    std::array<KeyedEntry, kPlainSortMaximum> entries;
-    std::array<Index, kPlainSortMaximum> moved;
+  if (count <= plainSortMaximum) {
+    std::array<KeyedEntry, plainSortMaximum> entries;
+    std::array<Index, plainSortMaximum> moved;
     for (std::size_t k = 0; k < count; ++k) entries[k] = entryOf(k);
     orderPlainly(entries.data(), count, entryTie);
     for (std::size_t k = 0; k < count; ++k) moved[k] = indices[entries[k].index];
@@ -162,7 +162,7 @@ void keyedSort(std::uint64_t* keys, Index* indices, std::size_t count, Tie&& tie
   };
   const KeySqueeze squeeze(keys, count);
   const unsigned positionBits = static_cast<unsigned>(std::bit_width(count - 1));
-  if (count <= kFastSortMaximum && squeeze.bits() + positionBits <= 64) {
+  if (count <= fastSortMaximum && squeeze.bits() + positionBits <= 64) {
     const std::uint64_t mask = (std::uint64_t{1} << positionBits) - 1;
     const auto words = std::make_unique_for_overwrite<std::uint64_t[]>(count);
     for (std::size_t k = 0; k < count; ++k) words[k] = squeeze(keys[k]) << positionBits | k;
@@ -173,7 +173,7 @@ void keyedSort(std::uint64_t* keys, Index* indices, std::size_t count, Tie&& tie
   } else {
     const auto entries = std::make_unique_for_overwrite<KeyedEntry[]>(count);
     for (std::size_t k = 0; k < count; ++k) entries[k] = entryOf(k);
-    if (count <= kFastSortMaximum) {
+    if (count <= fastSortMaximum) {
       orderWords(
           entries.get(), count, 0, [](const KeyedEntry& entry) { return entry.index; }, entryTie,
           placed);
@@ -191,7 +191,7 @@ void keyedSort(std::uint64_t* keys, Index* indices, std::size_t count, Tie&& tie
 template <std::integral Key, std::integral Index>
 void wordSort(Key* keys, Index* indices, std::size_t count) {
   if (count < 2) return;
-  if (count <= kPlainSortMaximum || count > kFastSortMaximum) {
+  if (count <= plainSortMaximum || count > fastSortMaximum) {
     plainSort(keys, indices, 0, static_cast<std::int64_t>(count) - 1,
               [](const Key& a, const Key& b) { return (a > b) - (a < b); });
     return;

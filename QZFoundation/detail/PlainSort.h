@@ -20,18 +20,18 @@ namespace qz::detail {
 // to hi, and then that element is the largest. So both parts are always smaller than the range.
 //
 // The left part goes first. Deferred right parts can be as many as half the elements, so from
-// kInOrder of them on the smaller part goes first, which adds at most one for each halving. This
+// inOrder of them on the smaller part goes first, which adds at most one for each halving. This
 // shows in the sequence of comparisons only, never in the result, as the parts share no element.
 template <typename T, typename Compare, typename Exchanged>
 void plainScheme(T* objects, std::int64_t lo, std::int64_t hi, Compare& compare,
                  Exchanged exchanged) {
   static_assert(std::is_trivially_copyable_v<T>, "elements are exchanged as plain words");
-  constexpr std::size_t kInOrder = 128;  // random elements come nowhere near it
+  constexpr std::size_t inOrder = 128;  // random elements come nowhere near it
   struct Range {
     std::int64_t lo;
     std::int64_t hi;
   };
-  std::array<Range, kInOrder + 64> pending;
+  std::array<Range, inOrder + 64> pending;
   std::size_t waiting = 0;
   for (;;) {
     while (lo < hi) {
@@ -52,7 +52,7 @@ void plainScheme(T* objects, std::int64_t lo, std::int64_t hi, Compare& compare,
       if (j == hi) --j;
       Range next{lo, j};
       Range later{j + 1, hi};
-      if (waiting >= kInOrder && next.hi - next.lo > later.hi - later.lo) std::swap(next, later);
+      if (waiting >= inOrder && next.hi - next.lo > later.hi - later.lo) std::swap(next, later);
       if (later.lo < later.hi) {
         if (next.lo < next.hi) {
           pending[waiting++] = later;

@@ -27,9 +27,9 @@ class ScanTree {
       : words_(words),
         count_(count),
         leaves_(static_cast<std::int64_t>(
-            std::bit_ceil(static_cast<std::uint64_t>((count + kBlock - 1) / kBlock)))),
+            std::bit_ceil(static_cast<std::uint64_t>((count + blockLength - 1) / blockLength)))),
         nodes_(static_cast<std::size_t>(2 * leaves_)) {
-    for (std::int64_t block = 0; block * kBlock < count_; ++block) {
+    for (std::int64_t block = 0; block * blockLength < count_; ++block) {
       node(leaves_ + block) = blockNode(block);
     }
     for (std::int64_t at = leaves_ - 1; at > 0; --at) node(at) = joined(at);
@@ -37,8 +37,8 @@ class ScanTree {
 
   // The first position from `from` on whose key is >= low. There has to be one.
   std::int64_t nextAtLeast(std::int64_t from, std::uint64_t low) const {
-    const std::int64_t block = from / kBlock;
-    const std::int64_t end = std::min((block + 1) * kBlock, count_);
+    const std::int64_t block = from / blockLength;
+    const std::int64_t end = std::min((block + 1) * blockLength, count_);
     for (; from < end; ++from) {
       if (keyBits(words_[from]) >= low) return from;
     }
@@ -49,15 +49,15 @@ class ScanTree {
       at *= 2;
       if (node(at).highest < low) ++at;
     }
-    from = (at - leaves_) * kBlock;
+    from = (at - leaves_) * blockLength;
     while (keyBits(words_[from]) < low) ++from;
     return from;
   }
 
   // The last position from `from` downwards whose key is <= high. There has to be one.
   std::int64_t previousAtMost(std::int64_t from, std::uint64_t high) const {
-    const std::int64_t block = from / kBlock;
-    for (; from >= block * kBlock; --from) {
+    const std::int64_t block = from / blockLength;
+    for (; from >= block * blockLength; --from) {
       if (keyBits(words_[from]) <= high) return from;
     }
     std::int64_t at = leaves_ + block;
@@ -67,19 +67,19 @@ class ScanTree {
       at = 2 * at + 1;
       if (node(at).lowest > high) --at;
     }
-    from = std::min((at - leaves_ + 1) * kBlock, count_) - 1;
+    from = std::min((at - leaves_ + 1) * blockLength, count_) - 1;
     while (keyBits(words_[from]) > high) --from;
     return from;
   }
 
   void exchange(std::int64_t i, std::int64_t j) {
     std::swap(words_[i], words_[j]);
-    refresh(i / kBlock);
-    refresh(j / kBlock);
+    refresh(i / blockLength);
+    refresh(j / blockLength);
   }
 
  private:
-  static constexpr std::int64_t kBlock = 32;
+  static constexpr std::int64_t blockLength = 32;
 
   struct Node {
     std::uint64_t lowest = ~std::uint64_t{0};
@@ -99,8 +99,8 @@ class ScanTree {
 
   Node blockNode(std::int64_t block) const {
     Node result;
-    const std::int64_t end = std::min((block + 1) * kBlock, count_);
-    for (std::int64_t k = block * kBlock; k < end; ++k) {
+    const std::int64_t end = std::min((block + 1) * blockLength, count_);
+    for (std::int64_t k = block * blockLength; k < end; ++k) {
       result.lowest = std::min(result.lowest, keyBits(words_[k]));
       result.highest = std::max(result.highest, keyBits(words_[k]));
     }

@@ -6,21 +6,21 @@
 
 namespace qz::detail {
 
-inline constexpr std::uint64_t kSortKeySignBit = std::uint64_t{1} << 63;
+inline constexpr std::uint64_t sortKeySignBit = std::uint64_t{1} << 63;
 
 // Moves the negative half below the positive half.
 constexpr std::uint64_t sortKey(std::int64_t value) {
-  return static_cast<std::uint64_t>(value) ^ kSortKeySignBit;
+  return static_cast<std::uint64_t>(value) ^ sortKeySignBit;
 }
 
 // Both zeros share one key. Every NaN maps to 0, which no number uses (negative infinity is the
 // lowest number at 0x000FFFFFFFFFFFFF), so NaNs are equal to each other and come first.
 constexpr std::uint64_t sortKey(double value) {
   if (value != value) return 0;
-  if (value == 0.0) return kSortKeySignBit;
+  if (value == 0.0) return sortKeySignBit;
   const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
   // The magnitude of a negative number grows away from zero, so all its bits turn over.
-  return (bits & kSortKeySignBit) != 0 ? ~bits : bits | kSortKeySignBit;
+  return (bits & sortKeySignBit) != 0 ? ~bits : bits | sortKeySignBit;
 }
 
 }  // namespace qz::detail

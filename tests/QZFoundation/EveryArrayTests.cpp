@@ -12,32 +12,22 @@
 namespace qz::test {
 namespace {
 
-using Objects = std::vector<Ref<NSObject>>;
-
-struct Immutable {
-  static Ref<NSArray> of(const Objects& objects) { return NSArray::fromRange(objects); }
-};
-struct Mutable {
-  static Ref<NSArray> of(const Objects& objects) { return NSMutableArray::fromRange(objects); }
-};
-struct Own {
-  static Ref<NSArray> of(const Objects& objects) { return make<Computed>(objects); }
-};
+/// Views through a key path.
 struct View {
-  static Ref<NSArray> of(const Objects& objects) {
+  static Ref<NSArray> fromRange(const std::vector<Ref<NSObject>>& objects) {
     auto holders = NSMutableArray::array();
     for (const auto& each : objects) holders->addObject(make<Holder>(each));
     return arrayForKeyPath(holders, "value"_ns);
   }
 };
 
-template <class Maker>
+template <class Kind>
 class EveryArray : public ::testing::Test {
  public:
-  static Ref<NSArray> of(std::string_view text) { return Maker::of(letters(text)); }
+  static Ref<NSArray> of(std::string_view text) { return Kind::fromRange(letters(text)); }
 };
-using Makers = ::testing::Types<Immutable, Mutable, Own, View>;
-TYPED_TEST_SUITE(EveryArray, Makers);
+using Kinds = ::testing::Types<NSArray, NSMutableArray, Computed, View>;
+TYPED_TEST_SUITE(EveryArray, Kinds);
 
 TYPED_TEST(EveryArray, MakesOthersOfItself) {
   auto array = this->of("abcab");

@@ -2,7 +2,7 @@
 #include "QZFoundation/NSIndexPath-QZFoundation.h"
 
 #include "QZFoundation/NSObject-QZIndexPath.h"
-#include "tests/support/Test.h"
+#include "tests/support/Letters.h"
 
 namespace qz::test {
 namespace {
@@ -31,10 +31,6 @@ Ref<NSDictionary> tree() {
                           node(nullptr, {node("b1"_ns, {})}), node("a"_ns, {node("a3"_ns, {})})});
 }
 
-std::string text(NSObject* array) {
-  return as<NSArray>(array)->componentsJoinedByString(" "_ns)->UTF8String();
-}
-
 Ref<NSArray> valuesAlong(NSObject* root, NSIndexPath* path, NSString* key = "name"_ns,
                          NSString* childKey = "children"_ns) {
   return valuePathForIndexPath_valueKeyPath_childKey(root, path, key, childKey);
@@ -51,12 +47,12 @@ TEST(NSObjectQZIndexPath, ReadsTheValuesAlongAPath) {
                {nullptr, ""}};
   auto root = tree();
   for (const auto& each : cases)
-    EXPECT_EQ(text(valuesAlong(root, each.path)), each.values) << each.path;
-  EXPECT_EQ(text(valuesAlong(root, path({0, 0}), "name.length"_ns)), "1 2");
+    EXPECT_EQ(text(valuesAlong(root, each.path), " "_ns), each.values) << each.path;
+  EXPECT_EQ(text(valuesAlong(root, path({0, 0}), "name.length"_ns), " "_ns), "1 2");
   auto all = valuePathsForIndexPaths_valueKeyPath_childKey(root, arrayOf({path({0}), path({0, 9})}),
                                                            "name"_ns, "children"_ns);
   ASSERT_EQ(all->count(), 2u);
-  EXPECT_EQ(text(all->objectAtIndex(1)), "a <null>");
+  EXPECT_EQ(text(all->objectAtIndex(1), " "_ns), "a <null>");
 }
 
 TEST(NSObjectQZIndexPath, FindsThePathOfValues) {
@@ -74,7 +70,7 @@ TEST(NSObjectQZIndexPath, FindsThePathOfValues) {
                          NSArray::array(), NSArray::arrayWithObject("y"_ns)});
   auto paths =
       indexPathsForValuePaths_valueKeyPath_childKey(root, wanted, "name"_ns, "children"_ns);
-  EXPECT_EQ(text(paths), "0.0 ");  // two of four, the second one empty
+  EXPECT_EQ(text(paths, " "_ns), "0.0 ");  // two of four, the second one empty
   EXPECT_EQ(paths->count(), 2u);
 }
 
@@ -90,7 +86,7 @@ TEST(NSObjectQZIndexPath, EndsInTreesThatAreNone) {
   loop->removeAllObjects();
 
   auto leaf = NSDictionary::of({{"name"_ns, "leaf"_ns}});
-  EXPECT_EQ(text(valuesAlong(leaf, path({0}))), "<null>");
+  EXPECT_EQ(text(valuesAlong(leaf, path({0})), " "_ns), "<null>");
   EXPECT_FALSE(indexPathForValues_valueKeyPath_childKey(leaf, values, "name"_ns, "children"_ns));
   EXPECT_TRUE(refuses([&] { valuesAlong(leaf, path({0}), "name"_ns, "name"_ns); }, {"NSString"}));
   EXPECT_TRUE(raises(NSUndefinedKeyException, [&] { valuesAlong("text"_ns, path({0})); }));

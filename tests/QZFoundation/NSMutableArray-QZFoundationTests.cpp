@@ -14,15 +14,6 @@ class Pile : public Derives<Pile, NSMutableArray> {
   static void describe(ClassDescription<Pile>& is) { is.named("Pile"); }
 };
 
-template <class Array>
-class MutableArrayOf : public ::testing::Test {
- public:
-  static Ref<NSMutableArray> of(std::string_view text) {
-    Ref<NSMutableArray> array = make<Array>();
-    for (const auto& each : letters(text)) array->addObject(each);
-    return array;
-  }
-};
 using Kinds = ::testing::Types<NSMutableArray, Pile>;
 TYPED_TEST_SUITE(MutableArrayOf, Kinds);
 

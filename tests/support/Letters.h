@@ -1,16 +1,7 @@
 // Arrays of tests: of one-letter Strings, written as a text, of Numbers, and computed ones.
 #pragma once
 
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Values/NSNumber.h"
-#include "Platform/Values/NSString.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 
@@ -22,8 +13,8 @@ inline std::vector<Ref<NSObject>> letters(std::string_view text) {
 }
 
 /// The elements' descriptions, one behind the other.
-inline std::string text(NSObject* array) {
-  return as<NSArray>(array)->componentsJoinedByString(nullptr)->UTF8String();
+inline std::string text(NSObject* array, NSString* between = nullptr) {
+  return as<NSArray>(array)->componentsJoinedByString(between)->UTF8String();
 }
 
 inline Ref<NSArray> numbers(std::initializer_list<int> values) {
@@ -40,6 +31,9 @@ class Computed : public Derives<Computed, NSArray> {
   Computed(std::uint32_t count, Element element) : count_(count), element_(std::move(element)) {}
   explicit Computed(std::vector<Ref<NSObject>> kept)
       : Computed(static_cast<std::uint32_t>(kept.size()), [kept](auto i) { return kept[i]; }) {}
+  static Ref<NSArray> fromRange(const std::vector<Ref<NSObject>>& kept) {
+    return make<Computed>(kept);
+  }
   std::uint32_t count() const override { return count_; }
   Ref<NSObject> objectAtIndex(std::uint32_t index) const override {
     if (index >= count_) detail::raiseIndex("Computed", index, count_);
@@ -49,6 +43,17 @@ class Computed : public Derives<Computed, NSArray> {
  private:
   std::uint32_t count_;
   Element element_;
+};
+
+/// For tests of what every kind of MutableArray does.
+template <class Kind>
+class MutableArrayOf : public testing::Test {
+ public:
+  static Ref<NSMutableArray> of(std::string_view text) {
+    Ref<NSMutableArray> array = make<Kind>();
+    for (const auto& each : letters(text)) array->addObject(each);
+    return array;
+  }
 };
 
 }  // namespace qz::test

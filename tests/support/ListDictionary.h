@@ -17,6 +17,7 @@ class ListDictionary : public Derives<ListDictionary, NSDictionary> {
  public:
   static void describe(ClassDescription<ListDictionary>& is) { is.named("ListDictionary"); }
 
+  static Ref<NSDictionary> of(Entries entries) { return make<ListDictionary>(entries); }
   explicit ListDictionary(Entries entries) {
     for (const auto& [key, object] : entries) entries_.emplace_back(key, object);
   }
@@ -34,17 +35,6 @@ class ListDictionary : public Derives<ListDictionary, NSDictionary> {
 
  private:
   std::vector<std::pair<Ref<NSObject>, Ref<NSObject>>> entries_;
-};
-
-/// Makers of each kind of Dictionary, for tests of what all kinds do.
-struct Immutable {
-  static Ref<NSDictionary> of(Entries entries) { return NSDictionary::of(entries); }
-};
-struct Mutable {
-  static Ref<NSDictionary> of(Entries entries) { return NSMutableDictionary::of(entries); }
-};
-struct Custom {
-  static Ref<NSDictionary> of(Entries entries) { return make<ListDictionary>(entries); }
 };
 
 }  // namespace qz::test

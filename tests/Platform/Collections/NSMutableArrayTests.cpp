@@ -2,6 +2,7 @@
 // it inherits, and one that overrides the primitives.
 #include "Platform/Collections/NSPredicate.h"
 #include "tests/Platform/Collections/HashedKeys.h"
+#include "tests/support/Holder.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Test.h"
 
@@ -46,31 +47,8 @@ class Deck : public Derives<Deck, NSMutableArray> {
   std::vector<Ref<NSObject>> cards_;
 };
 
-/// Takes itself out of the Array that owns it.
-class Leaver : public Derives<Leaver, NSObject> {
- public:
-  static void describe(ClassDescription<Leaver>& is) {
-    is.named("Leaver").method<&Leaver::leave>("leave");
-  }
-  explicit Leaver(NSMutableArray* family) : family_(family) {}
-  void leave() {
-    family_->removeObjectIdenticalTo(this);
-    family_ = nullptr;
-  }
-
- private:
-  NSMutableArray* family_;
-};
-
-template <class Array>
-class EveryMutableArray : public ::testing::Test {
- public:
-  static Ref<NSMutableArray> of(std::string_view text) {
-    auto array = make<Array>();
-    for (const auto& each : letters(text)) array->addObject(each);
-    return array;
-  }
-};
+template <class Kind>
+using EveryMutableArray = MutableArrayOf<Kind>;
 using Kinds = ::testing::Types<NSMutableArray, Titled, Deck>;
 TYPED_TEST_SUITE(EveryMutableArray, Kinds);
 
@@ -120,16 +98,10 @@ TYPED_TEST(EveryMutableArray, RefusesWithoutChanging) {
       [&] { array->removeObjectAtIndex(3); },
       [&] { array->replaceObjectAtIndex_withObject(3, "x"_ns); },
       [&] { array->exchangeObjectAtIndex_withObjectAtIndex(0, 3); },
-      [&] {
-        array->removeObjectsInRange({2, 2});
-      },
-      [&] {
-        array->removeObject_inRange("c"_ns, {2, 2});
-      },
+      [&] { array->removeObjectsInRange(NSMakeRange(2, 2)); },
+      [&] { array->removeObject_inRange("c"_ns, NSMakeRange(2, 2)); },
       [&] { array->insertObjectsFromArray_atIndex(array, 4); },
-      [&] {
-        array->replaceObjectsInRange_withObjectsFromArray({4, 0}, array);
-      },
+      [&] { array->replaceObjectsInRange_withObjectsFromArray(NSMakeRange(4, 0), array); },
       [&] {
         array->replaceObjectsInRange_withObjectsFromArray_range({0, 1}, array, {2, 2});
       },
@@ -263,8 +235,13 @@ TEST(NSMutableArray, IsMadeByClassAndTakesAnyHint) {
 
 TEST(NSMutableArray, KeepsAnElementAliveThatLeavesDuringItsOwnMessage) {
   auto family = NSMutableArray::array();
-  for (int i = 0; i < 3; ++i) family->addObject(make<Leaver>(family));
-  EXPECT_TRUE(raises(NSGenericException, [&] { family->makeObjectsPerformSelector("leave"_sel); }));
+  for (int i = 0; i < 3; ++i) {
+    auto each = make<Holder>(nullptr, i);
+    each->whenRead = [&family, self = each.get()] { family->removeObjectIdenticalTo(self); };
+    family->addObject(each);
+  }
+  EXPECT_TRUE(
+      raises(NSGenericException, [&] { family->makeObjectsPerformSelector("number"_sel); }));
   EXPECT_EQ(family->count(), 2u);
 }
 

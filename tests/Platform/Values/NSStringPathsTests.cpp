@@ -1,14 +1,10 @@
 #include "Platform/Values/FileSystemPath.h"
 #include "Platform/Values/NSPathUtilities.h"
 #include "tests/support/Environment.h"
-#include "tests/support/Test.h"
+#include "tests/support/Letters.h"
 
 namespace qz::test {
 namespace {
-
-std::string joined(const Ref<NSArray>& components) {
-  return components->componentsJoinedByString("|"_ns)->UTF8String();
-}
 
 TEST(NSStringPaths, TakesPathsApart) {
   struct Case {
@@ -30,7 +26,7 @@ TEST(NSStringPaths, TakesPathsApart) {
   for (const Case& each : cases) {
     SCOPED_TRACE(each.path);
     const auto path = ns(each.path);
-    EXPECT_EQ(joined(path->pathComponents()), each.components);
+    EXPECT_EQ(text(path->pathComponents(), "|"_ns), each.components);
     EXPECT_EQ(path->lastPathComponent()->UTF8String(), each.last);
     EXPECT_EQ(path->stringByDeletingLastPathComponent()->UTF8String(), each.parent);
     EXPECT_EQ(path->pathExtension()->UTF8String(), each.extension);
@@ -76,7 +72,7 @@ TEST(NSStringPaths, ComponentsAreThoseOfTheStandardLibrary) {
       expected += each == "//" ? "/" : each.string();
     }
     const auto components = ns(path)->pathComponents();
-    EXPECT_EQ(joined(components), expected);
+    EXPECT_EQ(text(components, "|"_ns), expected);
     EXPECT_TRUE(equal(NSString::pathWithComponents(components)->pathComponents(), components));
   }
 }
