@@ -30,17 +30,17 @@ inline constexpr std::size_t plainSortMaximum = 32;
 inline constexpr std::uint64_t fastSortMaximum = 0xFFFFFFFF;
 
 // Ranges of up to so many words are sorted in the processor's nearer caches, larger ones are split.
-inline constexpr std::int64_t sortLeaf = 8192;
+inline constexpr std::int64_t leafLength = 8192;
 
 // Splits words[0..count) by the plain scheme down to leaves for sortLeaf(words, count). A range met
 // suspiciously deep is a leaf as well, whatever its size: the scheme may be quadratic on it.
 template <typename Word, typename SortLeaf>
 void sortLeaves(Word* words, std::size_t count, std::uint64_t indexMask, SortLeaf sortLeaf) {
-  const int suspicious = 2 * static_cast<int>(std::bit_width(count / sortLeaf)) + 4;
+  const int suspicious = 2 * static_cast<int>(std::bit_width(count / leafLength)) + 4;
   partitionThroughout(
       static_cast<std::int64_t>(count),
       [&](std::int64_t lo, std::int64_t hi, int depth) {
-        if (hi - lo >= sortLeaf && depth <= suspicious) return false;
+        if (hi - lo >= leafLength && depth <= suspicious) return false;
         if (lo < hi) sortLeaf(words + lo, static_cast<std::size_t>(hi - lo + 1));
         return true;
       },
@@ -50,7 +50,7 @@ void sortLeaves(Word* words, std::size_t count, std::uint64_t indexMask, SortLea
 // Sorts to what the plain scheme makes of the words; count < 2^32.
 template <typename Word>
 void sortWords(Word* words, std::size_t count, std::uint64_t indexMask) {
-  const std::size_t capacity = std::min<std::size_t>(count, sortLeaf);
+  const std::size_t capacity = std::min<std::size_t>(count, leafLength);
   PartitionReplay<Word> replay(capacity, indexMask);
   sortLeaves(words, count, indexMask, [&](Word* leaf, std::size_t size) {
     if (size <= capacity) {

@@ -2,7 +2,6 @@
 #include <future>
 #include <ranges>
 #include <span>
-#include <sstream>
 #include <system_error>
 #include <unordered_map>
 #include <unordered_set>
@@ -16,7 +15,7 @@
 #include "Platform/Values/NSGeometry.h"
 #include "Platform/Values/NSIndexPath.h"
 #include "Platform/Values/NSIndexSet.h"
-#include "tests/support/Test.h"
+#include "tests/support/Letters.h"
 
 namespace qz::test {
 namespace {
@@ -44,12 +43,6 @@ std::string printed(const T& value) {
   return out.str();
 }
 
-Ref<NSArray> numbers(int count) {
-  std::vector<Ref<NSNumber>> all;
-  for (int i = 1; i <= count; ++i) all.push_back(number(i));
-  return NSArray::fromRange(all);
-}
-
 bool isOdd(NSObject* each) { return as<NSNumber>(each)->intValue() % 2 != 0; }
 
 #if !defined(__clang__) || __clang_major__ >= 16  // older ones cannot do libstdc++'s views
@@ -59,10 +52,11 @@ TEST(StandardLibraryTest, CollectionsAreSeenThroughViews) {
     for (auto&& each : range) all += to_string(each) + " ";
     return all;
   };
-  const auto five = numbers(5);
+  const auto five = numbers({1, 2, 3, 4, 5});
   EXPECT_EQ(text(*five | filter(&isOdd)), "1 3 5 ");
   EXPECT_EQ(text(five | filter(&isOdd) | std::views::drop(1)), "3 5 ");
-  EXPECT_EQ(text(numbers(5) | std::views::take(2)), "1 2 ") << "keeps what nobody else keeps";
+  EXPECT_EQ(text(numbers({1, 2, 3, 4, 5}) | std::views::take(2)), "1 2 ")
+      << "keeps what nobody else keeps";
   EXPECT_EQ(text(five->objectEnumerator() | filter(&isOdd)), "1 3 5 ");
   EXPECT_EQ(text(elements<NSNumber>(five) | transform(&NSNumber::stringValue)), "1 2 3 4 5 ");
   const auto ages = NSDictionary::of({{"Ada"_ns, number(36)}, {"Mary"_ns, number(31)}});
@@ -77,7 +71,7 @@ TEST(StandardLibraryTest, CollectionsAreSeenThroughViews) {
 #endif
 
 TEST(StandardLibraryTest, CollectionsComeFromRangesAndGoThere) {
-  const auto five = numbers(5);
+  const auto five = numbers({1, 2, 3, 4, 5});
   EXPECT_EQ(std::ranges::count_if(NSSet::setWithArray(five), &isOdd), 3);
   EXPECT_EQ(to_string(*std::ranges::find_if(*five, std::not_fn(&isOdd))), "2");
   EXPECT_EQ(std::ranges::distance(Ref<NSArray>()), 0) << "nil is empty";
@@ -146,8 +140,6 @@ TEST(StandardLibraryTest, DurationsAreTimes) {
   EXPECT_EQ(timeInterval(2min), 120);
   const auto limit = NSDate::dateAfter(100s);
   EXPECT_NEAR(limit->timeIntervalSinceNow(), 100, 5);
-  const auto point = std::chrono::sys_days(std::chrono::year(2024) / 2 / 29) + 12h;
-  EXPECT_EQ(NSDate::dateWithTimePoint(point)->timePoint(), point);
 
   int fired = 0;
   NSTimer::scheduledTimer(1ms, true, [&](NSTimer* timer) {

@@ -1,8 +1,6 @@
 #include "QZFoundation/NSFileManager-QZFoundation.h"
 
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "QZFoundation/QZFileManagerErrorHandler.h"
@@ -134,11 +132,7 @@ TEST_F(FileOperationsTest, TypesAndSizes) {
   fs::create_directory_symlink(".", at("folder link"));
   fs::create_symlink("nowhere", at("dangling"));
   ::mkfifo(at("pipe").c_str(), 0600);
-  const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-  ::sockaddr_un address{AF_UNIX, {}};
-  at("socket").copy(address.sun_path, sizeof address.sun_path - 1);
-  ASSERT_EQ(::bind(socket, reinterpret_cast<::sockaddr*>(&address), sizeof address), 0);
-  ::close(socket);
+  makeSocket(at("socket"));
   std::ofstream(at("sparse"));
   fs::resize_file(at("sparse"), 1 << 20);
   const struct {

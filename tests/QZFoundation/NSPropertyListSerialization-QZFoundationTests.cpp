@@ -1,17 +1,15 @@
 #include "QZFoundation/NSPropertyListSerialization-QZFoundation.h"
 
-#include "tests/support/Test.h"
+#include "tests/support/FileTest.h"
 
 namespace qz::test {
 namespace {
 
-class PropertyListFiles : public testing::Test {
+class PropertyListFiles : public FileTest {
  protected:
-  Ref<NSString> path(const std::string& name) const { return ns(directory_.path() + "/" + name); }
   Ref<NSObject> read(const std::string& name, Ref<NSError>* error = nullptr) const {
     return propertyListFromFile_mutabilityOptions_format_error(path(name), 0, nullptr, error);
   }
-  const TemporaryDirectory directory_;
 };
 
 TEST_F(PropertyListFiles, AreWrittenAndReadInEveryFormat) {
@@ -46,16 +44,16 @@ TEST_F(PropertyListFiles, ErrorsOfTheFileAreThePlatforms) {
 }
 
 TEST_F(PropertyListFiles, ErrorsOfTheListAreTheApplications) {
-  directory_.write("text", "this is no list");
+  directory.write("text", "this is no list");
   Ref<NSError> error;
   EXPECT_FALSE(read("text", &error));
   EXPECT_EQ(error->code(), -1);
   EXPECT_EQ(error->localizedDescription()->UTF8String(),
-            "A property list could not be read from the file " + directory_.path() +
+            "A property list could not be read from the file " + directory.path() +
                 "/text (line 1, column 6: a semicolon is missing behind the entry \"this\")");
 
   // The file that was there stays as it was.
-  directory_.write("kept", "{ old = file; }");
+  directory.write("kept", "{ old = file; }");
   auto bad = NSDictionary::of({{"k"_ns, NSNull::null()}});
   const std::string why = "root.k: a value of the class NSNull cannot stand in a property list";
   error = writePropertyList_toFile_format(bad, path("kept"), NSPropertyListBinaryFormat);
@@ -64,7 +62,7 @@ TEST_F(PropertyListFiles, ErrorsOfTheListAreTheApplications) {
   EXPECT_FALSE(writeToFile_atomically_error(bad, path("kept"), false, &error));
   EXPECT_EQ(error->localizedDescription()->UTF8String(),
             "Could not create XML for dictionary: " + why);
-  EXPECT_EQ(NSData::dataWithContentsOfFile(path("kept"))->view(), "{ old = file; }");
+  EXPECT_EQ(contentsOf(at("kept")), "{ old = file; }");
 }
 
 }  // namespace

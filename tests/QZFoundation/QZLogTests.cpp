@@ -1,10 +1,8 @@
 #include "QZFoundation/QZLog.h"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <ctime>
 #include <regex>
 
@@ -14,6 +12,7 @@
 #include "QZFoundation/QZDebug.h"
 #include "tests/support/Environment.h"
 #include "tests/support/Files.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
@@ -137,14 +136,10 @@ TEST_F(QZLogTest, WhereTheFileCannotBeMade) {
 TEST_F(QZLogTest, ADiskThatIsFullKeepsWhatWasThere) {
   auto log = logTo(path);
   log->logMessage("before"_ns);
-  struct rlimit old;
-  ::getrlimit(RLIMIT_FSIZE, &old);
-  const struct rlimit small { contentsOf(path).size(), old.rlim_max };
-  auto* signal = std::signal(SIGXFSZ, SIG_IGN);
-  ::setrlimit(RLIMIT_FSIZE, &small);
-  log->logMessage("does not fit"_ns);
-  ::setrlimit(RLIMIT_FSIZE, &old);
-  std::signal(SIGXFSZ, signal);
+  {
+    const FullDisk full(contentsOf(path).size());
+    log->logMessage("does not fit"_ns);
+  }
   log->logMessage("after"_ns);
   EXPECT_EQ(messages(path), (Lines{"before", "after"}));
 }

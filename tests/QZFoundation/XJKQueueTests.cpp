@@ -52,11 +52,7 @@ class XJKQueueTest : public ::testing::Test {
   Ref<NSString> file(const char* name, const char* text = "") {
     return ns(directory.write(name, text));
   }
-  static void append(NSString* path) {
-    const int descriptor = ::open(path->UTF8String().c_str(), O_WRONLY | O_APPEND);
-    EXPECT_EQ(::write(descriptor, "more", 4), 4);
-    ::close(descriptor);
-  }
+  static void append(NSString* path) { std::ofstream(path->UTF8String(), std::ios::app) << "more"; }
   std::string toldOfMore(NSString* path, int words) {
     append(path);
     return told(words);

@@ -22,6 +22,14 @@ class Backup : public CommandTest {
   void write(const std::string& name, std::string_view bytes) const {
     directory_.write(name, bytes);
   }
+  /// Another process with the command, whose errors go to a descriptor.
+  pid_t start(const char* option, int errors = STDERR_FILENO) const {
+    const pid_t child = ::fork();
+    if (child != 0) return child;
+    ::dup2(errors, STDERR_FILENO);
+    ::execl(program().c_str(), "backup", "--quiet", option, source.c_str(), copy.c_str(), nullptr);
+    ::_exit(127);
+  }
 
   const std::string source = directory_.path() + "/source";
   const std::string copy = directory_.path() + "/to/copy";
@@ -109,12 +117,7 @@ TEST_F(Backup, CtrlCEndsItBetweenTwoFiles) {
   int output[2];
   ASSERT_EQ(::pipe(output), 0);
   ASSERT_GE(::fcntl(output[0], F_SETPIPE_SZ, 4096), 0);
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::dup2(output[1], STDERR_FILENO);
-    ::execl(program().c_str(), "backup", "--quiet", source.c_str(), copy.c_str(), nullptr);
-    ::_exit(127);
-  }
+  const pid_t child = start("--quiet", output[1]);
   ::close(output[1]);
   for (int waiting = 0; waiting < 3000; ::usleep(1000)) ::ioctl(output[0], FIONREAD, &waiting);
   ::kill(child, SIGINT);
@@ -140,12 +143,7 @@ TEST_F(Backup, WatchesUntilCtrlC) {
   write("source/a/old", "old");
   write("source/closed/old", "old");
   fs::permissions(source + "/closed", fs::perms(0555));
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::execl(program().c_str(), "backup", "--quiet", "--watch", source.c_str(), copy.c_str(),
-            nullptr);
-    ::_exit(127);
-  }
+  const pid_t child = start("--watch");
   const auto waitFor = [](const std::string& path, const std::string& bytes) {
     for (int i = 0; i < 5000 && contentsOf(path) != bytes; ++i) ::usleep(1000);
     EXPECT_EQ(contentsOf(path), bytes) << path;

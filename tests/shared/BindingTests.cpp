@@ -2,12 +2,7 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <map>
-#include <memory>
 #include <regex>
-#include <string>
 
 #include "Platform/Runtime/ClassList.h"
 #include "QZFoundation/QZFoundation.h"

@@ -2,17 +2,13 @@
 
 #include <sys/wait.h>
 
-#include <array>
-#include <cstdio>
-#include <filesystem>
-
 #include "tests/support/Files.h"
 
 namespace qz::test {
 
 // The tests themselves lie in the build's folder "tests".
 std::string CommandTest::program() const {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / name_;
+  return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / name_;
 }
 
 Outcome CommandTest::run(const std::string& arguments) const {

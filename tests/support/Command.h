@@ -2,11 +2,7 @@
 /// Commands of this build, run through their command lines.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

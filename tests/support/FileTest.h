@@ -18,6 +18,17 @@ class FileTest : public ::testing::Test {
   }
   Ref<NSString> path(const std::string& name) const { return ns(at(name)); }
 
+  int copyError(const std::string& from, const std::string& to) {
+    Ref<NSError> error;
+    return codeOf(manager->copyItemAtPath_toPath_error(path(from), path(to), &error), error);
+  }
+  /// 0 for none.
+  static int codeOf(bool isDone, const Ref<NSError>& error) {
+    EXPECT_EQ(isDone, !error);
+    EXPECT_TRUE(!error || errno == error->code());
+    return error ? error->code() : 0;
+  }
+
   TemporaryDirectory directory;
   Ref<NSFileManager> manager = NSFileManager::defaultManager();
 };

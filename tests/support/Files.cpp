@@ -1,7 +1,9 @@
 #include "tests/support/Files.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -71,6 +73,14 @@ Snapshot snapshot(const std::string& top) {
     all[relative] = about(path, relative, first);
   }
   return all;
+}
+
+void makeSocket(const std::string& path) {
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ::sockaddr_un address{AF_UNIX, {}};
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  ::bind(socket, reinterpret_cast<::sockaddr*>(&address), sizeof address);
+  ::close(socket);
 }
 
 void setTime(const std::string& path, long seconds, long nanoseconds) {

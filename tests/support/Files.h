@@ -15,6 +15,9 @@ std::string contentsOf(const std::string& path);
 using Snapshot = std::map<std::string, std::string>;
 Snapshot snapshot(const std::string& top);
 
+/// A socket that nobody listens at.
+void makeSocket(const std::string& path);
+
 /// Sets the modification time, links not followed.
 void setTime(const std::string& path, long seconds, long nanoseconds);
 

@@ -2,14 +2,6 @@
 // they are asked.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <string>
-
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Runtime/NSException.h"
-#include "Platform/Runtime/Send.h"
-#include "Platform/Values/NSNumber.h"
 #include "tests/support/Letters.h"
 
 namespace qz::test {

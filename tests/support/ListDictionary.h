@@ -1,12 +1,7 @@
 // A Dictionary as an application makes one of its own.
 #pragma once
 
-#include <initializer_list>
-#include <utility>
-#include <vector>
-
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Runtime/Describe.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

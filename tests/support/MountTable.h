@@ -1,16 +1,9 @@
 // A mount table of the test's own.
 #pragma once
 
-#include <cerrno>
-#include <map>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
-
 #include "Platform/System/NSMountTable.h"
 #include "Platform/System/detail/MountInfo.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

@@ -1,11 +1,5 @@
 #include "tests/support/Observers.h"
 
-#include "Platform/Collections/NSArray.h"
-#include "Platform/Collections/NSSet.h"
-#include "Platform/Runtime/Describe.h"
-#include "Platform/Values/NSNull.h"
-#include "Platform/Values/NSNumber.h"
-
 namespace qz::test {
 namespace {
 

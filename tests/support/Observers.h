@@ -1,14 +1,9 @@
 // Objects that observe, and Objects worth observing.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "Platform/Collections/NSDictionary.h"
-#include "Platform/Collections/NSMutableArray.h"
 #include "Platform/Runtime/NSKeyValueObserving.h"
 #include "Platform/Values/NSIndexSet.h"
-#include "Platform/Values/NSString.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 
@@ -18,7 +13,7 @@ class Recorder : public Derives<Recorder, NSObject> {
   static void describe(ClassDescription<Recorder>& is);
   void observeValueForKeyPath_ofObject_change_context(NSString* keyPath, NSObject* object,
                                                       NSDictionary* change, void* context) override;
-  std::vector<std::string> lines;
+  Lines lines;
   Ref<NSDictionary> last;
   void* context = nullptr;
 };

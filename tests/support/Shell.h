@@ -1,9 +1,8 @@
 // Tasks of tests: scripts of the shell.
 #pragma once
 
-#include "Platform/Collections/NSArray.h"
 #include "Platform/System/NSTask.h"
-#include "Platform/Values/NSString.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

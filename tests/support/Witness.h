@@ -1,11 +1,8 @@
 // Notes what fails an assertion, and goes on.
 #pragma once
 
-#include <string>
-
-#include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSAssertionHandler.h"
-#include "Platform/Values/NSString.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

@@ -1,10 +1,7 @@
 // Objects that make life hard for a hash table.
 #pragma once
 
-#include <cstddef>
-#include <functional>
-
-#include "Platform/Runtime/Describe.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

@@ -106,7 +106,7 @@ TYPED_TEST(EveryArray, ReadsAndSetsKeysOfItsElements) {
   auto ann = make<Person>("Ann"_ns, 30);
   auto bob = make<Person>(nullptr, 40);
   ann->partner = bob;
-  auto people = TypeParam::fromRange({ann, bob});
+  auto people = TypeParam::fromRange(std::vector<Ref<NSObject>>{ann, bob});
   EXPECT_EQ(to_string(people->valueForKey("age"_ns)), "(\n    30,\n    40\n)");
   EXPECT_EQ(as<NSArray>(people->valueForKey("name"_ns))->objectAtIndex(1), NSNull::null());
   EXPECT_EQ(to_string(people->valueForKeyPath("partner.age"_ns)), "(\n    40,\n    <null>\n)");

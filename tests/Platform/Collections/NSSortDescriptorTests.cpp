@@ -1,7 +1,7 @@
 #include "Platform/Collections/NSSortDescriptor.h"
 
+#include "tests/support/Letters.h"
 #include "tests/support/Person.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -33,9 +33,7 @@ class ByDigit : public Derives<ByDigit, NSSortDescriptor> {
   }
 };
 
-std::string tags(NSArray* readings) {
-  return to_string(as<NSArray>(readings->valueForKey("tag"_ns))->componentsJoinedByString(" "_ns));
-}
+std::string tags(NSArray* readings) { return text(readings->valueForKey("tag"_ns), " "_ns); }
 
 Ref<NSArray> readings(std::initializer_list<int> tags) {
   auto array = NSMutableArray::array();

@@ -1,4 +1,3 @@
-#include <thread>
 
 #include "tests/support/Person.h"
 #include "tests/support/Test.h"

@@ -1,8 +1,6 @@
 // What the file manager does when the system refuses: failures that need a user, a kind of file or
 // a moment of their own. NSFileManagerTests.cpp fails each call of a whole copy in turn.
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "Platform/System/NSFileManager.h"
@@ -15,11 +13,6 @@ namespace {
 
 class FileFaults : public FileTest {
  protected:
-  int copyError(const std::string& from, const std::string& to) {
-    Ref<NSError> error;
-    manager->copyItemAtPath_toPath_error(path(from), path(to), &error);
-    return error ? error->code() : 0;
-  }
   mode_t mode(const std::string& name) {
     struct ::stat status {};
     EXPECT_EQ(::lstat(at(name).c_str(), &status), 0) << name;
@@ -140,12 +133,7 @@ TEST_F(FileFaults, AMoveThatIsBrokenOffLeavesNothingBehind) {
 
 TEST_F(FileFaults, EveryKindOfFileIsTold) {
   ::mkfifo(at("pipe").c_str(), 0600);
-  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  ::sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  at("socket").copy(address.sun_path, sizeof address.sun_path - 1);
-  ASSERT_EQ(::bind(socket, reinterpret_cast<::sockaddr*>(&address), sizeof address), 0);
-  ::close(socket);
+  makeSocket(at("socket"));
   const auto typeOf = [&](const std::string& name) {
     return fileType(manager->attributesOfItemAtPath_error(path(name), nullptr));
   };

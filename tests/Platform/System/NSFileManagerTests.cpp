@@ -39,10 +39,6 @@ class FileManagerTest : public FileTest {
  protected:
   using FileTest::FileTest;
 
-  int copyError(const std::string& from, const std::string& to) {
-    Ref<NSError> error;
-    return codeOf(manager->copyItemAtPath_toPath_error(ns(from), ns(to), &error), error);
-  }
   int moveError(const std::string& from, const std::string& to) {
     Ref<NSError> error;
     return codeOf(manager->moveItemAtPath_toPath_error(ns(from), ns(to), &error), error);
@@ -50,13 +46,6 @@ class FileManagerTest : public FileTest {
   int removeError(const std::string& path) {
     Ref<NSError> error;
     return codeOf(manager->removeItemAtPath_error(ns(path), &error), error);
-  }
-
- private:
-  static int codeOf(bool isDone, const Ref<NSError>& error) {
-    EXPECT_EQ(isDone, !error);
-    EXPECT_TRUE(!error || errno == error->code());
-    return error ? error->code() : 0;
   }
 };
 

@@ -2,7 +2,7 @@
 
 #include "Platform/System/NSPropertyListUID.h"
 #include "Platform/Values/NSMutableData.h"
-#include "tests/support/RandomPropertyList.h"
+#include "tests/support/PropertyLists.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
@@ -13,14 +13,6 @@ using Serialization = NSPropertyListSerialization;
 constexpr NSPropertyListFormat formats[] = {NSPropertyListOldStyleFormat, NSPropertyListXMLFormat,
                                             NSPropertyListBinaryFormat};
 
-Ref<NSObject> read(std::string_view bytes, std::uint32_t mutability = NSPropertyListImmutable) {
-  Ref<NSString> problem;
-  auto list = Serialization::propertyListFromData_mutabilityOption_format_errorDescription(
-      NSData::dataWithBytes(bytes), mutability, nullptr, &problem);
-  EXPECT_TRUE(list && !problem) << problem;
-  return list;
-}
-
 /// What reading answers as a description; "none" for a list.
 std::string problemOf(std::string_view bytes) {
   Ref<NSString> problem = "left over"_ns;
@@ -28,13 +20,6 @@ std::string problemOf(std::string_view bytes) {
       NSData::dataWithBytes(bytes), 0, nullptr, &problem);
   EXPECT_EQ(list == nullptr, problem != nullptr);
   return problem ? problem->UTF8String() : "none";
-}
-
-std::string written(NSObject* list, NSPropertyListFormat format) {
-  Ref<NSString> problem = "left over"_ns;
-  auto data = Serialization::dataFromPropertyList_format_errorDescription(list, format, &problem);
-  EXPECT_EQ(data == nullptr, problem != nullptr);
-  return data ? std::string(data->view()) : "refused: " + problem->UTF8String();
 }
 
 std::string plist(const std::string& value) {

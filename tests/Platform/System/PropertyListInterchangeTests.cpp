@@ -1,50 +1,28 @@
 // What Python's plistlib writes is read here, and the other way round, for every kind of value.
-#include "Platform/System/NSPropertyListSerialization.h"
 #include "Platform/System/NSPropertyListUID.h"
-#include "tests/support/RandomPropertyList.h"
-#include "tests/support/Test.h"
+#include "tests/support/FileTest.h"
+#include "tests/support/PropertyLists.h"
 
 namespace qz::test {
 namespace {
 
-class PropertyListInterchange : public testing::Test {
+class PropertyListInterchange : public FileTest {
  protected:
   void SetUp() override {
     if (std::system("python3 -c 'import plistlib' >/dev/null 2>&1") != 0)
       GTEST_SKIP() << "python3 with plistlib is not installed";
   }
 
-  std::string path(const std::string& name) const { return directory_.path() + "/" + name; }
-
   void run(const std::string& script) const {
-    std::ofstream(path("script.py")) << "import plistlib, datetime\n"
-                                     << "d = '" << directory_.path() << "/'\n"
-                                     << script;
-    ASSERT_EQ(std::system(("python3 " + path("script.py")).c_str()), 0);
+    directory.write("script.py",
+                    "import plistlib, datetime\nd = '" + directory.path() + "/'\n" + script);
+    ASSERT_EQ(std::system(("python3 " + at("script.py")).c_str()), 0);
   }
 
-  Ref<NSObject> read(const std::string& name) const {
-    Ref<NSString> problem;
-    auto list =
-        NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
-            NSData::dataWithContentsOfFile(ns(path(name))), 0, nullptr, &problem);
-    EXPECT_TRUE(list) << name << ": " << problem;
-    return list;
-  }
-
-  static Ref<NSData> data(NSObject* list, NSPropertyListFormat format) {
-    Ref<NSString> problem;
-    auto bytes = NSPropertyListSerialization::dataFromPropertyList_format_errorDescription(
-        list, format, &problem);
-    EXPECT_TRUE(bytes) << problem;
-    return bytes;
-  }
-
+  Ref<NSObject> readFile(const std::string& name) const { return read(contentsOf(at(name))); }
   void write(NSObject* list, NSPropertyListFormat format, const std::string& name) const {
-    data(list, format)->writeToFile_atomically(ns(path(name)), false);
+    directory.write(name, written(list, format));
   }
-
-  TemporaryDirectory directory_;
 };
 
 TEST_F(PropertyListInterchange, AThousandRandomListsGoThereAndBack) {
@@ -68,9 +46,9 @@ plistlib.dump(lf(x), open(d + 'theirs.xml', 'wb'), fmt=plistlib.FMT_XML)
 plistlib.dump(lf(x), open(d + 'lines.binary', 'wb'), fmt=plistlib.FMT_BINARY)
 )");
   // The text tells kinds apart that are equal to `isEqual:`.
-  const auto bytes = [](NSObject* list) { return data(list, NSPropertyListXMLFormat); };
-  EXPECT_TRUE(equal(bytes(read("theirs.binary")), bytes(lists)));
-  EXPECT_TRUE(equal(bytes(read("theirs.xml")), bytes(read("lines.binary"))));
+  const auto bytes = [](NSObject* list) { return written(list, NSPropertyListXMLFormat); };
+  EXPECT_TRUE(bytes(readFile("theirs.binary")) == bytes(lists));
+  EXPECT_TRUE(bytes(readFile("theirs.xml")) == bytes(readFile("lines.binary")));
 }
 
 TEST_F(PropertyListInterchange, KindsAtTheirEdges) {
@@ -83,7 +61,7 @@ plistlib.dump(values, open(d + 'binary', 'wb'), fmt=plistlib.FMT_BINARY)
 plistlib.dump([plistlib.UID(0), plistlib.UID(2**40)], open(d + 'uids', 'wb'), fmt=plistlib.FMT_BINARY)
 )");
   for (const char* name : {"xml", "binary"}) {
-    auto values = as<NSArray>(read(name));
+    auto values = as<NSArray>(readFile(name));
     ASSERT_TRUE(values);
     write(values, NSPropertyListXMLFormat, "ours.xml");
     write(values, NSPropertyListBinaryFormat, "ours.binary");
@@ -95,7 +73,7 @@ for name in ['ours.xml', 'ours.binary']:
     assert repr(ours) == repr(theirs), (ours, theirs)
 )");
   }
-  auto uids = as<NSArray>(read("uids"));
+  auto uids = as<NSArray>(readFile("uids"));
   EXPECT_EQ(as<NSPropertyListUID>(uids->objectAtIndex(1))->unsignedLongLongValue(),
             std::uint64_t{1} << 40);
   write(uids, NSPropertyListBinaryFormat, "ours.uids");

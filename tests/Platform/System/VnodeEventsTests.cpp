@@ -27,10 +27,8 @@ class VnodeEventsTest : public ::testing::Test {
     const auto all = drain(*events);
     return all.contains(watch) ? all.at(watch) : 0;
   }
-  void append(const std::string& path, std::string_view text) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND);
-    ASSERT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    ::close(file);
+  static void append(const std::string& path, std::string_view text) {
+    std::ofstream(path, std::ios::app) << text;
   }
   TemporaryDirectory directory;
   std::unique_ptr<VnodeEvents> events = VnodeEvents::open();

@@ -1,14 +1,12 @@
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <csignal>
 
 #include "Platform/Values/NSMutableData.h"
 #include "Platform/Values/NSURL.h"
 #include "tests/support/FaultySystem.h"
 #include "tests/support/FileTest.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
@@ -28,22 +26,6 @@ int writing(const std::string& bytes, const std::string& path, std::uint32_t opt
   EXPECT_TRUE(equal(error->domain(), NSPOSIXErrorDomain));
   return error->code();
 }
-
-// While it lives, files cannot grow beyond a few bytes.
-class FullDisk {
- public:
-  FullDisk() {
-    ::signal(SIGXFSZ, SIG_IGN);
-    ::getrlimit(RLIMIT_FSIZE, &before_);
-    rlimit little = before_;
-    little.rlim_cur = 100;
-    ::setrlimit(RLIMIT_FSIZE, &little);
-  }
-  ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &before_); }
-
- private:
-  rlimit before_;
-};
 
 using NSDataFiles = FileTest;
 
@@ -130,13 +112,13 @@ TEST_F(NSDataFiles, SayWhatIsWrong) {
 TEST_F(NSDataFiles, AreWholeOrAsTheyWere) {
   const std::string path = directory.write("file", "old");
   {
-    const FullDisk full;
+    const FullDisk full(100);
     EXPECT_EQ(writing(std::string(1000, 'x'), path, NSDataWritingAtomic), EFBIG);
   }
   EXPECT_EQ(contentsOf(path), "old");
   EXPECT_EQ(filesIn(directory.path()), 1);
   {
-    const FullDisk full;
+    const FullDisk full(100);
     EXPECT_EQ(writing(std::string(1000, 'x'), path, 0), EFBIG);
   }
   EXPECT_EQ(contentsOf(path), std::string(100, 'x'));

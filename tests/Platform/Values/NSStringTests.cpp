@@ -1,7 +1,6 @@
 #include <sys/mman.h>
-#include <unicode/casemap.h>
 #include <unicode/uchar.h>
-#include <unicode/ustring.h>
+#include <unicode/unistr.h>
 
 #include "tests/support/Test.h"
 
@@ -71,18 +70,14 @@ TEST(NSString, EqualityAndOrderFollowTheUnits) {
 // What one of ICU's mappings makes of `units`.
 template <class Map>
 std::u16string mapped(std::u16string_view units, Map map) {
-  char16_t out[64];
-  UErrorCode status = U_ZERO_ERROR;
-  const std::int32_t length =
-      map(units.data(), static_cast<std::int32_t>(units.size()), out, 64, status);
-  EXPECT_TRUE(U_SUCCESS(status));
-  return std::u16string(out, static_cast<std::size_t>(length));
+  icu::UnicodeString text(units.data(), static_cast<std::int32_t>(units.size()));
+  map(text);
+  return {text.getBuffer(), static_cast<std::size_t>(text.length())};
 }
 
 std::u16string titleOf(std::u16string_view word) {
-  return mapped(word, [](auto from, auto count, auto to, auto room, UErrorCode& status) {
-    return icu::CaseMap::toTitle("", U_TITLECASE_WHOLE_STRING, nullptr, from, count, to, room,
-                                 nullptr, status);
+  return mapped(word, [](auto& text) {
+    text.toTitle(nullptr, icu::Locale::getRoot(), U_TITLECASE_WHOLE_STRING);
   });
 }
 
@@ -99,14 +94,9 @@ TEST(NSString, CaseMappingsAgreeWithUnicodeAlsoOnTheAsciiRoad) {
     const std::u16string blank = round % 5 == 0 ? u"\u3000\n" : u" ";
     const std::u16string units = first + blank + second;
     const auto string = NSString::stringWithCharacters(units);
-    ASSERT_EQ(string->uppercaseString()->view(),
-              mapped(units, [](auto from, auto count, auto to, auto room, UErrorCode& status) {
-                return u_strToUpper(to, room, from, count, "", &status);
-              }));
-    ASSERT_EQ(string->lowercaseString()->view(),
-              mapped(units, [](auto from, auto count, auto to, auto room, UErrorCode& status) {
-                return u_strToLower(to, room, from, count, "", &status);
-              }));
+    const auto& root = icu::Locale::getRoot();
+    ASSERT_EQ(string->uppercaseString()->view(), mapped(units, [&](auto& t) { t.toUpper(root); }));
+    ASSERT_EQ(string->lowercaseString()->view(), mapped(units, [&](auto& t) { t.toLower(root); }));
     ASSERT_EQ(string->capitalizedString()->view(), titleOf(first) + blank + titleOf(second))
         << utf8(string);
   }

@@ -1,14 +1,6 @@
-#include "tests/support/RandomPropertyList.h"
+#include "tests/support/PropertyLists.h"
 
 #include <bit>
-#include <string>
-
-#include "Platform/Collections/NSMutableArray.h"
-#include "Platform/Collections/NSMutableDictionary.h"
-#include "Platform/Values/NSData.h"
-#include "Platform/Values/NSDate.h"
-#include "Platform/Values/NSNumber.h"
-#include "Platform/Values/NSString.h"
 
 namespace qz::test {
 namespace {
@@ -22,7 +14,7 @@ Ref<NSString> text(Random& random) {
   std::string all;
   for (std::size_t left = random() % 8; left > 0; --left)
     all += pieces[random() % std::size(pieces)];
-  return NSString::stringWithUTF8String(all);
+  return ns(all);
 }
 
 Ref<NSObject> integer(Random& random) {
@@ -51,6 +43,23 @@ Ref<NSObject> data(Random& random) {
 }
 
 }  // namespace
+
+Ref<NSObject> read(std::string_view bytes, std::uint32_t mutability) {
+  Ref<NSString> problem;
+  auto list =
+      NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
+          NSData::dataWithBytes(bytes), mutability, nullptr, &problem);
+  EXPECT_TRUE(list && !problem) << problem;
+  return list;
+}
+
+std::string written(NSObject* list, NSPropertyListFormat format) {
+  Ref<NSString> problem = "left over"_ns;
+  auto data = NSPropertyListSerialization::dataFromPropertyList_format_errorDescription(
+      list, format, &problem);
+  EXPECT_EQ(data == nullptr, problem != nullptr);
+  return data ? std::string(data->view()) : "refused: " + problem->UTF8String();
+}
 
 Ref<NSObject> randomPropertyList(Random& random, int levels) {
   switch (random() % (levels > 0 ? 10 : 6)) {
