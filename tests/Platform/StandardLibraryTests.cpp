@@ -157,20 +157,19 @@ TEST(StandardLibraryTest, ErrorsAreErrorCodes) {
   const auto missing = NSError::errorWithErrorCode(code);
   EXPECT_EQ(missing->domain(), NSPOSIXErrorDomain);
   EXPECT_EQ(missing->errorCode(), std::errc::no_such_file_or_directory);
-  EXPECT_EQ(to_string(missing->localizedDescription()), code.message());
+  EXPECT_EQ(textOf(missing), code.message());
   EXPECT_EQ(NSError::errorWithErrorCode({}), nullptr);
 
   const auto own = NSError::errorWithDomain_code_description("Mine"_ns, 7, nullptr);
   EXPECT_EQ(own->errorCode(), own->errorCode());
   EXPECT_STREQ(own->errorCode().category().name(), "Mine");
-  EXPECT_EQ(own->errorCode().message(), to_string(own->localizedDescription()));
+  EXPECT_EQ(own->errorCode().message(), textOf(own));
   EXPECT_TRUE(own->isEqual(NSError::errorWithErrorCode(own->errorCode())));
   EXPECT_NE(own->errorCode(), NSError(nullptr, 7, nullptr).errorCode());
 
   const auto future = NSError::errorWithErrorCode(make_error_code(std::future_errc::no_state));
   EXPECT_EQ(to_string(future->domain()), std::future_category().name());
-  EXPECT_EQ(to_string(future->localizedDescription()),
-            make_error_code(std::future_errc::no_state).message());
+  EXPECT_EQ(textOf(future), make_error_code(std::future_errc::no_state).message());
 }
 
 }  // namespace

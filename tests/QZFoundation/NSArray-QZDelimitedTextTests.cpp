@@ -74,8 +74,7 @@ TEST(DelimitedText, RefusesWhatCannotBeMeant) {
       {read(nullptr, ","_ns, keys, person), NSInvalidArgumentException, "object delimiter is nil"},
       {read("\n"_ns, ","_ns, keys, nullptr), NSInvalidArgumentException, "class is nil"},
       {read("\n"_ns, ","_ns, keys, classOf<Class>()), NSInvalidArgumentException, "Class"},
-      {read("\n"_ns, ","_ns, NSArray::arrayWithObject(keys), person), NSInvalidArgumentException,
-       "NSString"},
+      {read("\n"_ns, ","_ns, arrayOf({keys}), person), NSInvalidArgumentException, "NSString"},
       {read("\n"_ns, ","_ns, arrayOf({"shoes"_ns}), person), NSUndefinedKeyException, "shoes"},
   };
   for (const auto& each : cases) {

@@ -75,8 +75,7 @@ TEST(ValueSearch, SkipsElementsWithoutTheKeyAndNothingElse) {
                      [&] { arrayByMatchingValue_forKeyPath(array, "v"_ns, "value"_ns); }));
   // Only the reading is forgiven: what the comparison raises is not.
   const auto search = [&](NSObject* value, Selector selector) {
-    return objectMatchingValue_forKeyPath_usingSelector(NSArray::arrayWithObject(ann), value,
-                                                        "self"_ns, selector);
+    return objectMatchingValue_forKeyPath_usingSelector(arrayOf({ann}), value, "self"_ns, selector);
   };
   EXPECT_EQ(search(number(4), "isAbove:"_sel), ann);
   EXPECT_EQ(search(number(5), "isAbove:"_sel), nullptr);
@@ -121,7 +120,7 @@ TEST(SortedSearch, StandsNonsense) {
   }
   // The Object itself is found without asking it.
   auto moody = make<Moody>(std::vector<int>{7});
-  auto only = NSArray::arrayWithObject(moody);
+  auto only = arrayOf({moody});
   EXPECT_EQ(indexOfObject_inArraySortedUsingSelector(only, moody, "judge:"_sel), 0u);
   EXPECT_EQ(moody->asked, 0u);
 }

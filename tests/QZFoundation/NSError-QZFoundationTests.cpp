@@ -13,10 +13,6 @@ void expectError(NSError* error, NSString* domain, std::int32_t code, NSDictiona
   EXPECT_TRUE(equal(error->userInfo(), info)) << error->userInfo();
 }
 
-Ref<NSDictionary> described(NSString* text) {
-  return NSDictionary::dictionaryWithObject_forKey(text, NSLocalizedDescriptionKey);
-}
-
 TEST(NSErrorQZFoundation, ZeroIsSuccessInThePlatformsDomainsOnly) {
   auto x = described("x"_ns);
   auto none = NSDictionary::dictionary();

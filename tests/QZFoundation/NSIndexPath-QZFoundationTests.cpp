@@ -66,8 +66,8 @@ TEST(NSObjectQZIndexPath, FindsThePathOfValues) {
   EXPECT_EQ(found({"a"_ns, "a3"_ns}), "(null)");  // the first child of that name decides
   EXPECT_EQ(found({"a"_ns, "a1"_ns, "x"_ns}), "(null)");
   EXPECT_EQ(found({NSNull::null(), "b1"_ns}), "(null)");  // nil is not Null
-  auto wanted = arrayOf({NSArray::arrayWithObject("x"_ns), arrayOf({"a"_ns, "a1"_ns}),
-                         NSArray::array(), NSArray::arrayWithObject("y"_ns)});
+  auto wanted =
+      arrayOf({arrayOf({"x"_ns}), arrayOf({"a"_ns, "a1"_ns}), NSArray::array(), arrayOf({"y"_ns})});
   auto paths =
       indexPathsForValuePaths_valueKeyPath_childKey(root, wanted, "name"_ns, "children"_ns);
   EXPECT_EQ(text(paths, " "_ns), "0.0 ");  // two of four, the second one empty
@@ -76,7 +76,7 @@ TEST(NSObjectQZIndexPath, FindsThePathOfValues) {
 
 TEST(NSObjectQZIndexPath, EndsInTreesThatAreNone) {
   auto loop = NSMutableDictionary::of({{"name"_ns, "again"_ns}});
-  loop->setObject_forKey(NSArray::arrayWithObject(loop), "children"_ns);
+  loop->setObject_forKey(arrayOf({loop}), "children"_ns);
   std::vector<std::uint32_t> zeros(5000);
   const auto deep = NSIndexPath::indexPathWithIndexes(std::span(zeros));
   auto values = valuesAlong(loop, deep);

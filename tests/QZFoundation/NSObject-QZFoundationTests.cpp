@@ -41,7 +41,7 @@ TEST(NSObjectQZFoundation, CopiesLeavesAndWrapsThemInArrays) {
   EXPECT_EQ(copyMutableContainers(text), text);
   EXPECT_EQ(deepCopy(nullptr), nullptr);
   EXPECT_TRUE(refuses([] { deepCopy(make<Person>()); }, {"Person"}));
-  EXPECT_TRUE(objectAsArray(text)->isEqual(NSArray::arrayWithObject(text)));
+  EXPECT_TRUE(objectAsArray(text)->isEqual(arrayOf({text})));
   EXPECT_EQ(objectAsArray(nullptr), nullptr);
 }
 

@@ -72,7 +72,7 @@ TEST(InfoDictionary, FormatterPropertiesAreSetAsFarAsTheyGo) {
                                                    {"lenient"_ns, NSNumber::of(true)}}));
   EXPECT_TRUE(equal(formatter->dateFormat(), "yyyy"_ns));
   EXPECT_TRUE(formatter->isLenient());
-  EXPECT_TRUE(equal(propertyOrder(formatter), NSArray::arrayWithObject("formattingBehavior"_ns)));
+  EXPECT_TRUE(equal(propertyOrder(formatter), arrayOf({"formattingBehavior"_ns})));
   EXPECT_EQ(propertyOrder(make<NSFormatter>())->count(), 0u);
   EXPECT_EQ(formatKey(formatter), nullptr);
 }

@@ -74,7 +74,7 @@ TEST(NSObjectQZObserving, MembersAreFollowedAsTheyComeAndGo) {
     const auto operation = random() % 4;
     if (operation == 0 && !isThere) parts->addObject(node);
     if (operation == 1) parts->removeObject(node);
-    if (operation == 2) owner->setParts(NSArray::arrayWithObject(node));  // all others go
+    if (operation == 2) owner->setParts(arrayOf({node}));  // all others go
     if (operation == 3 && !isThere && parts->count() > 0)
       parts->replaceObjectAtIndex_withObject(0, node);
     for (Node* each : nodes) {
@@ -83,7 +83,7 @@ TEST(NSObjectQZObserving, MembersAreFollowedAsTheyComeAndGo) {
       ASSERT_EQ(follower->values - before, parts->containsObject(each) ? 1 : 0) << step;
     }
   }
-  owner->setParts(NSArray::arrayWithObject(nodes[3]));
+  owner->setParts(arrayOf({nodes[3]}));
   nodes[3]->setValue_forKey("three"_ns, "name"_ns);
   EXPECT_EQ(follower->names, 1);
   nodes[3]->setValue(1);

@@ -48,7 +48,7 @@ TEST_F(PropertyListFiles, ErrorsOfTheListAreTheApplications) {
   Ref<NSError> error;
   EXPECT_FALSE(read("text", &error));
   EXPECT_EQ(error->code(), -1);
-  EXPECT_EQ(error->localizedDescription()->UTF8String(),
+  EXPECT_EQ(textOf(error),
             "A property list could not be read from the file " + directory.path() +
                 "/text (line 1, column 6: a semicolon is missing behind the entry \"this\")");
 
@@ -57,11 +57,9 @@ TEST_F(PropertyListFiles, ErrorsOfTheListAreTheApplications) {
   auto bad = NSDictionary::of({{"k"_ns, NSNull::null()}});
   const std::string why = "root.k: a value of the class NSNull cannot stand in a property list";
   error = writePropertyList_toFile_format(bad, path("kept"), NSPropertyListBinaryFormat);
-  EXPECT_EQ(error->localizedDescription()->UTF8String(),
-            "Could not create property list data. (" + why + ")");
+  EXPECT_EQ(textOf(error), "Could not create property list data. (" + why + ")");
   EXPECT_FALSE(writeToFile_atomically_error(bad, path("kept"), false, &error));
-  EXPECT_EQ(error->localizedDescription()->UTF8String(),
-            "Could not create XML for dictionary: " + why);
+  EXPECT_EQ(textOf(error), "Could not create XML for dictionary: " + why);
   EXPECT_EQ(contentsOf(at("kept")), "{ old = file; }");
 }
 

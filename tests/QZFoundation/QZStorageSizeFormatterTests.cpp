@@ -12,7 +12,7 @@ constexpr std::int32_t decimal = 1;
 Ref<QZStorageSizeFormatter> formatter(std::int32_t mode, const char* locale = "en_US") {
   auto made = QZStorageSizeFormatter::init();
   made->setFormat("#,##0.0;0;#,##0.0"_ns);
-  made->setLocale(locale(locale));
+  made->setLocale(test::locale(locale));
   made->setStorageSizeMode(mode);
   return made;
 }

@@ -32,7 +32,7 @@ TEST(QZThreadedTaskCompletionTest, IsAwaitedOnTheMainThreadAndOnOthers) {
 
     const auto failing = answering(0);
     EXPECT_EQ(co_await runToCompletion(failing), nullptr);
-    EXPECT_EQ(to_string(failing->taskError()->localizedDescription()), "nothing");
+    EXPECT_EQ(textOf(failing->taskError()), "nothing");
   };
   runLoopUntilDone(work());
   EXPECT_TRUE(refuses([] { runLoopUntilDone(runToCompletion(nullptr)); }));

@@ -115,7 +115,7 @@ TEST(QZThreadedTask, AnnouncesBeginAndEndOnTheMainThread) {
     ASSERT_EQ(static_cast<bool>(error), each.error != nullptr);
     if (error && *each.error != '\0') {
       EXPECT_EQ(error->code(), -1);
-      EXPECT_EQ(to_string(error->localizedDescription()), each.error);
+      EXPECT_EQ(textOf(error), each.error);
     }
     delegate->sender = nullptr;
   }

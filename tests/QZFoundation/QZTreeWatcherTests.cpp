@@ -47,8 +47,7 @@ TEST_F(QZTreeWatcherTest, TellsListenerAndDelegate) {
   Ref<NSError> error;
   EXPECT_EQ(QZTreeWatcher::initWithPath_error("/no/such/folder"_ns, &error), nullptr);
   EXPECT_EQ(error->code(), ENOENT);
-  EXPECT_EQ(to_string(error->localizedDescription()),
-            "The directory /no/such/folder could not be read");
+  EXPECT_EQ(textOf(error), "The directory /no/such/folder could not be read");
   EXPECT_TRUE(error->localizedFailureReason());
   EXPECT_EQ(QZTreeWatcher::initWithPath_error(nullptr, nullptr), nullptr);
   watch({.latency = 0});
@@ -123,9 +122,8 @@ TEST_F(QZTreeWatcherTest, SaysWhatItMustPoll) {
   watch({.latency = 0, .pollInterval = 0.02});
   EXPECT_EQ(watcher->polledFolders(), 1u);
   EXPECT_EQ(watcher->error()->code(), ENOSPC);
-  EXPECT_EQ(to_string(watcher->error()->localizedDescription()),
-            "Some folders in " + directory.path() +
-                " cannot be watched and are checked regularly instead");
+  EXPECT_EQ(textOf(watcher->error()), "Some folders in " + directory.path() +
+                                          " cannot be watched and are checked regularly instead");
   bool isTold = false;
   listener = [&](NSArray*) { isTold = true; };
   directory.write("a", "");

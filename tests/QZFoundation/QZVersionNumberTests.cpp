@@ -97,7 +97,7 @@ TEST(QZVersionNumber, TheListCanBeReadAndChanged) {
   EXPECT_EQ(digits(QZVersionNumber::initWithDigits(before)), "8 9");
 
   EXPECT_TRUE(refusesRange([] { version("")->majorVersionNumber(); }));
-  EXPECT_TRUE(refuses([&] { one->setDigits(NSArray::arrayWithObject("1"_ns)); }, {"no Number"}));
+  EXPECT_TRUE(refuses([&] { one->setDigits(arrayOf({"1"_ns})); }, {"no Number"}));
   EXPECT_TRUE(refuses([&] { one->addDigit(nullptr); }));
   EXPECT_EQ(digits(one), "8 9 1");
   EXPECT_THAT(to_string(one), HasSubstr(": {digits = ("));

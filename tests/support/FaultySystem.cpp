@@ -1,5 +1,7 @@
 #include "tests/support/FaultySystem.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <map>
@@ -78,6 +80,26 @@ const std::vector<int>& troubles(SystemCall kind) {
   static const std::vector<int> none;
   const auto found = table.find(kind);
   return found == table.end() ? none : found->second;
+}
+
+void sweepFailures(const std::function<void()>& prepare, const std::function<void()>& work,
+                   const std::function<void(SystemCall kind, int number)>& check) {
+  const auto callsOf = [&](std::size_t failing, int number) {
+    prepare();
+    FaultySystem system;
+    if (failing > 0) system.failCall(failing, number);
+    work();
+    return system.calls();
+  };
+  const auto calls = callsOf(0, 0);
+  for (std::size_t n = 0; n < calls.size(); ++n)
+    for (const int number : troubles(calls[n])) {
+      SCOPED_TRACE("call " + std::to_string(n) + ", kind " +
+                   std::to_string(static_cast<int>(calls[n])) + ", errno " +
+                   std::to_string(number));
+      callsOf(n + 1, number);
+      check(calls[n], number);
+    }
 }
 
 }  // namespace qz::test

@@ -51,4 +51,9 @@ class FaultySystem final : public detail::SystemTap {
 /// What a call of a kind can fail with on a file system in trouble.
 const std::vector<int>& troubles(SystemCall kind);
 
+/// Lets each call that `work` makes fail in each way it can, one at a time, each time having
+/// prepared for it; `check` is told what has failed.
+void sweepFailures(const std::function<void()>& prepare, const std::function<void()>& work,
+                   const std::function<void(SystemCall kind, int number)>& check);
+
 }  // namespace qz::test

@@ -43,8 +43,4 @@ class PlainManager : public Derives<PlainManager, NSFileManager> {
   }
 };
 
-inline std::string textOf(NSError* error) {
-  return error == nullptr ? "" : to_string(error->localizedDescription());
-}
-
 }  // namespace qz::test

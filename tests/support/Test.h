@@ -72,6 +72,13 @@ inline Ref<NSArray> arrayOf(std::initializer_list<NSObject*> objects) {
 }
 inline Ref<NSDate> dateAt(double seconds) { return NSDate::dateWithTimeIntervalSince1970(seconds); }
 inline Ref<NSNumber> number(int value) { return NSNumber::numberWithInt(value); }
+inline std::string textOf(NSError* error) {
+  return error == nullptr ? "" : to_string(error->localizedDescription());
+}
+/// What an Error holds that has nothing but a description.
+inline Ref<NSDictionary> described(NSString* text) {
+  return NSDictionary::dictionaryWithObject_forKey(text, NSLocalizedDescriptionKey);
+}
 inline Ref<NSDate> inSeconds(double seconds) {
   return NSDate::dateWithTimeIntervalSinceNow(seconds);
 }

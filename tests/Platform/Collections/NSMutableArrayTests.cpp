@@ -60,7 +60,7 @@ TYPED_TEST(EveryMutableArray, AddsRemovesAndReplaces) {
   EXPECT_EQ(text(array), "yacyac");
   array->replaceObjectsInRange_withObjectsFromArray({1, 4}, array);
   EXPECT_EQ(text(array), "yyacyacc");
-  array->replaceObjectsInRange_withObjectsFromArray({1, 6}, NSArray::arrayWithObject("q"_ns));
+  array->replaceObjectsInRange_withObjectsFromArray({1, 6}, arrayOf({"q"_ns}));
   EXPECT_EQ(text(array), "yqc");
   array->setArray(array);
   array->removeLastObject();

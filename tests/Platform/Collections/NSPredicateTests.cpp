@@ -54,8 +54,7 @@ TEST(NSPredicate, CombinesInOrderAndNoFurtherThanNeeded) {
   EXPECT_FALSE(ask(NSPredicate::orPredicateWithSubpredicates(NSArray::array())));
   EXPECT_TRUE(ask(NSPredicate::notPredicateWithSubpredicate(no)));
   EXPECT_TRUE(refuses([&] { NSPredicate::andPredicateWithSubpredicates({yes, nullptr}); }));
-  EXPECT_TRUE(refuses(
-      [&] { NSPredicate::orPredicateWithSubpredicates(NSArray::arrayWithObject("x"_ns)); }));
+  EXPECT_TRUE(refuses([&] { NSPredicate::orPredicateWithSubpredicates(arrayOf({"x"_ns})); }));
 }
 
 }  // namespace

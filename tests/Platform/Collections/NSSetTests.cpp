@@ -85,7 +85,7 @@ TYPED_TEST(AnySet, MakesOtherSets) {
   EXPECT_TRUE(set->filteredSetUsingPredicate(isTwo)->isEqual(NSSet::setWithObjects({number(2)})));
   EXPECT_TRUE(refuses([&] { set->objectsPassingTest({}); }));
   auto backwards = NSSortDescriptor::initWithKey_ascending("intValue"_ns, false);
-  EXPECT_TRUE(set->sortedArrayUsingDescriptors(NSArray::arrayWithObject(backwards))
+  EXPECT_TRUE(set->sortedArrayUsingDescriptors(arrayOf({backwards}))
                   ->isEqual(arrayOf({number(2), number(1)})));
   as<NSMutableSet>(set->mutableCopy())->addObject("new"_ns);
   EXPECT_EQ(set->count(), 2u);

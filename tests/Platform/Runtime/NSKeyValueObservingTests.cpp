@@ -129,7 +129,7 @@ TEST(KeyValueObserving, RefusesWhatCannotBe) {
       {"NSArray",
        [&] {
          auto shelf = make<Setting>();
-         shelf->setValue_forKey(NSArray::arrayWithObject(node), "parts"_ns);
+         shelf->setValue_forKey(arrayOf({node}), "parts"_ns);
          add(shelf, recorder, "parts.value"_ns);
        }},
       {"NSArray", [&] { add(NSArray::array(), recorder, "count"_ns); }},

@@ -6,7 +6,7 @@
 #include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/BundlePlaces.h"
 #include "Platform/System/detail/Languages.h"
-#include "tests/support/Test.h"
+#include "tests/support/Letters.h"
 
 namespace qz::test {
 namespace {
@@ -112,15 +112,12 @@ TEST_F(NSBundleTest, ResourcesInThePreferredLanguage) {
   EXPECT_EQ(resource("only"_ns, "txt"_ns), "only.txt");
   EXPECT_EQ(resource("only-fr"_ns, nullptr), "nil");
   EXPECT_EQ(resource(ns(std::u16string_view(u"a.txt\0", 6)), nullptr), "nil");
-  EXPECT_EQ(
-      bundle()
-          ->pathForResource_ofType_inDirectory_forLocalization("a"_ns, "txt"_ns, nullptr, nullptr)
-          ->UTF8String(),
-      directory.path() + "/a.txt");
-  EXPECT_EQ(bundle()->localizations()->componentsJoinedByString(" "_ns)->UTF8String(), "de en fr");
+  EXPECT_EQ(to_string(bundle()->pathForResource_ofType_inDirectory_forLocalization(
+                "a"_ns, "txt"_ns, nullptr, nullptr)),
+            directory.path() + "/a.txt");
+  EXPECT_EQ(text(bundle()->localizations(), " "_ns), "de en fr");
   prefer({"ja"_ns, "fr-CA"_ns, "de"_ns});
-  EXPECT_EQ(bundle()->preferredLocalizations()->componentsJoinedByString(" "_ns)->UTF8String(),
-            "fr de en");
+  EXPECT_EQ(text(bundle()->preferredLocalizations(), " "_ns), "fr de en");
 }
 
 TEST_F(NSBundleTest, TextsInThePreferredLanguage) {

@@ -42,7 +42,7 @@ TEST(NSFileHandle, FailuresAreErrorsOrExceptions) {
   Ref<NSError> error;
   EXPECT_EQ(NSFileHandle::fileHandleForWritingAtPath_error(ns(missing), &error), nullptr);
   EXPECT_EQ(error->code(), ENOENT);
-  EXPECT_NE(to_string(error->localizedDescription()).find(missing), std::string::npos);
+  EXPECT_NE(textOf(error).find(missing), std::string::npos);
 
   for (NSString* never : {"a\0b"_ns, ""_ns, static_cast<NSString*>(nullptr)}) {
     EXPECT_EQ(NSFileHandle::fileHandleForReadingAtPath_error(never, &error), nullptr);

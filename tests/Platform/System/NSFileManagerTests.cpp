@@ -41,11 +41,11 @@ class FileManagerTest : public FileTest {
 
   int moveError(const std::string& from, const std::string& to) {
     Ref<NSError> error;
-    return codeOf(manager->moveItemAtPath_toPath_error(ns(from), ns(to), &error), error);
+    return codeOf(manager->moveItemAtPath_toPath_error(path(from), path(to), &error), error);
   }
-  int removeError(const std::string& path) {
+  int removeError(const std::string& name) {
     Ref<NSError> error;
-    return codeOf(manager->removeItemAtPath_error(ns(path), &error), error);
+    return codeOf(manager->removeItemAtPath_error(path(name), &error), error);
   }
 };
 
@@ -107,7 +107,7 @@ void makeTree(const TemporaryDirectory& directory) {
 TEST_F(FileManagerTest, ACopyKeepsEverything) {
   makeTree(directory);
   const Snapshot original = snapshot(at("tree"));
-  ASSERT_EQ(copyError(at("tree"), at("copy/")), 0);
+  ASSERT_EQ(copyError("tree", "copy/"), 0);
   EXPECT_EQ(snapshot(at("copy")), original);
   EXPECT_LT(allocated(at("copy/sparse")), 1u << 16);
   EXPECT_TRUE(manager->contentsEqualAtPath_andPath(path("tree"), path("copy")));
@@ -115,16 +115,16 @@ TEST_F(FileManagerTest, ACopyKeepsEverything) {
   // However little the system does at a time, and whatever it cannot do.
   FaultySystem system;
   system.shortenTo(777);
-  ASSERT_EQ(copyError(at("tree"), at("bit by bit")), 0);
+  ASSERT_EQ(copyError("tree", "bit by bit"), 0);
   EXPECT_EQ(snapshot(at("bit by bit")), original);
   system.failAll(SystemCall::Clone, EOPNOTSUPP);
   system.failAll(SystemCall::CopyRange, EOPNOTSUPP);
-  ASSERT_EQ(copyError(at("tree"), at("by hand")), 0);
+  ASSERT_EQ(copyError("tree", "by hand"), 0);
   EXPECT_EQ(snapshot(at("by hand")), original);
   EXPECT_LT(allocated(at("by hand/sparse")), 1u << 16);
 
   for (const char* each : {"tree", "copy", "bit by bit", "by hand"})
-    EXPECT_EQ(removeError(at(each)), 0) << each;
+    EXPECT_EQ(removeError(each), 0) << each;
   EXPECT_TRUE(fs::is_empty(directory.path()));
 }
 
@@ -135,9 +135,9 @@ TEST_F(FileManagerTest, ASingleFileIsCopiedAsItIs) {
   writeSparse(at("sparse"));
   fs::create_symlink("file", at("link"));
   for (const char* name : {"file", "sparse", "link"}) {
-    ASSERT_EQ(copyError(at(name), at("copy")), 0) << name;
+    ASSERT_EQ(copyError(name, "copy"), 0) << name;
     EXPECT_EQ(snapshot(at("copy")), snapshot(at(name))) << name;
-    EXPECT_EQ(removeError(at("copy")), 0);
+    EXPECT_EQ(removeError("copy"), 0);
   }
   // Where a file cannot be without a name, or be given one later.
   for (int number : {EOPNOTSUPP, EISDIR}) {
@@ -145,13 +145,13 @@ TEST_F(FileManagerTest, ASingleFileIsCopiedAsItIs) {
     system.listener = [&](SystemCall kind, const char* path) {
       if (kind == SystemCall::Open && path == directory.path()) system.failCall(1, number);
     };
-    ASSERT_EQ(copyError(at("file"), at("copy")), 0);
+    ASSERT_EQ(copyError("file", "copy"), 0);
     EXPECT_EQ(snapshot(at("copy")), snapshot(at("file")));
-    EXPECT_EQ(removeError(at("copy")), 0);
+    EXPECT_EQ(removeError("copy"), 0);
   }
   FaultySystem system;
   system.failAll(SystemCall::Link, ENOENT);
-  ASSERT_EQ(copyError(at("file"), at("copy")), 0);
+  ASSERT_EQ(copyError("file", "copy"), 0);
   EXPECT_EQ(snapshot(at("copy")), snapshot(at("file")));
 }
 
@@ -170,7 +170,7 @@ TEST_F(FileManagerTest, CopiesAndComparisonsTellHowFarTheyAreAndMayEndEarly) {
       ++parts;
       return (told += count) < limit;
     });
-    EXPECT_EQ(copyError(at(name), at("copy")), 0);
+    EXPECT_EQ(copyError(name, "copy"), 0);
     EXPECT_EQ(told, bytes.size()) << name;
     EXPECT_GT(parts, 2);
     EXPECT_TRUE(manager->contentsEqualAtPath_andPath(path("file"), path("tree/file")));
@@ -181,11 +181,11 @@ TEST_F(FileManagerTest, CopiesAndComparisonsTellHowFarTheyAreAndMayEndEarly) {
     EXPECT_EQ(errno, ECANCELED);
     fs::remove_all(at("copy"));
     limit = told + 1;
-    EXPECT_EQ(copyError(at(name), at("copy")), ECANCELED);
+    EXPECT_EQ(copyError(name, "copy"), ECANCELED);
     EXPECT_FALSE(fs::is_regular_file(at("copy")) || fs::exists(at("copy/file")));
     fs::remove_all(at("copy"));
   }
-  EXPECT_EQ(copyError(at("file"), at("copy")), 0);
+  EXPECT_EQ(copyError("file", "copy"), 0);
 }
 
 TEST_F(FileManagerTest, WhatCannotBeCopiedMovedLinkedOrRemovedSaysWhy) {
@@ -216,7 +216,7 @@ TEST_F(FileManagerTest, WhatCannotBeCopiedMovedLinkedOrRemovedSaysWhy) {
   Ref<NSError> error;
   EXPECT_FALSE(manager->linkItemAtPath_toPath_error(path("file"), path("folder"), &error));
   EXPECT_EQ(error->code(), EEXIST);
-  EXPECT_EQ(to_string(error->localizedDescription()), at("folder") + ": File exists");
+  EXPECT_EQ(textOf(error), at("folder") + ": File exists");
   EXPECT_FALSE(manager->linkItemAtPath_toPath_error(path("folder"), path("new"), &error));
   EXPECT_EQ(error->code(), EPERM);
   for (const auto& [path, number] : std::map<std::string, int>{{at("missing"), ENOENT},
@@ -263,7 +263,7 @@ TEST_F(FileManagerTest, RemovingStaysInTheDirectory) {
   directory.write("tree/sub/file", "text");
   fs::create_directory_symlink(at("keep"), at("tree/link"));
   fs::create_directory_symlink(at("keep"), at("top link"));
-  EXPECT_EQ(removeError(at("top link/")), 0);
+  EXPECT_EQ(removeError("top link/"), 0);
   // Somebody adds a file while the directory is removed.
   FaultySystem system;
   int added = 0;
@@ -271,7 +271,7 @@ TEST_F(FileManagerTest, RemovingStaysInTheDirectory) {
     if (kind == SystemCall::Unlink && std::string_view(path) == "sub" && added++ < 2)
       directory.write("tree/sub/late " + std::to_string(added), "late");
   };
-  EXPECT_EQ(removeError(at("tree")), 0);
+  EXPECT_EQ(removeError("tree"), 0);
   EXPECT_EQ(added, 3);
   EXPECT_THAT(snapshot(directory.path()), ::testing::SizeIs(3));
   EXPECT_EQ(contentsOf(at("keep/file")), "kept");
@@ -296,11 +296,11 @@ TEST_F(FileManagerTest, DeepTreesAreCopiedAndRemoved) {
   ::close(folder);
   ::setrlimit(RLIMIT_NOFILE, &few);
   FaultySystem system;
-  ASSERT_EQ(copyError(at("deep"), at("copy")), 0);
+  ASSERT_EQ(copyError("deep", "copy"), 0);
   const auto calls = system.calls();
   EXPECT_EQ(std::ranges::count(calls, SystemCall::MakeDirectory), levels);
-  EXPECT_EQ(removeError(at("deep")), 0);
-  EXPECT_EQ(removeError(at("copy")), 0);
+  EXPECT_EQ(removeError("deep"), 0);
+  EXPECT_EQ(removeError("copy"), 0);
   ::setrlimit(RLIMIT_NOFILE, &before);
   EXPECT_TRUE(fs::is_empty(directory.path()));
 }
@@ -313,7 +313,7 @@ TEST_F(FileManagerTest, MovingToAnotherFileSystemIsAllOrNothing) {
     if (kind == SystemCall::Rename && std::string_view(path) == at("tree"))
       system.failCall(1, EXDEV);
   };
-  EXPECT_EQ(moveError(at("tree"), at("moved")), 0);
+  EXPECT_EQ(moveError("tree", "moved"), 0);
   EXPECT_EQ(snapshot(at("moved")), original);
   EXPECT_FALSE(fs::exists(at("tree")));
   fs::rename(at("moved"), at("tree"));
@@ -324,7 +324,7 @@ TEST_F(FileManagerTest, MovingToAnotherFileSystemIsAllOrNothing) {
     Ref<NSError> error;
     EXPECT_FALSE(manager->moveItemAtPath_toPath_error(path("tree"), path("moved"), &error));
     EXPECT_EQ(error->code(), ENOSPC);
-    EXPECT_THAT(to_string(error->localizedDescription()), HasSubstr(at("moved/")));
+    EXPECT_THAT(textOf(error), HasSubstr(at("moved/")));
     EXPECT_EQ(snapshot(at("tree")), original);
     EXPECT_THAT(snapshot(directory.path()), ::testing::SizeIs(original.size() + 1));
     system.heal();
@@ -334,7 +334,7 @@ TEST_F(FileManagerTest, MovingToAnotherFileSystemIsAllOrNothing) {
   system.listener = nullptr;
   for (const char* to : {"there", "moved"}) {
     system.failCall(1, EINVAL);
-    EXPECT_EQ(moveError(at("tree"), at(to)), std::string(to) == "there" ? EEXIST : 0) << to;
+    EXPECT_EQ(moveError("tree", to), std::string(to) == "there" ? EEXIST : 0) << to;
   }
   EXPECT_EQ(contentsOf(at("there")), "old");
   EXPECT_EQ(snapshot(at("moved")), original);
@@ -371,7 +371,7 @@ TEST_F(FileManagerTest, AttributesAreReadAndChanged) {
   EXPECT_TRUE(equal(fileCreationDate(about), created));
   EXPECT_TRUE(equal(about->fileModificationDate(), modified));
   EXPECT_EQ(fileSize(about), 5u);
-  ASSERT_EQ(copyError(at("file"), at("copy")), 0);
+  ASSERT_EQ(copyError("file", "copy"), 0);
   about = manager->fileAttributesAtPath_traverseLink(path("copy"), false);
   EXPECT_TRUE(equal(fileCreationDate(about), created));
   // What somebody else wrote there is no date, and the file system's own counts.
@@ -504,7 +504,7 @@ TEST_F(FileManagerTest, ThingsAreMadeAndAsked) {
   EXPECT_TRUE(manager->fileExistsAtPath_isDirectory(path("a"), &isFolder) && isFolder);
 
   // Equal means everything below.
-  EXPECT_EQ(copyError(at("a"), at("b")), 0);
+  EXPECT_EQ(copyError("a", "b"), 0);
   EXPECT_TRUE(manager->contentsEqualAtPath_andPath(path("a"), path("b")));
   directory.write("b/file", "bytex");
   EXPECT_FALSE(manager->contentsEqualAtPath_andPath(path("a"), path("b")));
@@ -542,42 +542,23 @@ TEST_F(FaultSweep, ACopyThatFailsHasNoHalfFiles) {
   ::mkfifo(at("tree/pipe").c_str(), 0600);
   ::setxattr(at("tree/sub/small").c_str(), "user.colour", "blue", 4, 0);
   const Snapshot original = snapshot(at("tree"));
-  std::vector<SystemCall> calls;
-  {
-    FaultySystem system;
-    ASSERT_EQ(copyError(at("tree"), at("copy")), 0);
-    calls = system.calls();
-  }
-  fs::remove_all(at("copy"));
+  ASSERT_EQ(copyError("tree", "copy"), 0);
+  int result = 0;
   std::size_t failed = 0;
   std::size_t survived = 0;
-  for (std::size_t n = 0; n < calls.size(); ++n) {
-    for (int number : troubles(calls[n])) {
-      int result = 0;
-      {
-        FaultySystem system;
-        system.failCall(n + 1, number);
-        result = copyError(at("tree"), at("copy"));
-      }
-      ++(result == 0 ? survived : failed);
-      if (number == EINTR) {
-        EXPECT_EQ(result, 0);
-      }
-      for (const auto& [path, what] : snapshot(at("copy"))) {
-        const std::string where = path + " after call " + std::to_string(n) + " errno " +
-                                  std::to_string(number) + " result " + std::to_string(result);
-        const std::string file = at("copy/" + path);
-        const bool isWhole = !fs::is_regular_file(fs::symlink_status(file)) ||
-                             contentsOf(file) == contentsOf(at("tree/" + path));
-        EXPECT_TRUE(isWhole) << where;
-      }
-      if (result == 0) {
-        EXPECT_TRUE(manager->contentsEqualAtPath_andPath(path("tree"), path("copy")))
-            << "call " << n << " errno " << number;
-      }
-      fs::remove_all(at("copy"));
-    }
-  }
+  sweepFailures([&] { fs::remove_all(at("copy")); }, [&] { result = copyError("tree", "copy"); },
+                [&](SystemCall, int number) {
+                  ++(result == 0 ? survived : failed);
+                  EXPECT_TRUE(number != EINTR || result == 0);
+                  for (const auto& [path, what] : snapshot(at("copy"))) {
+                    const std::string file = at("copy/" + path);
+                    const bool isWhole = !fs::is_regular_file(fs::symlink_status(file)) ||
+                                         contentsOf(file) == contentsOf(at("tree/" + path));
+                    EXPECT_TRUE(isWhole) << path << " result " << result;
+                  }
+                  EXPECT_TRUE(result != 0 ||
+                              manager->contentsEqualAtPath_andPath(path("tree"), path("copy")));
+                });
   EXPECT_EQ(snapshot(at("tree")), original);
   EXPECT_GT(failed, 100u);
   EXPECT_GT(survived, 20u);

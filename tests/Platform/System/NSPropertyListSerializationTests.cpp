@@ -159,7 +159,7 @@ TEST(PropertyList, XmlIsReadByTheRules) {
   EXPECT_EQ(seconds("0001-01-01T00:00:00Z"), -62135596800);
   EXPECT_TRUE(equal(read("\xEF\xBB\xBF <!DOCTYPE plist SYSTEM \"x.dtd\">\n<!-- c --><?pi?>"
                          "<plist><array><!-- c --><string/></array></plist><!-- end -->"),
-                    NSArray::arrayWithObject(""_ns)));
+                    arrayOf({""_ns})));
 }
 
 TEST(PropertyList, EncodingsAreRecognised) {
@@ -295,7 +295,7 @@ TEST(PropertyList, NestingAndCyclesAreBounded) {
   EXPECT_EQ(problemOf(std::string(million, '(')), "line 1, column 513: nested too deep");
   for (std::uint32_t depth : {512u, 513u, 100'000u}) {
     Ref<NSObject> list = "deep"_ns;
-    for (std::uint32_t i = 0; i < depth; ++i) list = NSArray::arrayWithObject(list);
+    for (std::uint32_t i = 0; i < depth; ++i) list = arrayOf({list});
     for (NSPropertyListFormat format : formats) {
       const std::string bytes = written(list, format);
       EXPECT_EQ(bytes.starts_with("refused: root[0][0]"), depth > 512);
@@ -348,7 +348,7 @@ TEST(PropertyList, WhatCannotBeWrittenIsRefusedByItsPath) {
   EXPECT_EQ(error->code(), NSPropertyListWriteInvalidError);
   EXPECT_FALSE(
       Serialization::propertyListWithData_options_format_error(nullptr, 0, nullptr, &error));
-  EXPECT_EQ(error->localizedDescription()->UTF8String(), "there is no data");
+  EXPECT_EQ(textOf(error), "there is no data");
   EXPECT_FALSE(Serialization::propertyList_isValidForFormat(NSSet::set(), xml));
 }
 

@@ -85,7 +85,7 @@ TEST(NSTask, NoDescriptorLeaksAndSignalsAreAtTheirDefault) {
   ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
   auto task = make<NSTask>();
   task->setLaunchPath("/bin/ls"_ns);
-  task->setArguments(NSArray::arrayWithObject("/proc/self/fd"_ns));
+  task->setArguments(arrayOf({"/proc/self/fd"_ns}));
   EXPECT_EQ(output(task), "0\n1\n2\n3\n");  // 3 is the listing's own
   const std::string masks = output(shell("sed -n 's/^Sig[BI].*\t//p' /proc/self/status"_ns));
   EXPECT_EQ(masks.substr(0, 17), "0000000000000000\n");
@@ -141,14 +141,14 @@ TEST(NSTask, WhatCannotBeLaunchedRaisesWithPathAndReasonAndMayTryAgain) {
   task->setCurrentDirectoryPath("/no/such/folder"_ns);
   Ref<NSError> error;
   EXPECT_FALSE(task->launchAndReturnError(&error));
-  EXPECT_NE(to_string(error->localizedDescription()).find("/no/such/folder"), std::string::npos);
+  EXPECT_NE(textOf(error).find("/no/such/folder"), std::string::npos);
   task->setCurrentDirectoryPath(nullptr);
   task->launch();
   EXPECT_EQ(pipe->fileHandleForReading()->readDataToEndOfFile()->view(), "\n");
 
   auto odd = make<NSTask>();
   const auto number = NSNumber::numberWithInt(1);
-  EXPECT_TRUE(refuses([&] { odd->setArguments(NSArray::arrayWithObject(number)); }));
+  EXPECT_TRUE(refuses([&] { odd->setArguments(arrayOf({number})); }));
   EXPECT_TRUE(refuses([&] { odd->setStandardOutput("path"_ns); }, {"neither an NSPipe"}));
   const auto wrong = NSDictionary::dictionaryWithObject_forKey("c"_ns, "a=b"_ns);
   EXPECT_TRUE(refuses([&] { odd->setEnvironment(wrong); }, {"a=b"}));

@@ -134,7 +134,7 @@ TEST(NSDateFormatter, Reading) {
   reader->setTwoDigitStartDate(dateAt(2493072000));
   EXPECT_EQ(read("50"_ns), 2524608000);
 
-  EXPECT_EQ(read(reader, "soon"_ns).error, "“soon” is not a date in the format “yy”");
+  EXPECT_EQ(test::read(reader, "soon"_ns).error, "“soon” is not a date in the format “yy”");
   EXPECT_TRUE(refuses(
       [&] { reader->getObjectValue_forString_errorDescription(nullptr, nullptr, nullptr); }));
 }
@@ -182,7 +182,7 @@ TEST(NSDateFormatter, Words) {
       {"en_US", "now at 5pm"_ns, none},
   };
   for (const auto& [name, words, expected] : cases) {
-    const auto locale = locale(name);
+    const auto locale = test::locale(name);
     const auto read = detail::readNaturalDate(words->view(), now, *berlin, *locale);
     EXPECT_EQ(read.value_or(none), expected) << words;
   }

@@ -66,7 +66,7 @@ Ref<NSObject> unarchived(NSData* data, std::string* problem, bool expectsNodes =
                                 classOf<NSUUID>(), classOf<NSIndexPath>()})
                      : NSArray::array();
   auto object = NSKeyedUnarchiver::unarchivedObjectOfClasses_fromData_error(classes, data, &error);
-  *problem = error ? error->localizedDescription()->UTF8String() : "";
+  *problem = textOf(error);
   EXPECT_TRUE(!error || !object);
   return object;
 }
@@ -145,7 +145,7 @@ TEST(KeyedArchive, BreachesRaise) {
   EXPECT_TRUE(encode("v"_ns, "$class"_ns));
   EXPECT_TRUE(refuses([&] { archiver->decodeObjectForKey("k"_ns); }));
   Ref<NSObject> deep = ""_ns;
-  for (int i = 0; i < 1001; ++i) deep = NSArray::arrayWithObject(deep);
+  for (int i = 0; i < 1001; ++i) deep = arrayOf({deep});
   EXPECT_TRUE(refuses([&] { archived(deep); }, {"too deep"}));
 }
 

@@ -128,25 +128,17 @@ TEST_F(NSDataFiles, AreWholeOrAsTheyWereWhateverCallFails) {
   const std::string path = directory.write("file", "old");
   const std::string link = at("link");
   fs::create_symlink("file", link);
-  std::vector<SystemCall> calls;
-  {
-    FaultySystem system;
-    ASSERT_EQ(writing("new", link, NSDataWritingAtomic), 0);
-    calls = system.calls();
-  }
+  ASSERT_EQ(writing("new", link, NSDataWritingAtomic), 0);
+  int result = 0;
   std::size_t failed = 0;
-  for (std::size_t n = 0; n < calls.size(); ++n) {
-    for (const int number : troubles(calls[n])) {
-      directory.write("file", "old");
-      FaultySystem system;
-      system.failCall(n + 1, number);
-      const int result = writing("new", link, NSDataWritingAtomic);
-      failed += result != 0;
-      EXPECT_EQ(contentsOf(path), result == 0 ? "new" : "old") << n << " errno " << number;
-      EXPECT_TRUE(number != EINTR || result == 0) << n;
-      EXPECT_EQ(filesIn(directory.path()), 2) << n << " errno " << number;
-    }
-  }
+  sweepFailures([&] { directory.write("file", "old"); },
+                [&] { result = writing("new", link, NSDataWritingAtomic); },
+                [&](SystemCall, int number) {
+                  failed += result != 0;
+                  EXPECT_EQ(contentsOf(path), result == 0 ? "new" : "old");
+                  EXPECT_TRUE(number != EINTR || result == 0);
+                  EXPECT_EQ(filesIn(directory.path()), 2);
+                });
   EXPECT_GT(failed, 20u);
 }
 

@@ -4,10 +4,6 @@
 namespace qz::test {
 namespace {
 
-Ref<NSDictionary> described(NSString* text) {
-  return NSDictionary::dictionaryWithObject_forKey(text, NSLocalizedDescriptionKey);
-}
-
 std::string shown(NSString* domain, std::int32_t code, NSDictionary* info) {
   return NSError::errorWithDomain_code_userInfo(domain, code, info)
       ->localizedDescription()

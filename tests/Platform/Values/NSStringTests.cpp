@@ -1,4 +1,5 @@
 #include <sys/mman.h>
+#include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
