@@ -7,7 +7,6 @@
 #include "QZFoundation/QZFoundation.h"
 #include "tests/support/Holder.h"
 #include "tests/support/Letters.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

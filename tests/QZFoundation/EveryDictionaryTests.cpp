@@ -5,7 +5,6 @@
 #include "tests/support/ListDictionary.h"
 #include "tests/support/Person.h"
 #include "tests/support/PropertyLists.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

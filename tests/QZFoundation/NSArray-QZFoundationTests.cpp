@@ -1,14 +1,7 @@
-#include "QZFoundation/NSArray-QZFoundation.h"
-
 #include "Platform/Collections/NSEnumerator.h"
-#include "QZFoundation/NSArray-QZIndexMap.h"
-#include "QZFoundation/NSEnumerator-QZFoundation.h"
-#include "QZFoundation/NSMutableArray-QZFoundation.h"
-#include "QZFoundation/NSObject-QZFoundation.h"
-#include "QZFoundation/QZKeyPathArray.h"
+#include "QZFoundation/QZFoundation.h"
 #include "tests/support/Holder.h"
 #include "tests/support/Letters.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -2,7 +2,6 @@
 #include "QZFoundation/NSObject-QZFoundation.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Person.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

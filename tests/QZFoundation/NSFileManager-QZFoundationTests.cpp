@@ -6,7 +6,6 @@
 #include "QZFoundation/QZFileManagerErrorHandler.h"
 #include "tests/support/FaultySystem.h"
 #include "tests/support/FileTest.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -1,13 +1,8 @@
-#include "QZFoundation/NSObject-QZInfoDictionary.h"
-
 #include "Platform/System/NSUserDefaults.h"
 #include "Platform/Text/NSKeyedArchiver.h"
 #include "Platform/Text/NSNumberFormatter.h"
 #include "Platform/Text/NSTimeZone.h"
-#include "QZFoundation/NSCoder-QZFoundation.h"
-#include "QZFoundation/NSUserDefaults-QZFoundation.h"
-#include "QZFoundation/QZHMSFormatter.h"
-#include "QZFoundation/QZStorageSizeFormatter.h"
+#include "QZFoundation/QZFoundation.h"
 #include "tests/support/Files.h"
 #include "tests/support/Test.h"
 

@@ -1,7 +1,6 @@
 #include "QZFoundation/NSObject-QZObserving.h"
 
 #include "tests/support/Observers.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

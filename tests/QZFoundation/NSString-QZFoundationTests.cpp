@@ -1,14 +1,9 @@
-#include "QZFoundation/NSString-QZFoundation.h"
-
 #include "Platform/Runtime/NSAssertionHandler.h"
 #include "Platform/Values/NSScanner.h"
-#include "QZFoundation/NSAttributedString-QZFoundation.h"
-#include "QZFoundation/NSMutableString-QZFoundation.h"
-#include "QZFoundation/NSURL-QZFoundation.h"
+#include "QZFoundation/QZFoundation.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Person.h"
 #include "tests/support/SourceTree.h"
-#include "tests/support/Test.h"
 #include "tests/support/Witness.h"
 
 namespace qz::test {

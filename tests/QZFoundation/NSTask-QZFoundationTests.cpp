@@ -4,7 +4,6 @@
 
 #include "Platform/System/NSFileHandle.h"
 #include "tests/support/Shell.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -2,7 +2,6 @@
 
 #include "QZFoundation/NSFileManager-QZVolumes.h"
 #include "tests/support/MountTable.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

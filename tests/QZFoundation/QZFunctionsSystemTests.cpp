@@ -3,11 +3,11 @@
 #include <unistd.h>
 
 #include "Platform/Runtime/Implementations.h"
+#include "QZFoundation/NSTask-QZFoundation.h"
 #include "QZFoundation/QZFunctions.h"
 #include "QZFoundation/QZVersionNumber.h"
 #include "tests/support/Environment.h"
 #include "tests/support/Person.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {
@@ -53,13 +53,11 @@ TEST(QZFunctions, StandardDirectories) {
 
 TEST(QZFunctions, SystemVersionComesFromTheReleaseFile) {
   // The file's own words, by the shell.
-  std::FILE* shell = ::popen(". /etc/os-release; printf '%s' \"$VERSION_ID\"", "r");
-  char told[256] = "";
-  const std::size_t length = std::fread(told, 1, sizeof told - 1, shell);
-  ::pclose(shell);
+  const auto told = dataByRunningTask_withArguments(
+      "/bin/sh"_ns, arrayOf({"-c"_ns, ". /etc/os-release; printf '%s' \"$VERSION_ID\""_ns}));
   const auto version = QZSystemVersionNumber();
-  const auto number = QZVersionNumber::versionWithString(ns(told));
-  EXPECT_TRUE(length == 0 ? version == nullptr : equal(version, number)) << told;
+  const auto number = QZVersionNumber::versionWithString(ns(told->view()));
+  EXPECT_TRUE(told->length() == 0 ? version == nullptr : equal(version, number)) << number;
 }
 
 TEST(QZFunctions, TellsWhetherADebuggerTraces) {

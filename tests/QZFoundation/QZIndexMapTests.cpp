@@ -1,7 +1,6 @@
 #include "Platform/Runtime/NSAssertionHandler.h"
 #include "QZFoundation/QZIndexMap.h"
 #include "tests/support/Letters.h"
-#include "tests/support/Test.h"
 #include "tests/support/Witness.h"
 
 namespace qz::test {

@@ -3,7 +3,6 @@
 #include "Platform/Collections/NSEnumerator.h"
 #include "tests/support/Letters.h"
 #include "tests/support/Person.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -13,7 +13,6 @@
 #include "tests/support/Environment.h"
 #include "tests/support/Files.h"
 #include "tests/support/FullDisk.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -1,7 +1,6 @@
 #include "QZFoundation/QZStorageSizeFormatter.h"
 
 #include "tests/support/Formatters.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -4,7 +4,6 @@
 #include "Platform/Concurrency/NSNotificationCenter.h"
 #include "tests/support/Observers.h"
 #include "tests/support/Serving.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -8,7 +8,6 @@
 #include "tests/support/FaultySystem.h"
 #include "tests/support/Files.h"
 #include "tests/support/Serving.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

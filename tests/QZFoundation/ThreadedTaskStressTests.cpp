@@ -7,7 +7,6 @@
 #include "QZFoundation/QZThreadedTask.h"
 #include "QZFoundation/XJMainThreadProxy.h"
 #include "tests/support/Observers.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

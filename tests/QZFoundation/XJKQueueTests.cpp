@@ -10,7 +10,6 @@
 #include "tests/support/FaultySystem.h"
 #include "tests/support/ProcessUse.h"
 #include "tests/support/Serving.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

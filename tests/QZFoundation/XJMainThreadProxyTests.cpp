@@ -3,7 +3,6 @@
 #include "Platform/Runtime/NSMethodSignature.h"
 #include "QZFoundation/NSObject-QZFoundation.h"
 #include "tests/support/Serving.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -10,7 +10,6 @@
 
 #include "tests/support/Command.h"
 #include "tests/support/Files.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

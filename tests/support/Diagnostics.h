@@ -1,10 +1,8 @@
 // What the library has to say to whoever runs the program, caught for a test.
 #pragma once
 
-#include <mutex>
-#include <string>
-
 #include "Platform/System/Diagnostics.h"
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

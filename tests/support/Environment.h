@@ -1,9 +1,7 @@
 // Sets a variable of the environment while it lives.
 #pragma once
 
-#include <cstdlib>
-#include <optional>
-#include <string>
+#include "tests/support/Test.h"
 
 namespace qz::test {
 

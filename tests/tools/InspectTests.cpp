@@ -3,7 +3,6 @@
 #include "tests/support/Command.h"
 #include "tests/support/Files.h"
 #include "tests/support/SourceTree.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -3,7 +3,6 @@
 #include "tests/Platform/Collections/HashedKeys.h"
 #include "tests/support/Letters.h"
 #include "tests/support/ListDictionary.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

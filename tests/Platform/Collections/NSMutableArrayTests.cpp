@@ -4,7 +4,6 @@
 #include "tests/Platform/Collections/HashedKeys.h"
 #include "tests/support/Holder.h"
 #include "tests/support/Letters.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -54,7 +54,7 @@ class Nested : public Derives<Nested, NSObject> {
 };
 
 Ref<NSString> shout(Person* person, NSString* text) {
-  return ns(person->name()->UTF8String() + ": " + text->UTF8String() + "!");
+  return NSString::stringWithFormat("%@: %@!"_ns, person->name(), text);
 }
 
 TEST(Dispatch, ConvertsArgumentsAndAnswers) {

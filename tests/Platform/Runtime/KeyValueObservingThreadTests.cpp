@@ -1,6 +1,5 @@
 // Observing from several threads at a time: meant for the thread sanitizer.
 #include "tests/support/Observers.h"
-#include "tests/support/Test.h"
 #include "tests/support/Threads.h"
 
 namespace qz::test {

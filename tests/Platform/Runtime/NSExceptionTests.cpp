@@ -1,4 +1,3 @@
-#include "tests/support/Test.h"
 #include "tests/support/Witness.h"
 
 namespace qz::test {

@@ -1,6 +1,5 @@
 #include "Platform/Runtime/WeakRef.h"
 #include "tests/support/Observers.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -3,31 +3,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/BundlePlaces.h"
 #include "Platform/System/detail/Languages.h"
+#include "tests/support/Diagnostics.h"
 #include "tests/support/Letters.h"
 
 namespace qz::test {
 namespace {
 
-std::mutex saidMutex;
-std::vector<std::string> said;
-
 class NSBundleTest : public ::testing::Test {
  protected:
-  NSBundleTest() {
-    said.clear();
-    NSSetDiagnosticFunction([](std::string_view message) {
-      const std::lock_guard lock(saidMutex);
-      said.emplace_back(message);
-    });
-    prefer({});
-  }
-  ~NSBundleTest() override {
-    NSSetDiagnosticFunction(nullptr);
-    NSBundle::setPreferredLanguages(nullptr);
-  }
+  NSBundleTest() { prefer({}); }
+  ~NSBundleTest() override { NSBundle::setPreferredLanguages(nullptr); }
 
   static void prefer(std::initializer_list<NSObject*> languages) {
     NSBundle::setPreferredLanguages(NSArray::arrayWithObjects(languages));
@@ -44,6 +31,7 @@ class NSBundleTest : public ::testing::Test {
     return path ? path->UTF8String().substr(directory.path().size() + 1) : "nil";
   }
 
+  const Diagnostics diagnostics;
   const TemporaryDirectory directory;
 };
 
@@ -52,13 +40,15 @@ TEST_F(NSBundleTest, WhoeverIsToldMayAsk) {
   directory.write("Info.plist", "{ broken");
   const Ref<NSBundle> broken = bundle();
   asked = broken;
-  NSSetDiagnosticFunction([](std::string_view message) {
-    said.emplace_back(message);
+  static int told;
+  told = 0;
+  NSSetDiagnosticFunction([](std::string_view) {
+    ++told;
     EXPECT_EQ(asked->bundleIdentifier(), nullptr);
     EXPECT_TRUE(equal(asked->localizedStringForKey_value_table("k"_ns, nullptr, nullptr), "k"_ns));
   });
   EXPECT_EQ(message("k"), "k");
-  EXPECT_EQ(said.size(), 1u);
+  EXPECT_EQ(told, 1);
 }
 
 TEST_F(NSBundleTest, PathsNeedBeNoText) {
@@ -88,7 +78,7 @@ TEST_F(NSBundleTest, InformationComesFromInfoPlist) {
   EXPECT_EQ(bundle(), NSBundle::bundleWithPath(ns(directory.path() + "/./")));
   EXPECT_EQ(NSBundle::bundleWithIdentifier("a.b"_ns), bundle());
   EXPECT_TRUE(NSBundle::allBundles()->containsObject(bundle()));
-  EXPECT_TRUE(said.empty());
+  EXPECT_EQ(diagnostics.said(), "");
 
   EXPECT_EQ(NSBundle::bundleWithPath("/no/such/directory"_ns), nullptr);
   EXPECT_EQ(NSBundle::bundleWithIdentifier("../.."_ns), nullptr);
@@ -98,8 +88,8 @@ TEST_F(NSBundleTest, UnreadableInformationIsReportedOnceAndCountsAsNone) {
   directory.write("Info.plist", "{ CFBundleIdentifier = ");
   EXPECT_EQ(bundle()->bundleIdentifier(), nullptr);
   EXPECT_EQ(bundle()->infoDictionary()->count(), 0u);
-  ASSERT_EQ(said.size(), 1u);
-  EXPECT_NE(said[0].find("line 1, column 24"), std::string::npos) << said[0];
+  EXPECT_THAT(diagnostics.said(), HasSubstr("line 1, column 24"));
+  EXPECT_EQ(std::ranges::count(diagnostics.said(), '\n'), 1);
 }
 
 TEST_F(NSBundleTest, ResourcesInThePreferredLanguage) {
@@ -136,7 +126,7 @@ TEST_F(NSBundleTest, TextsInThePreferredLanguage) {
   EXPECT_EQ(message("yes", "Other"_ns), "Doch");
   EXPECT_EQ(message("no", "Other"_ns), "no");
   EXPECT_EQ(message("yes", "No such table"_ns), "yes");
-  EXPECT_TRUE(said.empty());
+  EXPECT_EQ(diagnostics.said(), "");
 
   auto look = [this](NSString* key, NSString* value) {
     return bundle()->localizedStringForKey_value_table(key, value, nullptr)->UTF8String();
@@ -156,12 +146,12 @@ TEST_F(NSBundleTest, MalformedTablesFallBackAndSaySoOnce) {
   EXPECT_EQ(message("b"), "b");
   prefer({"de"_ns, "fr"_ns});
   EXPECT_EQ(message("a"), "A");
-  ASSERT_EQ(said.size(), 1u);
-  EXPECT_NE(said[0].find("locale/de/Localizable.strings"), std::string::npos) << said[0];
-  EXPECT_NE(said[0].find("line 2, column 1"), std::string::npos) << said[0];
+  EXPECT_THAT(diagnostics.said(), HasSubstr("locale/de/Localizable.strings"));
+  EXPECT_THAT(diagnostics.said(), HasSubstr("line 2, column 1"));
+  EXPECT_EQ(std::ranges::count(diagnostics.said(), '\n'), 1);
   EXPECT_EQ(message("a", "Dir"_ns), "a");
   EXPECT_EQ(message("a", "Pipe"_ns), "a");
-  EXPECT_EQ(said.size(), 3u);
+  EXPECT_EQ(std::ranges::count(diagnostics.said(), '\n'), 3);
 }
 
 TEST_F(NSBundleTest, ManyThreadsReadWhileLanguagesChange) {

@@ -7,7 +7,6 @@
 #include "Platform/Values/NSPathUtilities.h"
 #include "tests/support/FaultySystem.h"
 #include "tests/support/FileTest.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

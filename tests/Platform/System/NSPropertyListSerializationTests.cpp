@@ -3,7 +3,6 @@
 #include "Platform/System/NSPropertyListUID.h"
 #include "Platform/Values/NSMutableData.h"
 #include "tests/support/PropertyLists.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -2,7 +2,6 @@
 
 #include "Platform/Concurrency/Coroutines.h"
 #include "tests/support/Shell.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -12,7 +12,6 @@
 #include "Platform/System/NSProcessInfo.h"
 #include "Platform/System/detail/OsRelease.h"
 #include "tests/support/Shell.h"
-#include "tests/support/Test.h"
 #include "tests/support/Threads.h"
 
 namespace qz::test {

@@ -2,7 +2,6 @@
 // their own.
 #include "Platform/Text/detail/NaturalDate.h"
 #include "tests/support/Formatters.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -2,7 +2,6 @@
 #include <ctime>
 
 #include "tests/support/Formatters.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

@@ -7,7 +7,6 @@
 #include "tests/support/FaultySystem.h"
 #include "tests/support/FileTest.h"
 #include "tests/support/FullDisk.h"
-#include "tests/support/Test.h"
 
 namespace qz::test {
 namespace {

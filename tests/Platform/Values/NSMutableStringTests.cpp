@@ -63,9 +63,8 @@ TEST(NSMutableString, RefusesAndStaysAsItWas) {
   auto text = NSMutableString::stringWithUTF8String("abc");
   EXPECT_TRUE(refusesRange([&] { text->insertString_atIndex("x"_ns, 4); }));
   EXPECT_TRUE(refusesRange([&] { text->deleteCharactersInRange({3, 1}); }));
-  EXPECT_TRUE(refusesRange([&] {
-    text->replaceCharactersInRange_withString({1, UINT32_MAX}, "x"_ns);
-  }));
+  EXPECT_TRUE(refusesRange(
+      [&] { text->replaceCharactersInRange_withString(NSMakeRange(1, UINT32_MAX), "x"_ns); }));
   EXPECT_TRUE(refuses([&] { text->appendString(nullptr); }));
   EXPECT_TRUE(refuses([&] { text->setString(nullptr); }));
   EXPECT_TRUE(refuses([&] { text->appendFormat("x%*d"_ns, 1'000'001, 1); }));
