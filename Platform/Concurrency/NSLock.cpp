@@ -3,6 +3,7 @@
 #include "Platform/Concurrency/detail/Deadline.h"
 #include "Platform/Runtime/Describe.h"
 #include "Platform/Runtime/NSException.h"
+#include "Platform/Runtime/detail/Sanitizers.h"
 
 namespace qz {
 namespace {
@@ -33,17 +34,18 @@ void refuseOwner(const NSObject* lock, const std::atomic<std::uintptr_t>& owner)
   if (isSelf(owner)) refuse(lock, "is locked by this thread already");
 }
 
-// The thread sanitizer does not see a mutex being locked by the steady clock, and would report its
-// unlocking; it does see the system's clock.
 template <class Mutex>
 bool lockUntil(Mutex& mutex, NSDate* limit) {
-#if defined(__SANITIZE_THREAD__)
-  const auto seconds = limit == nullptr ? 0 : std::min(limit->timeIntervalSinceNow(), 1e8);
-  return mutex.try_lock_until(std::chrono::system_clock::now() +
-                              std::chrono::microseconds(static_cast<std::int64_t>(seconds * 1e6)));
-#else
-  return mutex.try_lock_until(detail::steadyTime(limit));
-#endif
+  if constexpr (detail::watchesThreads) {
+    // The thread sanitizer does not see a mutex being locked by the steady clock, and would report
+    // its unlocking; it does see the system's clock.
+    const double seconds = limit == nullptr ? 0 : std::min(limit->timeIntervalSinceNow(), 1e8);
+    return mutex.try_lock_until(
+        std::chrono::system_clock::now() +
+        std::chrono::microseconds(static_cast<std::int64_t>(seconds * 1e6)));
+  } else {
+    return mutex.try_lock_until(detail::steadyTime(limit));
+  }
 }
 
 Ref<NSString> named(Ref<NSString> plain, NSString* name) {

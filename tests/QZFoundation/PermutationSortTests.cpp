@@ -2,7 +2,7 @@
 
 #include <bit>
 
-#include "tests/support/Sanitizers.h"
+#include "Platform/Runtime/detail/Sanitizers.h"
 #include "tests/support/Test.h"
 
 namespace qz::detail {
@@ -222,7 +222,7 @@ void expectQuadraticButFlat(const std::vector<std::int64_t>& values) {
 TEST(PlainSort, QuadraticInputNeedsNoDeepStack) {
   Random random(6);
   // A quadratic number of steps, each of which sanitizers watch.
-  constexpr std::uint32_t count = test::watchesAddresses || test::watchesThreads ? 5000 : 20000;
+  constexpr std::uint32_t count = watchesAddresses || watchesThreads ? 5000 : 20000;
   expectQuadraticButFlat(quadraticValues(count));
   // The organ pipe splits off two elements at a time to the right, each time deferring them.
   expectQuadraticButFlat(shaped(shapes()[12], count, random));

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "tests/support/Sanitizers.h"
+#include "Platform/Runtime/detail/Sanitizers.h"
 
 namespace qz::test {
 
@@ -15,7 +15,7 @@ inline long openDescriptors() {
 
 /// Of memory; always 0 under the sanitizers, which hold on to what was freed.
 inline long residentPages() {
-  if (watchesAddresses || watchesThreads) return 0;
+  if (detail::watchesAddresses || detail::watchesThreads) return 0;
   long all = 0;
   long resident = 0;
   std::ifstream("/proc/self/statm") >> all >> resident;

@@ -3,14 +3,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/Sanitizers.h"
+#include "Platform/Runtime/detail/Sanitizers.h"
 #include "tests/support/Test.h"
 #include "tests/support/Threads.h"
 
 namespace qz::detail {
 namespace {
 
-constexpr bool isBypassed = test::watchesAddresses || test::watchesThreads;
+constexpr bool isBypassed = watchesAddresses || watchesThreads;
 
 constexpr std::size_t kilobyte = 1024;
 constexpr std::size_t megabyte = 1024 * kilobyte;

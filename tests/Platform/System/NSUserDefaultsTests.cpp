@@ -6,10 +6,10 @@
 #include <unistd.h>
 
 #include "Platform/Concurrency/NSNotificationCenter.h"
+#include "Platform/Runtime/detail/Sanitizers.h"
 #include "Platform/System/Diagnostics.h"
 #include "Platform/System/detail/ArgumentDefaults.h"
 #include "tests/support/Files.h"
-#include "tests/support/Sanitizers.h"
 #include "tests/support/Test.h"
 
 namespace qz::test {
@@ -51,7 +51,7 @@ class UserDefaults : public testing::Test {
 class UserDefaultsOfProcesses : public UserDefaults {
  protected:
   void SetUp() override {
-    if (watchesThreads) GTEST_SKIP() << "forks while threads run";
+    if (detail::watchesThreads) GTEST_SKIP() << "forks while threads run";
   }
 };
 

@@ -1,7 +1,8 @@
-// Which sanitizers look on, in the words of both compilers.
+/// @file
+/// Private: which sanitizers look on, in the words of both compilers.
 #pragma once
 
-namespace qz::test {
+namespace qz::detail {
 
 #if defined(__SANITIZE_ADDRESS__)
 inline constexpr bool watchesAddresses = true;
@@ -19,4 +20,4 @@ inline constexpr bool watchesThreads = __has_feature(thread_sanitizer);
 inline constexpr bool watchesThreads = false;
 #endif
 
-}  // namespace qz::test
+}  // namespace qz::detail
