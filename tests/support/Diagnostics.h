@@ -6,14 +6,15 @@
 
 namespace qz::test {
 
-/// Takes all diagnostics while it lives; one at a time.
+/// Takes all diagnostics while it lives; one at a time. A thread may still be telling when it goes,
+/// so what is told has a place that stays.
 class Diagnostics {
  public:
   Diagnostics() {
-    current_ = this;
+    clear();
     NSSetDiagnosticFunction([](std::string_view message) {
-      const std::lock_guard guard(current_->mutex_);
-      current_->said_.append(message).append("\n");
+      const std::lock_guard guard(mutex_);
+      said_.append(message).append("\n");
     });
   }
   Diagnostics(const Diagnostics&) = delete;
@@ -27,9 +28,13 @@ class Diagnostics {
   }
 
  private:
-  static inline Diagnostics* current_ = nullptr;
-  mutable std::mutex mutex_;
-  std::string said_;
+  static void clear() {
+    const std::lock_guard guard(mutex_);
+    said_.clear();
+  }
+
+  static inline std::mutex mutex_;
+  static inline std::string said_;
 };
 
 }  // namespace qz::test
