@@ -76,10 +76,12 @@ TEST(NSStringEncoding, RoundTripsAndAgreesWithIcu) {
     }
     // Written in pieces, none of which may end within a pair.
     for (std::size_t i = 0; i < 3; ++i) {
-      const auto shifted =
-          NSString::stringWithCharacters(std::u16string(4094 + i, u'a') + units + u"\U0001F600");
-      const auto pair =
-          NSString::stringWithCharacters(std::u16string(4094 + i, u'a') + u"\U0001F600" + units);
+      std::u16string before(4094 + i, u'a');
+      std::u16string after = before;
+      after.append(units).append(u"\U0001F600");
+      before.append(u"\U0001F600").append(units);
+      const auto shifted = NSString::stringWithCharacters(after);
+      const auto pair = NSString::stringWithCharacters(before);
       ASSERT_EQ(shifted->UTF8String(), shifted->dataUsingEncoding(4)->view());
       ASSERT_EQ(pair->UTF8String(), pair->dataUsingEncoding(4)->view());
     }
