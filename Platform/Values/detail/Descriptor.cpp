@@ -16,7 +16,6 @@ namespace {
 
 /// After a failed call: whether it is worth another turn. Waits where the descriptor does not.
 bool isWorthRetrying(int descriptor, short event) noexcept {
-  if (errno == EINTR) return true;
   if (errno != EAGAIN) return false;
   pollfd waiting{descriptor, event, 0};
   while (::poll(&waiting, 1, -1) < 0)
@@ -72,14 +71,14 @@ int Descriptor::closeWritten() noexcept {
 
 std::ptrdiff_t readSome(int descriptor, void* buffer, std::size_t length) noexcept {
   for (;;) {
-    const ssize_t count = ::read(descriptor, buffer, length);
+    const ssize_t count = os::read(descriptor, buffer, length);
     if (count >= 0 || !isWorthRetrying(descriptor, POLLIN)) return count;
   }
 }
 
 int writeAllToFile(int descriptor, std::span<const std::byte> bytes) noexcept {
   while (!bytes.empty()) {
-    const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+    const ssize_t count = os::write(descriptor, bytes.data(), bytes.size());
     if (count < 0 && !isWorthRetrying(descriptor, POLLOUT)) return errno;
     if (count > 0) bytes = bytes.subspan(static_cast<std::size_t>(count));
   }

@@ -130,15 +130,18 @@ TEST_F(NSDataFiles, AreWholeOrAsTheyWereWhateverCallFails) {
   ASSERT_EQ(writing("new", link, NSDataWritingAtomic), 0);
   int result = 0;
   std::size_t failed = 0;
+  std::size_t failedWrites = 0;
   sweepFailures([&] { directory.write("file", "old"); },
                 [&] { result = writing("new", link, NSDataWritingAtomic); },
-                [&](SystemCall, int number) {
+                [&](SystemCall kind, int number) {
                   failed += result != 0;
+                  failedWrites += result != 0 && kind == SystemCall::Write;
                   EXPECT_EQ(contentsOf(path), result == 0 ? "new" : "old");
                   EXPECT_TRUE(number != EINTR || result == 0);
                   EXPECT_EQ(filesIn(directory.path()), 2);
                 });
   EXPECT_GT(failed, 20u);
+  EXPECT_GT(failedWrites, 2u);
 }
 
 TEST_F(NSDataFiles, AReaderThatWentAwayIsAnErrorAndNoSignal) {
